@@ -1,0 +1,47 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Visibility.h"
+#include "data/DxlNode.h"
+
+namespace vireo {
+
+class DxlResultSet;
+
+/// A named value tree. Immutable and shared: to change an item, a new document takes the place of
+/// the old one in its collection. Safe from every thread.
+class VIREO_API DxlDocument {
+public:
+    DxlDocument(std::string name, DxlNode::Pointer root);
+    ~DxlDocument();
+    DxlDocument(const DxlDocument&) = delete;
+    DxlDocument& operator=(const DxlDocument&) = delete;
+
+    const std::string& getName() const { return m_name; }
+    /// The root node's name: that of the document's schema.
+    const std::string& schemaName() const { return m_root->getName(); }
+    const DxlNode::Pointer& root() const { return m_root; }
+
+    /// The nodes at `path`, in document order, one row per parent: for every node that matches the
+    /// path without its last step, its children of the last step's name, or one null row when it
+    /// has none. So lists that are read side by side stay aligned when an element is missing.
+    /// "/" is the root, "/a/b" starts at the root's children, "//*" is every node, the root
+    /// included. A path of another form selects nothing.
+    std::unique_ptr<DxlResultSet> select(std::string_view path) const;
+
+    /// The text form `<document name="N" schema="S">...</document>`; made once, then kept.
+    const std::string& text() const;
+
+private:
+    const std::string m_name;
+    const DxlNode::Pointer m_root;
+    mutable std::atomic<const std::string*> m_text{nullptr};
+};
+
+using DxlDocumentPointer = std::shared_ptr<const DxlDocument>;
+
+}  // namespace vireo

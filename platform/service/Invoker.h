@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+
+#include "Visibility.h"
+
+namespace vireo {
+
+class Executable;
+class ProtocolAdapter;
+
+/// The handle through which an invoker answers one message. Used on the message thread, valid
+/// until `handleMessage` returns.
+class VIREO_API InvokerResponse {
+public:
+    virtual ~InvokerResponse() = default;
+    /// The protocol name of the incoming message.
+    virtual const std::string& protocol() const = 0;
+    /// Sends the payload set before (an empty reply when none was set). Only the first call counts.
+    virtual void send() = 0;
+    /// Copies the reply's bytes.
+    virtual void setPayload(const char* text, int length) = 0;
+};
+
+/// What the framework offers to invokers. Outlives them.
+class VIREO_API FrameworkContext {
+public:
+    virtual ~FrameworkContext() = default;
+    /// The adapter registered for `protocol`, or null. Owned by the framework.
+    virtual ProtocolAdapter* findProtocolAdapter(const std::string& protocol) = 0;
+};
+
+/// The server side of one interface of a service. Created by an exported factory, initialised once,
+/// then called for every message on the message thread, destroyed by the framework.
+class VIREO_API Invoker {
+public:
+    virtual ~Invoker() = default;
+    virtual void initInvoker(FrameworkContext* context) = 0;
+    /// Handles one message of exactly `length` bytes (not NUL-terminated) for the service object
+    /// `executable` and answers it with exactly one `response->send()`. Throws nothing.
+    virtual void handleMessage(Executable* executable, const char* message, int length,
+                               InvokerResponse* response) = 0;
+};
+
+}  // namespace vireo
