@@ -1,0 +1,240 @@
+#include "data/ManageableData.h"
+
+#include <utility>
+
+#include "data/NodeWriter.h"
+#include "data/RecordText.h"
+#include "data/XmlText.h"
+#include "log/Log.h"
+
+namespace vireo {
+
+ManageableData::ManageableData() : ManageableData(nullptr) {}
+
+ManageableData::ManageableData(DxlDictionary* dictionary)
+    : m_dictionary(dictionary), m_items("record") {}
+
+ManageableData::ManageableData(const std::string& rootId, const std::string& schemaName,
+                               const DataNode& node)
+    : ManageableData(nullptr) {
+    if (node && XmlText::isName(schemaName)) {
+        putDocument(std::make_shared<const DxlDocument>(
+            rootId, std::make_shared<const DxlNode>(*node, schemaName)));
+        setRootId(rootId, nullptr);
+    }
+}
+
+void ManageableData::addRootId(const std::string& rootId, LocalMgmtIfc* /*requester*/) {
+    if (m_rootIds.add(rootId)) {
+        m_single = false;
+    }
+}
+
+void ManageableData::addRootId(const std::string& rootId, const std::string& companion) {
+    addRootId(rootId, nullptr);
+    m_companions.insert_or_assign(rootId, companion);
+}
+
+void ManageableData::setRootId(const std::string& rootId, LocalMgmtIfc* /*requester*/) {
+    const std::string kept = rootId;  // the caller's text may be in the list that is cleared
+    m_rootIds.clear();
+    m_rootIds.add(kept);
+    m_single = true;
+}
+
+void ManageableData::removeRootId(const std::string& rootId) {
+    const std::string removed = rootId;
+    m_items.deleteDocument(removed);
+    if (m_rootIds.remove(removed)) {
+        m_single = false;
+    }
+    m_companions.erase(removed);
+}
+
+void ManageableData::getRootIds(std::vector<std::string>& rootIds) const {
+    rootIds = m_rootIds.ids();
+}
+
+std::string ManageableData::getRootId() const {
+    return m_rootIds.ids().size() == 1 ? m_rootIds.ids().front() : std::string();
+}
+
+std::optional<std::string> ManageableData::companion(const std::string& rootId) const {
+    const auto found = m_companions.find(rootId);
+    return found == m_companions.end() ? std::nullopt : std::optional(found->second);
+}
+
+DataNode ManageableData::interogate(const std::string& rootId) const {
+    const DxlDocumentPointer document = m_items.getDocument(rootId);
+    if (!document) {
+        return {};
+    }
+    return {document->root(), NodeWriter::find(*document->root(), rootId, rootId)};
+}
+
+bool ManageableData::interogate(const std::string& rootId, const std::string& nodeId,
+                                std::string& value) const {
+    const DxlDocumentPointer document = m_items.getDocument(rootId);
+    const DxlNode* node = document ? NodeWriter::find(*document->root(), rootId, nodeId) : nullptr;
+    if (node == nullptr) {
+        return false;
+    }
+    value = node->value();
+    return true;
+}
+
+bool ManageableData::populate(const std::string& rootId, const std::string& nodeId,
+                              const std::string& value) {
+    if (!XmlText::isName(rootId) || !XmlText::isName(nodeId) || XmlText::findUncarriable(value) ||
+        !writeNode(rootId, nodeId, value)) {
+        return false;
+    }
+    addRootId(rootId, nullptr);
+    return true;
+}
+
+bool ManageableData::populate(const std::string& rootId, const std::string& value) {
+    return populate(rootId, rootId, value);
+}
+
+bool ManageableData::populate(const std::string& rootId, const DataNode& node) {
+    if (!node || !XmlText::isName(rootId)) {
+        return false;
+    }
+    const DxlDocumentPointer old = m_items.getDocument(rootId);
+    putDocument(std::make_shared<const DxlDocument>(
+        rootId, old ? std::make_shared<const DxlNode>(*node, old->schemaName()) : node.pointer()));
+    addRootId(rootId, nullptr);
+    return true;
+}
+
+bool ManageableData::writeNode(const std::string& rootId, const std::string& nodeId,
+                               const std::string& value) {
+    DxlDocumentPointer document = m_items.getDocument(rootId);
+    const auto schema = getSchema(document ? document->schemaName() : rootId);
+    DxlNode::Pointer root;
+    if (document) {
+        root = document->root();
+    } else if (schema) {
+        root = schema->root();
+    } else {
+        root = std::make_shared<const DxlNode>(rootId, DxlNode::Kind::eLeaf);
+    }
+    root = NodeWriter::write(root, schema.get(), rootId, nodeId, value);
+    if (!root) {
+        return false;
+    }
+    putDocument(std::make_shared<const DxlDocument>(rootId, std::move(root)));
+    return true;
+}
+
+bool ManageableData::makeDocument(const std::string& schemaName, const std::string& rootId) {
+    const auto schema = getSchema(schemaName);
+    if (!schema) {
+        return false;
+    }
+    putDocument(std::make_shared<const DxlDocument>(rootId, schema->root()));
+    return true;
+}
+
+DxlDocumentPointer ManageableData::getDocument(const std::string& rootId) const {
+    return m_items.getDocument(rootId);
+}
+
+std::shared_ptr<const DxlSchema> ManageableData::getSchema(const std::string& name) const {
+    auto schema = m_items.getSchema(name);
+    return schema || m_dictionary == nullptr ? schema : m_dictionary->findSchema(name);
+}
+
+void ManageableData::putDocument(DxlDocumentPointer document) {
+    m_items.putDocument(std::move(document));
+}
+
+void ManageableData::putSchema(std::shared_ptr<const DxlSchema> schema) {
+    m_items.putSchema(std::move(schema));
+}
+
+bool ManageableData::copyDocument(const std::string& rootId, const DxlCollection& source) {
+    auto document = source.getDocument(rootId);
+    if (!document) {
+        return false;
+    }
+    putDocument(std::move(document));
+    return true;
+}
+
+bool ManageableData::copyDocument(const std::string& rootId, const ManageableData& source) {
+    return copyDocument(rootId, source.m_items);
+}
+
+bool ManageableData::copySchema(const std::string& name, const DxlCollection& source) {
+    auto schema = source.getSchema(name);
+    if (!schema) {
+        return false;
+    }
+    putSchema(std::move(schema));
+    return true;
+}
+
+bool ManageableData::copySchema(const std::string& name, const ManageableData& source) {
+    auto schema = source.getSchema(name);
+    if (!schema) {
+        return false;
+    }
+    putSchema(std::move(schema));
+    return true;
+}
+
+void ManageableData::addRejectReason(std::string rootId, std::string nodePath, std::string reason) {
+    m_rejections.emplace_back(std::move(rootId), std::move(nodePath), std::move(reason));
+}
+
+void ManageableData::addRejectReasons(const std::vector<RejectionSpec>& reasons) {
+    m_rejections.insert(m_rejections.end(), reasons.begin(), reasons.end());
+}
+
+std::string ManageableData::serialize(serializationType type) const {
+    return RecordText::write(*this, type);
+}
+
+bool ManageableData::deserialize(const std::string& text) {
+    ManageableData parsed;
+    std::string error;
+    if (!RecordText::read(text, parsed, error)) {
+        if (loggingOnUni(kLogWarning)) {
+            logAppUni("ManageableData", "./host/data/ManageableData", kLogWarning, __LINE__,
+                      "malformed record: %s", error.c_str());
+        }
+        return false;
+    }
+    overlay(parsed);
+    return true;
+}
+
+void ManageableData::overlay(const ManageableData& other) {
+    const bool wasEmpty = m_rootIds.ids().empty();
+    for (const auto& schema : other.m_items.schemas()) {
+        putSchema(schema);
+    }
+    for (const auto& document : other.m_items.documents()) {
+        putDocument(document);
+    }
+    for (const std::string& rootId : other.rootIds()) {
+        addRootId(rootId, nullptr);
+    }
+    for (const auto& [rootId, companion] : other.m_companions) {
+        m_companions.insert_or_assign(rootId, companion);
+    }
+    addRejectReasons(std::vector<RejectionSpec>(other.m_rejections));  // `other` may be this
+    m_single = wasEmpty ? other.m_single : m_single;
+}
+
+void ManageableData::clearAll() {
+    m_rootIds.clear();
+    m_single = false;
+    m_items.clear();
+    m_rejections.clear();
+    m_companions.clear();
+}
+
+}  // namespace vireo

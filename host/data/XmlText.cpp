@@ -1,0 +1,120 @@
+#include "data/XmlText.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <iterator>
+
+#include "data/Utf8.h"
+
+namespace vireo {
+namespace {
+
+struct Range {
+    std::uint32_t first;
+    std::uint32_t last;
+};
+
+constexpr Range kNameStart[] = {
+    {'A', 'Z'},       {'_', '_'},       {'a', 'z'},       {0xC0, 0xD6},     {0xD8, 0xF6},
+    {0xF8, 0x2FF},    {0x370, 0x37D},   {0x37F, 0x1FFF},  {0x200C, 0x200D}, {0x2070, 0x218F},
+    {0x2C00, 0x2FEF}, {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF},
+};
+
+bool isNameStart(std::uint32_t c) {
+    return std::any_of(std::begin(kNameStart), std::end(kNameStart),
+                       [c](Range range) { return c >= range.first && c <= range.last; });
+}
+
+bool isNamePart(std::uint32_t c) {
+    return isNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.' || c == 0xB7 ||
+           (c >= 0x300 && c <= 0x36F) || c == 0x203F || c == 0x2040;
+}
+
+template <class Replacement>
+void appendReplacing(std::string& out, std::string_view text, Replacement replacement) {
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char* instead = replacement(text[i]);
+        if (instead != nullptr) {
+            out.append(text, start, i - start);
+            out.append(instead);
+            start = i + 1;
+        }
+    }
+    out.append(text, start);
+}
+
+}  // namespace
+
+bool XmlText::isName(std::string_view name) noexcept {
+    std::size_t position = 0;
+    std::uint32_t c = 0;
+    if (!Utf8::next(name, position, c) || !isNameStart(c)) {
+        return false;
+    }
+    while (position < name.size()) {
+        if (!Utf8::next(name, position, c) || !isNamePart(c)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::optional<std::string> XmlText::findUncarriable(std::string_view text) {
+    std::size_t position = 0;
+    while (position < text.size()) {
+        const std::size_t start = position;
+        std::uint32_t c = 0;
+        if (!Utf8::next(text, position, c) || !Utf8::isXmlCharacter(c)) {
+            std::array<char, 64> found{};
+            std::snprintf(found.data(), found.size(), "byte 0x%02x at position %zu",
+                          static_cast<unsigned>(static_cast<unsigned char>(text[start])), start);
+            return std::string(found.data());
+        }
+    }
+    return std::nullopt;
+}
+
+void XmlText::appendEscaped(std::string& out, std::string_view text) {
+    appendReplacing(out, text, [](char c) -> const char* {
+        switch (c) {
+            case '&':
+                return "&amp;";
+            case '<':
+                return "&lt;";
+            case '>':
+                return "&gt;";
+            case '\r':  // a bare one would come back as a line feed
+                return "&#13;";
+            default:
+                return nullptr;
+        }
+    });
+}
+
+void XmlText::appendEscapedAttribute(std::string& out, std::string_view text) {
+    appendReplacing(out, text, [](char c) -> const char* {
+        switch (c) {
+            case '&':
+                return "&amp;";
+            case '<':
+                return "&lt;";
+            case '>':
+                return "&gt;";
+            case '"':
+                return "&quot;";
+            case '\t':  // bare white space would come back as a blank
+                return "&#9;";
+            case '\n':
+                return "&#10;";
+            case '\r':
+                return "&#13;";
+            default:
+                return nullptr;
+        }
+    });
+}
+
+}  // namespace vireo

@@ -1,0 +1,210 @@
+#include "data/XmlTree.h"
+
+#include <pugixml.hpp>
+#include <utility>
+
+#include "data/XmlSource.h"
+#include "data/XmlText.h"
+
+namespace vireo {
+namespace {
+
+// White space is kept and line ends are left alone: values have to survive byte for byte.
+constexpr unsigned kParseFlags =
+    pugi::parse_escapes | pugi::parse_cdata | pugi::parse_ws_pcdata | pugi::parse_fragment;
+
+bool isText(const pugi::xml_node& node) {
+    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+}
+
+bool isBlank(std::string_view text) {
+    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+bool parseSource(pugi::xml_document& document, std::string_view source, std::string& error) {
+    if (!XmlSource::check(source, error)) {
+        return false;
+    }
+    const pugi::xml_parse_result result =
+        document.load_buffer(source.data(), source.size(), kParseFlags, pugi::encoding_utf8);
+    if (!result) {
+        error = std::string(result.description()) + " at position " + std::to_string(result.offset);
+        return false;
+    }
+    return true;
+}
+
+/// Fills `target` with the children of `element`.
+bool fill(DxlNode& target, const pugi::xml_node& element, XmlTree::Space space, int depth,
+          std::string& error);
+
+bool appendElement(DxlNode& target, const pugi::xml_node& element, XmlTree::Space space, int depth,
+                   std::string& error) {
+    if (!XmlText::isName(element.name())) {
+        error = "\"" + std::string(element.name()) + "\" is no element name";
+        return false;
+    }
+    auto child = std::make_shared<DxlNode>(element.name(), DxlNode::Kind::eLeaf);
+    for (const pugi::xml_attribute& attribute : element.attributes()) {
+        if (!XmlText::isName(attribute.name())) {
+            error = "\"" + std::string(attribute.name()) + "\" is no attribute name";
+            return false;
+        }
+        child->addAttribute(attribute.name(), attribute.value());
+    }
+    if (!fill(*child, element, space, depth + 1, error)) {
+        return false;
+    }
+    target.append(std::move(child));
+    return true;
+}
+
+std::string textOf(const pugi::xml_node& element) {
+    std::string text;
+    for (const pugi::xml_node& child : element.children()) {
+        if (isText(child)) {
+            text.append(child.value());
+        }
+    }
+    return text;
+}
+
+bool fill(DxlNode& target, const pugi::xml_node& element, XmlTree::Space space, int depth,
+          std::string& error) {
+    if (depth > XmlTree::kMaximumDepth) {
+        error = "nested deeper than " + std::to_string(XmlTree::kMaximumDepth);
+        return false;
+    }
+    const bool hasElements = element.find_child(
+        [](const pugi::xml_node& child) { return child.type() == pugi::node_element; });
+    if (!hasElements) {
+        target.setText(textOf(element));
+        return true;
+    }
+    for (const pugi::xml_node& child : element.children()) {
+        if (child.type() == pugi::node_element) {
+            if (!appendElement(target, child, space, depth, error)) {
+                return false;
+            }
+        } else if (isText(child) &&
+                   !(space == XmlTree::Space::eDropIndentation && isBlank(child.value()))) {
+            target.append(
+                std::make_shared<DxlNode>(std::string(), DxlNode::Kind::eText, child.value()));
+        }
+    }
+    return true;
+}
+
+std::string attribute(const pugi::xml_node& element, const char* name) {
+    return element.attribute(name).value();
+}
+
+/// Fills the schema node `target` from the `<branch>` and `<data>` children of `element`.
+bool fillSchema(DxlNode& target, const pugi::xml_node& element, int depth, std::string& error) {
+    if (depth > XmlTree::kMaximumDepth) {
+        error = "nested deeper than " + std::to_string(XmlTree::kMaximumDepth);
+        return false;
+    }
+    for (const pugi::xml_node& child : element.children()) {
+        if (child.type() != pugi::node_element) {
+            continue;
+        }
+        const std::string kind = child.name();
+        const std::string name = attribute(child, "name");
+        if (!XmlText::isName(name)) {
+            error = "<" + kind + "> has no usable name \"" + name + "\"";
+            return false;
+        }
+        std::shared_ptr<DxlNode> node;
+        if (kind == "branch") {
+            node = std::make_shared<DxlNode>(name, DxlNode::Kind::eBranch);
+            if (!fillSchema(*node, child, depth + 1, error)) {
+                return false;
+            }
+        } else if (kind == "data" && DxlSchema::findDataType(attribute(child, "type")) != nullptr) {
+            node = std::make_shared<DxlNode>(name, DxlNode::Kind::eLeaf, textOf(child));
+        } else {
+            error = "<" + kind + " name=\"" + name + "\" type=\"" + attribute(child, "type") +
+                    "\"> is no schema node";
+            return false;
+        }
+        target.append(std::move(node));
+    }
+    return true;
+}
+
+}  // namespace
+
+pugi::xml_node XmlTree::parse(pugi::xml_document& document, std::string_view source,
+                              const char* rootName, std::string& error) {
+    if (!parseSource(document, source, error)) {
+        return {};
+    }
+    pugi::xml_node root;
+    for (const pugi::xml_node& node : document.children()) {
+        if (node.type() == pugi::node_element && !root) {
+            root = node;
+        } else if (node.type() == pugi::node_element || (isText(node) && !isBlank(node.value()))) {
+            error = "something follows or precedes the root element";
+            return {};
+        }
+    }
+    if (!root || std::string_view(root.name()) != rootName) {
+        error = "the root element is not <" + std::string(rootName) + ">";
+        return {};
+    }
+    return root;
+}
+
+bool XmlTree::parseFragment(std::string_view fragment, DxlNode& target) {
+    pugi::xml_document document;
+    std::string error;
+    DxlNode parsed(target.getName(), DxlNode::Kind::eBranch);
+    if (!parseSource(document, fragment, error) ||
+        !fill(parsed, document, Space::eKeep, 1, error)) {
+        return false;
+    }
+    target.adoptContent(parsed);
+    return true;
+}
+
+DxlDocumentPointer XmlTree::readDocument(const pugi::xml_node& element, Space space,
+                                         std::string& error) {
+    std::string name = attribute(element, "name");
+    const std::string schema = attribute(element, "schema");
+    if (name.empty() || !XmlText::isName(schema)) {
+        error =
+            "<document name=\"" + name + "\" schema=\"" + schema + "\"> needs a name and a schema";
+        return nullptr;
+    }
+    auto root = std::make_shared<DxlNode>(schema, DxlNode::Kind::eLeaf);
+    if (!fill(*root, element, space, 1, error)) {
+        return nullptr;
+    }
+    return std::make_shared<const DxlDocument>(std::move(name), std::move(root));
+}
+
+std::shared_ptr<const DxlSchema> XmlTree::readSchema(const pugi::xml_node& element,
+                                                     std::string& error) {
+    const std::string name = attribute(element, "name");
+    if (!XmlText::isName(name)) {
+        error = "<schema> has no usable name \"" + name + "\"";
+        return nullptr;
+    }
+    const pugi::xml_attribute type = element.attribute("type");
+    if (!type) {
+        auto root = std::make_shared<DxlNode>(name, DxlNode::Kind::eBranch);
+        if (!fillSchema(*root, element, 1, error)) {
+            return nullptr;
+        }
+        return std::make_shared<const DxlSchema>(std::move(root));
+    }
+    if (DxlSchema::findDataType(type.value()) == nullptr) {
+        error = "<schema name=\"" + name + "\"> has the unknown type \"" + type.value() + "\"";
+        return nullptr;
+    }
+    return std::make_shared<const DxlSchema>(
+        std::make_shared<DxlNode>(name, DxlNode::Kind::eLeaf, textOf(element)));
+}
+
+}  // namespace vireo
