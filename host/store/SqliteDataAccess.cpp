@@ -1,0 +1,333 @@
+#include "store/SqliteDataAccess.h"
+
+#include <exception>
+#include <optional>
+#include <utility>
+
+#include "data/XmlText.h"
+#include "log/Log.h"
+#include "store/StoreAnswer.h"
+#include "store/StoreFile.h"
+#include "store/StoreSchema.h"
+
+namespace vireo {
+namespace {
+
+constexpr char kComponent[] = "DataAccessService";
+constexpr char kFile[] = "./host/store/SqliteDataAccess";
+
+/// The answer to what cannot be done, and its log line.
+std::string refuse(std::string_view table, const std::string& what) {
+    if (loggingOnUni(kLogWarning)) {
+        logAppUni(kComponent, kFile, kLogWarning, __LINE__, "request refused, table \"%.*s\": %s",
+                  static_cast<int>(table.size()), table.data(), what.c_str());
+    }
+    return StoreAnswer::error(table, what);
+}
+
+std::string describe(const StoreRequestFault& fault) {
+    std::string what(fault.what);
+    if (!fault.name.empty()) {
+        what.append(" \"").append(fault.name).append("\"");
+    }
+    return what;
+}
+
+}  // namespace
+
+std::unique_ptr<SqliteDataAccess> SqliteDataAccess::open(const std::string& path,
+                                                         StoreCatalogue catalogue,
+                                                         std::string& error) {
+    try {
+        SqliteConnection connection;
+        if (!connect(path, connection, error)) {
+            return nullptr;
+        }
+        std::unique_ptr<SqliteDataAccess> store(
+            new SqliteDataAccess(std::move(catalogue), std::move(connection)));
+        StoreSchema schema(store->m_connection, store->m_catalogue);
+        if (!schema.establish(error) || !schema.load(store->m_rows, error)) {
+            error.insert(0, path + ": ");
+            return nullptr;
+        }
+        return store;
+    } catch (const std::exception& exception) {
+        logExc(kComponent, kFile, __LINE__, "open", exception);
+        error = exception.what();
+        return nullptr;
+    }
+}
+
+bool SqliteDataAccess::connect(const std::string& path, SqliteConnection& connection,
+                               std::string& error) {
+    const StoreFile file(path);
+    std::string damage = "its write-ahead log stands alone";
+    if (!file.hasOrphanedLog()) {
+        if (!file.makeUsable(error)) {
+            return false;
+        }
+        const SqliteConnection::Health health = connection.open(path, damage);
+        if (health == SqliteConnection::Health::eGood) {
+            return true;
+        }
+        if (health == SqliteConnection::Health::eUnusable) {
+            error = path + ": " + damage;
+            return false;
+        }
+    }
+    const std::string newName = file.setAside(error);
+    if (newName.empty()) {
+        error = path + " is damaged (" + damage + "); " + error;
+        return false;
+    }
+    if (loggingOnUni(kLogError)) {
+        logAppUni(kComponent, kFile, kLogError, __LINE__,
+                  "STORE DAMAGED: %s: %s. Set aside as %s; a new, empty store is made",
+                  path.c_str(), damage.c_str(), newName.c_str());
+    }
+    if (!file.makeUsable(error)) {
+        return false;
+    }
+    if (connection.open(path, damage) != SqliteConnection::Health::eGood) {
+        error = path + ": " + damage;
+        return false;
+    }
+    return true;
+}
+
+SqliteDataAccess::SqliteDataAccess(StoreCatalogue catalogue, SqliteConnection connection)
+    : m_catalogue(std::move(catalogue)), m_connection(std::move(connection)), m_rows(m_catalogue) {
+    for (const StoreTable& table : m_catalogue.tables()) {
+        m_statements.emplace_back(table.columns.size());
+    }
+}
+
+SqliteDataAccess::~SqliteDataAccess() {
+    if (m_rows.pendingCount() > 0 && loggingOnUni(kLogWarning)) {
+        logAppUni(kComponent, kFile, kLogWarning, __LINE__,
+                  "closed with %zu updates that were never committed", m_rows.pendingCount());
+    }
+    if (m_connection.isInTransaction()) {
+        m_connection.execute("ROLLBACK");
+    }
+}
+
+std::string SqliteDataAccess::request(const std::string& requestText) {
+    try {
+        return answer(requestText);
+    } catch (const std::exception& exception) {
+        logExc(kComponent, kFile, __LINE__, "request", exception);
+        try {
+            return refuse("", exception.what());
+        } catch (const std::exception&) {
+            return {};
+        }
+    }
+}
+
+std::string SqliteDataAccess::answer(const std::string& requestText) {
+    StoreRequest request;
+    StoreRequestFault fault;
+    if (!StoreRequest::parse(requestText, m_catalogue, request, fault)) {
+        return refuse(fault.tableName, describe(fault));
+    }
+    return request.reason == StoreRequest::Reason::eRead ? read(request) : update(request);
+}
+
+std::string SqliteDataAccess::read(const StoreRequest& request) {
+    const std::string& column = request.column->name;
+    {
+        const std::shared_lock lock(m_rowsMutex);
+        const StoreCell* cell = m_rows.find(*request.table, *request.column, request.key);
+        if (cell == nullptr) {
+            return StoreAnswer::read(request.table->name, column, std::nullopt);
+        }
+        if (cell->isReadable) {
+            return StoreAnswer::read(request.table->name, column, cell->value);
+        }
+    }
+    return refuse(request.table->name,
+                  "column \"" + column + "\" has a value that an answer cannot carry");
+}
+
+std::string SqliteDataAccess::update(const StoreRequest& request) {
+    // Made first: once the value is stored nothing may fail.
+    std::string updated = StoreAnswer::updated(request.table->name);
+    std::string failure;
+    if (const auto inKey = XmlText::findUncarriable(request.key)) {
+        failure = "index \"" + request.table->indexColumn + "\": " + *inKey;
+    } else if (const auto inValue = XmlText::findUncarriable(request.value)) {
+        failure = "column \"" + request.column->name + "\": " + *inValue;
+    } else {
+        std::unique_lock lock(m_writeMutex);
+        const Outcome outcome = store(request);
+        lock.unlock();
+        if (outcome.failure != nullptr) {
+            failure = "column \"" + request.column->name + "\": " + outcome.text();
+        }
+    }
+    if (!failure.empty()) {
+        return refuse(request.table->name, failure);
+    }
+    return updated;
+}
+
+SqliteDataAccess::Outcome SqliteDataAccess::store(const StoreRequest& request) {
+    Bracket* bracket = ownBracket();
+    if (bracket != nullptr && bracket->isLost) {
+        return {"an earlier update since beginUpdate was taken back", {}};
+    }
+    const StoreCell* present = m_rows.find(*request.table, *request.column, request.key);
+    if (present != nullptr && present->holds(request.value)) {
+        if (!present->isPending) {
+            return {};
+        }
+        if (bracket != nullptr) {
+            bracket->hasPending = true;
+            return {};
+        }
+        return commitPending();
+    }
+
+    // All memory first: once SQLite has the value nothing may fail on our side.
+    std::string value(request.value);
+    std::unique_lock rowsLock(m_rowsMutex);
+    StoreCell& cell = m_rows.make(*request.table, *request.column, request.key);
+    rowsLock.unlock();
+    m_rows.reserveWrite();
+
+    if (Outcome outcome = writeRow(request); outcome.failure != nullptr) {
+        return outcome;
+    }
+    if (bracket == nullptr && !m_connection.execute("COMMIT")) {
+        return failPending();
+    }
+    rowsLock.lock();
+    m_rows.write(cell, *request.column, std::move(value));
+    rowsLock.unlock();
+    if (bracket != nullptr) {
+        bracket->hasPending = true;
+    } else {
+        settle();
+    }
+    return {};
+}
+
+SqliteDataAccess::Outcome SqliteDataAccess::writeRow(const StoreRequest& request) {
+    SqliteStatement& statement = statementFor(request);
+    const bool wasInTransaction = m_connection.isInTransaction();
+    if (!statement || (!wasInTransaction && !m_connection.execute("BEGIN IMMEDIATE"))) {
+        return {"cannot write", m_connection.errorText()};
+    }
+    Outcome outcome;
+    if (!statement.bind(1, request.value) ||
+        (request.table->isIndexed() && !statement.bind(2, request.key)) ||
+        statement.step() != SqliteStatement::Step::eDone) {
+        outcome = {"cannot write", m_connection.errorText()};
+    } else if (m_connection.changedRows() != 1) {
+        outcome = {"the file does not take the value", {}};
+    }
+    statement.reset();
+    if (outcome.failure == nullptr) {
+        return outcome;
+    }
+    if (!m_connection.isInTransaction()) {
+        undo();  // SQLite ended the transaction, and with it what was pending
+    } else if (!wasInTransaction) {
+        m_connection.execute("ROLLBACK");
+    }
+    return outcome;
+}
+
+SqliteDataAccess::Outcome SqliteDataAccess::commitPending() noexcept {
+    if (m_connection.isInTransaction()) {
+        if (!m_connection.execute("COMMIT")) {
+            return failPending();
+        }
+        settle();
+    }
+    return {};
+}
+
+SqliteDataAccess::Outcome SqliteDataAccess::failPending() noexcept {
+    Outcome outcome{"cannot commit", m_connection.errorText()};
+    if (m_connection.isInTransaction()) {
+        m_connection.execute("ROLLBACK");
+    }
+    undo();
+    return outcome;
+}
+
+SqliteStatement& SqliteDataAccess::statementFor(const StoreRequest& request) {
+    SqliteStatement& statement = m_statements[request.table->position][request.column->position];
+    if (!statement) {
+        statement = m_connection.prepare(StoreSchema::updateSql(*request.table, *request.column));
+    }
+    return statement;
+}
+
+SqliteDataAccess::Bracket* SqliteDataAccess::ownBracket() noexcept {
+    const auto found = m_brackets.find(std::this_thread::get_id());
+    return found == m_brackets.end() ? nullptr : &found->second;
+}
+
+void SqliteDataAccess::settle() noexcept {
+    if (m_rows.settle()) {
+        m_isRebootRequired = true;
+    }
+    for (auto& [thread, bracket] : m_brackets) {
+        bracket.hasPending = false;
+    }
+}
+
+void SqliteDataAccess::undo() noexcept {
+    {
+        const std::lock_guard lock(m_rowsMutex);
+        m_rows.undo();
+    }
+    for (auto& [thread, bracket] : m_brackets) {
+        bracket.isLost |= bracket.hasPending;
+        bracket.hasPending = false;
+    }
+}
+
+void SqliteDataAccess::beginUpdate() {
+    try {
+        const std::lock_guard lock(m_writeMutex);
+        ++m_brackets[std::this_thread::get_id()].depth;
+    } catch (const std::exception& exception) {
+        // Each update is then durable by itself, which is more than was asked for.
+        logExc(kComponent, kFile, __LINE__, "beginUpdate", exception);
+    }
+}
+
+bool SqliteDataAccess::commitUpdate() {
+    Outcome outcome;
+    {
+        const std::lock_guard lock(m_writeMutex);
+        Bracket* bracket = ownBracket();
+        if (bracket != nullptr && bracket->isLost) {
+            outcome.failure = "an update since beginUpdate was taken back";
+        } else {
+            outcome = commitPending();
+        }
+        if (bracket != nullptr && --bracket->depth == 0) {
+            m_brackets.erase(std::this_thread::get_id());
+        }
+    }
+    if (outcome.failure != nullptr && loggingOnUni(kLogError)) {
+        logAppUni(kComponent, kFile, kLogError, __LINE__, "commitUpdate: %s%s%s", outcome.failure,
+                  outcome.detail.empty() ? "" : ": ", outcome.detail.c_str());
+    }
+    return outcome.failure == nullptr;
+}
+
+bool SqliteDataAccess::isRebootRequired() {
+    return m_isRebootRequired;
+}
+
+std::string SqliteDataAccess::Outcome::text() const {
+    return detail.empty() ? failure : failure + (": " + detail);
+}
+
+}  // namespace vireo

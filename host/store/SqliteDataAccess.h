@@ -1,0 +1,100 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+#include "Visibility.h"
+#include "service/Executable.h"
+#include "services/DataAccessServiceIfc.h"
+#include "store/SqliteConnection.h"
+#include "store/StoreCatalogue.h"
+#include "store/StoreRequest.h"
+#include "store/StoreRows.h"
+
+namespace vireo {
+
+/// The persistent store in one SQLite file. All values are kept in memory as well, so that a read
+/// costs no SQL; while it is open nobody else may write values into the file. Others may read it.
+///
+/// An update that writes what is there already costs nothing. Updates within brackets
+/// (`beginUpdate`) are pending in one transaction for all threads: whatever makes one of them
+/// durable makes all of them durable. When it fails, all are taken back, and a bracket that loses
+/// an update so is lost as a whole: its further updates are refused, its `commitUpdate` is false.
+///
+/// Updates that are still pending when the store is closed never happened.
+class VIREO_API SqliteDataAccess : public Executable, public DataAccessServiceIfc {
+public:
+    /// Opens the file, or makes it and the directories above it, and brings its tables in step
+    /// with the catalogue. A damaged file is set aside under a new name, with an error line, and a
+    /// new one is made. Null with a one-line `error` when the file cannot be used, or has one of
+    /// the tables in another shape; the file is then as it was.
+    static std::unique_ptr<SqliteDataAccess> open(const std::string& path, StoreCatalogue catalogue,
+                                                  std::string& error);
+    ~SqliteDataAccess() override;
+    SqliteDataAccess(const SqliteDataAccess&) = delete;
+    SqliteDataAccess& operator=(const SqliteDataAccess&) = delete;
+
+    /// An answer that finds no memory even for its error is empty.
+    std::string request(const std::string& requestText) override;
+    void beginUpdate() override;
+    bool commitUpdate() override;
+    bool isRebootRequired() override;
+
+private:
+    /// What a thread has begun and not ended.
+    struct Bracket {
+        unsigned depth = 0;
+        bool hasPending = false;  ///< one of its updates is not yet on stable storage
+        bool isLost = false;      ///< one of its updates was taken back
+    };
+
+    /// What became of an update or a commit. Moving it needs no memory.
+    struct Outcome {
+        const char* failure = nullptr;  ///< null: done
+        std::string detail;             ///< what SQLite said, may be empty
+
+        std::string text() const;
+    };
+
+    SqliteDataAccess(StoreCatalogue catalogue, SqliteConnection connection);
+
+    static bool connect(const std::string& path, SqliteConnection& connection, std::string& error);
+
+    std::string answer(const std::string& requestText);
+    std::string read(const StoreRequest& request);
+    std::string update(const StoreRequest& request);
+
+    // All below with m_writeMutex held.
+    Outcome store(const StoreRequest& request);
+    Outcome writeRow(const StoreRequest& request);
+    Outcome commitPending() noexcept;
+    Outcome failPending() noexcept;
+    SqliteStatement& statementFor(const StoreRequest& request);
+    Bracket* ownBracket() noexcept;
+    void settle() noexcept;
+    void undo() noexcept;
+
+    const StoreCatalogue m_catalogue;
+
+    /// Guards the connection, the brackets, and who may change m_rows. Taken before m_rowsMutex.
+    std::mutex m_writeMutex;
+    SqliteConnection m_connection;
+    std::vector<std::vector<SqliteStatement>> m_statements;  ///< by table and column, made at need
+    std::unordered_map<std::thread::id, Bracket> m_brackets;
+
+    /// Held for the moment in which m_rows changes, so that reads do not wait for the disk.
+    std::shared_mutex m_rowsMutex;
+    StoreRows m_rows;
+
+    std::atomic<bool> m_isRebootRequired{false};
+};
+
+}  // namespace vireo
