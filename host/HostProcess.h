@@ -1,0 +1,75 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include "HostOptions.h"
+#include "log/SpdlogPort.h"
+#include "messages/HostFramework.h"
+#include "messages/MessageLoop.h"
+#include "messages/RpcAdapter.h"
+#include "runtime/ConfigDirectory.h"
+#include "runtime/DeviceRoot.h"
+#include "runtime/HostContext.h"
+#include "runtime/PluginLoader.h"
+#include "runtime/ServiceRegistry.h"
+#include "store/SqliteDataAccess.h"
+
+namespace vireo {
+
+/// All parts of a running vireod. Used by the main thread.
+class HostProcess {
+public:
+    HostProcess() = default;
+    HostProcess(const HostProcess&) = delete;
+    HostProcess& operator=(const HostProcess&) = delete;
+    /// Stops what runs.
+    ~HostProcess() { stop(); }
+
+    /// Starts everything, the message thread last. False with a one-line `error`; the object is
+    /// good for nothing but its end then. Should the message thread end by itself later, the
+    /// process is sent SIGTERM.
+    bool start(const HostOptions& options, std::string& error);
+    /// Ends the message thread after the message that it handles, then the service.
+    void stop();
+    /// Whether the message thread ended by itself.
+    bool failed() const { return m_failed.load(); }
+
+private:
+    /// The ports stay installed as long as anything can log.
+    class Ports {
+    public:
+        bool install(const HostOptions& options, std::string& error);
+        ~Ports();
+
+    private:
+        std::unique_ptr<SpdlogPort> m_log;
+        std::unique_ptr<ConfigDirectory> m_config;
+    };
+
+    bool openStore(std::string& error);
+    bool loadService(const std::string& plugin, std::string& error);
+    void startService();
+
+    // In the order in which they are needed; their end is the other way round. The loop holds tasks
+    // whose code is the plug-in's, so it ends before the plug-in is unloaded.
+    Ports m_ports;
+    std::optional<DeviceRoot> m_root;
+    std::unique_ptr<SqliteDataAccess> m_store;
+    std::optional<PluginLoader> m_plugin;
+    RpcAdapter m_rpcAdapter;
+    HostFramework m_framework;
+    ServiceRegistry m_services;
+    MessageLoop m_loop;
+    HostContext m_context{m_services, m_loop};
+    PluginService m_service;
+    PluginInvoker m_invoker;
+    bool m_started = false;
+    std::atomic<bool> m_failed{false};
+    std::thread m_messageThread;
+};
+
+}  // namespace vireo

@@ -1,0 +1,121 @@
+#include "log/SpdlogPort.h"
+
+#include <spdlog/fmt/fmt.h>
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/sinks/stdout_sinks.h>
+#include <spdlog/spdlog.h>
+
+#include <atomic>
+#include <chrono>
+#include <exception>
+
+#include "log/Log.h"
+
+namespace vireo {
+namespace {
+
+struct LevelName {
+    spdlog::level::level_enum level;
+    std::string_view word;
+};
+
+LevelName nameOf(int level) {
+    switch (level) {
+        case kLogError:
+            return {spdlog::level::err, "error"};
+        case kLogWarning:
+            return {spdlog::level::warn, "warning"};
+        case kLogInfo:
+            return {spdlog::level::info, "info"};
+        case kLogDebug:
+            return {spdlog::level::debug, "debug"};
+        default:
+            return level < kLogError ? LevelName{spdlog::level::err, "error"}
+                                     : LevelName{spdlog::level::trace, "dump"};
+    }
+}
+
+bool isControl(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7f;
+}
+
+void appendControl(fmt::memory_buffer& out, char c) {
+    switch (c) {
+        case '\n':
+            out.append(std::string_view("\\n"));
+            break;
+        case '\r':
+            out.append(std::string_view("\\r"));
+            break;
+        case '\t':
+            out.append(std::string_view("\\t"));
+            break;
+        default:
+            fmt::format_to(fmt::appender(out), "\\x{:02x}", static_cast<unsigned char>(c));
+    }
+}
+
+void appendVisibly(fmt::memory_buffer& out, std::string_view text) {
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (isControl(text[i])) {
+            out.append(text.substr(start, i - start));
+            appendControl(out, text[i]);
+            start = i + 1;
+        }
+    }
+    out.append(text.substr(start));
+}
+
+/// Loggers are known by name to the thread that flushes them.
+std::string newLoggerName() {
+    static constinit std::atomic<unsigned> count{0};
+    return "vireo-" + std::to_string(count.fetch_add(1, std::memory_order_relaxed));
+}
+
+}  // namespace
+
+SpdlogPort::SpdlogPort(std::shared_ptr<spdlog::logger> logger) : m_logger(std::move(logger)) {
+    // Which levels are written was decided before a line comes here.
+    m_logger->set_level(spdlog::level::trace);
+    m_logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %v");
+    m_logger->flush_on(spdlog::level::err);
+    spdlog::register_logger(m_logger);
+    spdlog::flush_every(std::chrono::seconds(1));
+}
+
+SpdlogPort::~SpdlogPort() {
+    spdlog::drop(m_logger->name());
+    m_logger->flush();
+}
+
+std::unique_ptr<SpdlogPort> SpdlogPort::toStandardError() {
+    return std::unique_ptr<SpdlogPort>(new SpdlogPort(std::make_shared<spdlog::logger>(
+        newLoggerName(), std::make_shared<spdlog::sinks::stderr_sink_mt>())));
+}
+
+std::unique_ptr<SpdlogPort> SpdlogPort::toFile(const std::string& file, std::string& error) {
+    try {
+        return std::unique_ptr<SpdlogPort>(new SpdlogPort(std::make_shared<spdlog::logger>(
+            newLoggerName(), std::make_shared<spdlog::sinks::basic_file_sink_mt>(file))));
+    } catch (const std::exception& exception) {
+        error = "cannot write the log file \"" + file + "\": " + exception.what();
+        return nullptr;
+    }
+}
+
+void SpdlogPort::write(std::string_view component, std::string_view file, int level, int line,
+                       std::string_view text) noexcept {
+    try {
+        const LevelName name = nameOf(level);
+        fmt::memory_buffer out;
+        fmt::format_to(fmt::appender(out), "{} [{}] {}:{} ", name.word, component, file, line);
+        appendVisibly(out, text);
+        m_logger->log(name.level, spdlog::string_view_t(out.data(), out.size()));
+    } catch (...) {
+        // A line that cannot be written has nowhere to be reported.
+    }
+}
+
+}  // namespace vireo

@@ -1,0 +1,58 @@
+#include <signal.h>
+#include <sys/stat.h>
+#include <systemd/sd-daemon.h>
+
+#include <cstdio>
+#include <optional>
+#include <string>
+
+#include "HostOptions.h"
+#include "HostProcess.h"
+
+namespace {
+
+constexpr int kStopped = 0;
+constexpr int kCannotStart = 1;
+
+/// The signals that end the service. Blocked before any thread starts, so that all threads inherit
+/// it and the main thread alone takes them.
+sigset_t blockStopSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGHUP);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
+
+int serve(const vireo::HostOptions& options, const sigset_t& stopSignals) {
+    vireo::HostProcess process;
+    std::string error;
+    if (!process.start(options, error)) {
+        std::fprintf(stderr, "vireod: cannot start: %s\n", error.c_str());
+        return kCannotStart;
+    }
+    std::printf("vireod: ready on %s (%zu peers at most)\n", options.socket.c_str(),
+                options.maximumPeers);
+    std::fflush(stdout);
+    sd_notify(0, "READY=1");
+    int signal = 0;
+    sigwait(&stopSignals, &signal);
+    sd_notify(0, "STOPPING=1");
+    process.stop();
+    return process.failed() ? kCannotStart : kStopped;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const sigset_t stopSignals = blockStopSignals();
+    signal(SIGPIPE, SIG_IGN);
+    // What the service writes, its log among it, is nobody else's business.
+    umask(0077);
+    int exitCode = 0;
+    const std::optional<vireo::HostOptions> options =
+        vireo::HostOptions::parse(argc, argv, exitCode);
+    return options ? serve(*options, stopSignals) : exitCode;
+}

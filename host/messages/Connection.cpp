@@ -1,0 +1,117 @@
+#include "messages/Connection.h"
+
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <span>
+
+namespace vireo {
+namespace {
+
+// Memory that an empty output keeps for the next replies.
+constexpr std::size_t kKeptOutput = 64U << 10U;
+
+bool wouldBlock(int reason) {
+    return reason == EAGAIN || reason == EWOULDBLOCK;
+}
+
+}  // namespace
+
+Connection::Received Connection::receive() {
+    const std::span<char> room = m_input.room();
+    ssize_t count = 0;
+    do {
+        count = ::recv(m_socket.get(), room.data(), room.size(), MSG_DONTWAIT);
+    } while (count < 0 && errno == EINTR);
+    if (count > 0) {
+        m_input.filled(static_cast<std::size_t>(count));
+        return Received::eBytes;
+    }
+    return count < 0 && wouldBlock(errno) ? Received::eNothing : Received::eEnd;
+}
+
+void Connection::skipOversized() {
+    const std::size_t count =
+        std::min(static_cast<std::size_t>(m_skipped), m_input.content().size());
+    m_input.consume(count);
+    m_skipped -= count;
+}
+
+Connection::Next Connection::next(Frame& frame) {
+    skipOversized();
+    const std::string_view bytes = m_input.content();
+    switch (FrameCodec::parseHeader(bytes, frame.header)) {
+        case FrameCodec::Verdict::eIncomplete:
+            return Next::eNothing;
+        case FrameCodec::Verdict::eNotOurs:
+            return Next::eNotOurs;
+        case FrameCodec::Verdict::eWrongVersion:
+            return Next::eWrongVersion;
+        case FrameCodec::Verdict::eUnknownKind:
+            return Next::eUnknownKind;
+        case FrameCodec::Verdict::eHeader:
+            break;
+    }
+    const bool oversized = frame.header.payloadLength > FrameCodec::kMaximumPayload;
+    const std::size_t payloadLength = oversized ? 0 : frame.header.payloadLength;
+    const std::size_t payloadStart = FrameCodec::kHeaderSize + frame.header.nameLength();
+    if (bytes.size() < payloadStart + payloadLength) {
+        return Next::eNothing;
+    }
+    frame.protocol = bytes.substr(FrameCodec::kHeaderSize, frame.header.protocolLength);
+    frame.interfaceName = bytes.substr(FrameCodec::kHeaderSize + frame.header.protocolLength,
+                                       frame.header.interfaceLength);
+    frame.payload = bytes.substr(payloadStart, payloadLength);
+    m_input.consume(payloadStart + payloadLength);
+    if (oversized) {
+        m_skipped = frame.header.payloadLength;
+        return Next::eOversized;
+    }
+    return Next::eFrame;
+}
+
+void Connection::send(FrameKind kind, std::uint32_t correlation, std::string_view protocol,
+                      std::string_view interfaceName, std::string_view payload) {
+    FrameCodec::append(m_output, kind, correlation, protocol, interfaceName, payload);
+}
+
+bool Connection::flush() {
+    if (unsent() == 0) {
+        return true;
+    }
+    ssize_t count = 0;
+    do {
+        count =
+            ::send(m_socket.get(), m_output.data() + m_sent, unsent(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) {
+        return wouldBlock(errno);
+    }
+    m_sent += static_cast<std::size_t>(count);
+    if (unsent() == 0) {
+        m_output.clear();
+        m_sent = 0;
+        if (m_output.capacity() > kKeptOutput) {
+            m_output.shrink_to_fit();
+        }
+    } else if (m_sent >= m_output.size() / 2) {
+        m_output.erase(0, m_sent);
+        m_sent = 0;
+    }
+    return true;
+}
+
+std::string Connection::label() const {
+    if (!m_channel.empty()) {
+        return "peer \"" + m_channel + '"';
+    }
+    ucred peer{};
+    socklen_t length = sizeof peer;
+    if (::getsockopt(m_socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &length) != 0) {
+        return "a peer";
+    }
+    return "process " + std::to_string(peer.pid);
+}
+
+}  // namespace vireo

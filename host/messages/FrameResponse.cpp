@@ -1,0 +1,66 @@
+#include "messages/FrameResponse.h"
+
+#include "log/Log.h"
+#include "messages/Connection.h"
+#include "messages/FrameCodec.h"
+
+namespace vireo {
+namespace {
+
+constexpr const char* kComponent = "FrameResponse";
+constexpr const char* kFile = "./host/messages/FrameResponse";
+
+// Memory that is kept for the next payload.
+constexpr std::size_t kKeptPayload = 256U << 10U;
+
+}  // namespace
+
+void FrameResponse::begin(Connection& connection, const Frame& frame) {
+    m_connection = &connection;
+    m_protocol = frame.protocol;
+    m_interfaceName = frame.interfaceName;
+    m_correlation = frame.header.correlation;
+    m_wantsReply = frame.header.kind == FrameKind::eRequest;
+    m_sent = false;
+    m_payload.clear();
+    if (m_payload.capacity() > kKeptPayload) {
+        m_payload.shrink_to_fit();
+    }
+}
+
+void FrameResponse::setPayload(const char* text, int length) {
+    if (text == nullptr || length <= 0) {
+        m_payload.clear();
+    } else {
+        m_payload.assign(text, static_cast<std::size_t>(length));
+    }
+}
+
+void FrameResponse::send() {
+    if (m_sent) {
+        return;
+    }
+    m_sent = true;
+    if (!m_wantsReply) {
+        return;
+    }
+    if (m_payload.size() > FrameCodec::kMaximumPayload) {
+        // No peer would take it. The peer still waits for its one reply.
+        if (loggingOnUni(kLogError)) {
+            logAppUni(kComponent, kFile, kLogError, __LINE__,
+                      "reply of %zu bytes to %s is longer than a frame, sent empty",
+                      m_payload.size(), m_connection->label().c_str());
+        }
+        m_payload.clear();
+    }
+    m_connection->send(FrameKind::eReply, m_correlation, m_protocol, m_interfaceName, m_payload);
+}
+
+void FrameResponse::sendEmpty() {
+    if (!m_sent) {
+        m_payload.clear();
+        send();
+    }
+}
+
+}  // namespace vireo

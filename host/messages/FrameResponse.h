@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "service/Invoker.h"
+
+namespace vireo {
+
+class Connection;
+struct Frame;
+
+/// Answers one frame of one peer. It is used again for the next one, so that its texts keep their
+/// memory. Used on the message thread.
+class FrameResponse : public InvokerResponse {
+public:
+    /// Starts the answer to `frame` of `connection`; both must hold until the answer is sent. A
+    /// frame that wants no reply gets none, whatever is sent.
+    void begin(Connection& connection, const Frame& frame);
+    /// Whether `send` was called since `begin`.
+    bool sent() const { return m_sent; }
+    /// Forgets the payload and sends the empty reply, unless a reply was sent.
+    void sendEmpty();
+
+    const std::string& protocol() const override { return m_protocol; }
+    void send() override;
+    void setPayload(const char* text, int length) override;
+
+private:
+    Connection* m_connection = nullptr;
+    std::string m_protocol;
+    std::string_view m_interfaceName;
+    std::string m_payload;
+    std::uint32_t m_correlation = 0;
+    bool m_wantsReply = false;
+    bool m_sent = true;
+};
+
+}  // namespace vireo

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <unordered_map>
+
+#include "service/Invoker.h"
+
+namespace vireo {
+
+/// What the framework offers to invokers: the protocols that it knows.
+class HostFramework : public FrameworkContext {
+public:
+    /// Makes `adapter` known under `protocol`; not owned, it outlives this object. Before the first
+    /// look-up only.
+    void registerProtocol(std::string protocol, ProtocolAdapter& adapter) {
+        m_adapters[std::move(protocol)] = &adapter;
+    }
+
+    ProtocolAdapter* findProtocolAdapter(const std::string& protocol) override {
+        const auto found = m_adapters.find(protocol);
+        return found == m_adapters.end() ? nullptr : found->second;
+    }
+
+private:
+    std::unordered_map<std::string, ProtocolAdapter*> m_adapters;
+};
+
+}  // namespace vireo

@@ -1,0 +1,250 @@
+#include "messages/MessageLoop.h"
+
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <span>
+#include <system_error>
+
+#include "log/Log.h"
+
+namespace vireo {
+namespace {
+
+constexpr const char* kComponent = "MessageLoop";
+constexpr const char* kFile = "./host/messages/MessageLoop";
+
+constexpr std::size_t kEventsAtOnce = 64;
+// Replies are written before the turn ends once this much has gathered.
+constexpr std::size_t kEarlyFlush = 256U << 10U;
+// How soon connections are accepted again after the machine had no means for one more.
+constexpr int kAcceptPauseMilliseconds = 100;
+
+bool isTransient(int reason) {
+    return reason == EINTR || reason == ECONNABORTED || reason == EPROTO;
+}
+
+}  // namespace
+
+MessageLoop::MessageLoop()
+    : m_epoll(::epoll_create1(EPOLL_CLOEXEC)),
+      m_wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      m_events(kEventsAtOnce),
+      m_protocol(m_peers, m_dispatcher) {}
+
+MessageLoop::~MessageLoop() = default;
+
+bool MessageLoop::watch(int descriptor) {
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.fd = descriptor;
+    return ::epoll_ctl(m_epoll.get(), EPOLL_CTL_ADD, descriptor, &event) == 0;
+}
+
+bool MessageLoop::listen(const std::string& socketPath, std::size_t maximumPeers,
+                         std::string& error) {
+    if (!m_epoll || !m_wakeUp || !watch(m_wakeUp.get())) {
+        error = "cannot wait for messages: " + std::generic_category().message(errno);
+        return false;
+    }
+    m_listener = ListeningSocket::open(socketPath, error);
+    m_maximumPeers = maximumPeers;
+    if (m_listener) {
+        setAccepting(true);
+    }
+    return m_listener != nullptr;
+}
+
+void MessageLoop::wake() noexcept {
+    const int before = errno;
+    const std::uint64_t one = 1;
+    // The only failure is a counter that is full, and a full counter wakes as well.
+    [[maybe_unused]] const ssize_t ignored = ::write(m_wakeUp.get(), &one, sizeof one);
+    errno = before;
+}
+
+void MessageLoop::clearWake() noexcept {
+    std::uint64_t count = 0;
+    [[maybe_unused]] const ssize_t ignored = ::read(m_wakeUp.get(), &count, sizeof count);
+}
+
+void MessageLoop::stop() noexcept {
+    m_stopRequested.store(true, std::memory_order_relaxed);
+    wake();
+}
+
+void MessageLoop::postTask(std::function<void()> task) {
+    if (m_tasks.post(std::move(task))) {
+        wake();
+    }
+}
+
+bool MessageLoop::run() {
+    bool going = m_listener != nullptr;
+    while (going && !stopping()) {
+        going = waitAndServe();
+    }
+    m_tasks.runPosted();
+    while (!m_connections.empty()) {
+        close(m_connections.begin()->second);
+    }
+    return going;
+}
+
+bool MessageLoop::waitAndServe() {
+    const int count = ::epoll_wait(m_epoll.get(), m_events.data(), static_cast<int>(kEventsAtOnce),
+                                   m_accepting ? -1 : kAcceptPauseMilliseconds);
+    if (count < 0 && errno != EINTR) {
+        if (loggingOnUni(kLogError)) {
+            logAppUni(kComponent, kFile, kLogError, __LINE__, "cannot wait for messages: %s",
+                      std::generic_category().message(errno).c_str());
+        }
+        return false;
+    }
+    if (!m_accepting) {
+        setAccepting(true);
+    }
+    for (const epoll_event& event :
+         std::span(m_events).first(static_cast<std::size_t>(count < 0 ? 0 : count))) {
+        if (event.data.fd == m_wakeUp.get()) {
+            clearWake();
+        } else if (event.data.fd == m_listener->descriptor()) {
+            acceptSome();
+        } else if (const auto found = m_connections.find(event.data.fd);
+                   found != m_connections.end()) {
+            turn(ConnectionPointer(found->second), event.events);
+        }
+        m_tasks.runPosted();
+    }
+    return true;
+}
+
+void MessageLoop::setAccepting(bool on) {
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.fd = m_listener->descriptor();
+    m_accepting = ::epoll_ctl(m_epoll.get(), on ? EPOLL_CTL_ADD : EPOLL_CTL_DEL,
+                              m_listener->descriptor(), &event) == 0 &&
+                  on;
+}
+
+void MessageLoop::acceptSome() {
+    for (std::size_t i = 0; i < kEventsAtOnce; ++i) {
+        FileDescriptor socket(
+            ::accept4(m_listener->descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        if (socket) {
+            m_acceptFailed = false;
+            admit(std::move(socket));
+        } else if (errno == EAGAIN) {
+            return;
+        } else if (!isTransient(errno)) {
+            pauseAccepting(errno);
+            return;
+        }
+    }
+}
+
+void MessageLoop::pauseAccepting(int reason) {
+    // No descriptor or no memory is left. The peers wait in the socket meanwhile; asking again at
+    // once would keep the processor busy for nothing.
+    setAccepting(false);
+    if (!m_acceptFailed && loggingOnUni(kLogError)) {
+        logAppUni(kComponent, kFile, kLogError, __LINE__, "cannot accept peers for now: %s",
+                  std::generic_category().message(reason).c_str());
+    }
+    m_acceptFailed = true;
+}
+
+void MessageLoop::admit(FileDescriptor socket) {
+    const int descriptor = socket.get();
+    auto connection = std::make_shared<Connection>(std::move(socket));
+    if (m_connections.size() >= m_maximumPeers) {
+        PeerProtocol::refuse(*connection, 0,
+                             "there are " + std::to_string(m_maximumPeers) +
+                                 " peers already, the most that are served");
+        connection->flush();
+        return;
+    }
+    if (!watch(descriptor)) {
+        PeerProtocol::refuse(*connection, 0, std::generic_category().message(errno));
+        connection->flush();
+        return;
+    }
+    connection->setInterest(EPOLLIN);
+    m_connections.emplace(descriptor, std::move(connection));
+}
+
+bool MessageLoop::readable(const Connection& connection) const {
+    return !connection.finishing() && connection.unsent() <= kOutputLimit && !stopping();
+}
+
+void MessageLoop::turn(const ConnectionPointer& connection, std::uint32_t events) {
+    bool alive = connection->flush() && serveReceived(connection);
+    if (alive && (events & ~EPOLLOUT) != 0 && readable(*connection)) {
+        alive = receiveAndServe(connection);
+    }
+    if (!alive || (connection->finishing() && connection->unsent() == 0)) {
+        close(connection);
+    } else {
+        updateInterest(*connection);
+    }
+}
+
+bool MessageLoop::receiveAndServe(const ConnectionPointer& connection) {
+    switch (connection->receive()) {
+        case Connection::Received::eBytes:
+            return serveReceived(connection);
+        case Connection::Received::eNothing:
+            return true;
+        case Connection::Received::eEnd:
+            break;
+    }
+    // The peer may have closed its sending side alone: it still gets what it asked for.
+    m_peers.release(connection->channel(), *connection);
+    connection->finish();
+    return connection->flush();
+}
+
+bool MessageLoop::serveReceived(const ConnectionPointer& connection) {
+    Frame frame;
+    while (readable(*connection)) {
+        const Connection::Next found = connection->next(frame);
+        if (found == Connection::Next::eNothing) {
+            return connection->flush();
+        }
+        m_protocol.handle(connection, found, frame);
+        if (connection->unsent() >= kEarlyFlush && !connection->flush()) {
+            return false;
+        }
+    }
+    // Over the limit, whole frames may be left in the buffer. Nothing is flushed then: the event
+    // that the socket takes more is what brings the loop back to them.
+    return connection->unsent() > kOutputLimit || connection->flush();
+}
+
+void MessageLoop::updateInterest(Connection& connection) {
+    const std::uint32_t wanted =
+        (connection.finishing() || connection.unsent() > kOutputLimit ? 0U : EPOLLIN) |
+        (connection.unsent() > 0 ? EPOLLOUT : 0U);
+    if (wanted == connection.interest()) {
+        return;
+    }
+    epoll_event event{};
+    event.events = wanted;
+    event.data.fd = connection.descriptor();
+    ::epoll_ctl(m_epoll.get(), EPOLL_CTL_MOD, connection.descriptor(), &event);
+    connection.setInterest(wanted);
+}
+
+void MessageLoop::close(const ConnectionPointer& connection) {
+    if (loggingOnUni(kLogDebug)) {
+        logAppUni(kComponent, kFile, kLogDebug, __LINE__, "%s has left",
+                  connection->label().c_str());
+    }
+    m_peers.release(connection->channel(), *connection);
+    ::epoll_ctl(m_epoll.get(), EPOLL_CTL_DEL, connection->descriptor(), nullptr);
+    m_connections.erase(connection->descriptor());
+}
+
+}  // namespace vireo

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <sys/epoll.h>
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "messages/Connection.h"
+#include "messages/FileDescriptor.h"
+#include "messages/ListeningSocket.h"
+#include "messages/PeerDirectory.h"
+#include "messages/PeerProtocol.h"
+#include "messages/RequestDispatcher.h"
+#include "messages/TaskQueue.h"
+
+namespace vireo {
+
+/// Serves the peers of the service, all on the one thread that calls `run`: the message thread.
+///
+/// Each turn of a connection reads once, handles every whole frame that is there and writes all
+/// replies at once. Replies come in the order of the requests. A peer that does not take its
+/// replies is not read from until it does, so that neither it nor the service runs out of memory;
+/// the others do not notice.
+class MessageLoop {
+public:
+    static constexpr std::size_t kDefaultMaximumPeers = 1024;
+    /// More unsent bytes than this, and a connection's requests wait. Above one maximal frame.
+    static constexpr std::size_t kOutputLimit = 8U << 20U;
+
+    MessageLoop();
+    MessageLoop(const MessageLoop&) = delete;
+    MessageLoop& operator=(const MessageLoop&) = delete;
+    /// Destroys tasks that did not run, and the socket.
+    ~MessageLoop();
+
+    /// Opens the socket; peers that connect from now on wait until `run`. Call once, before `run`.
+    /// False with a one-line `error` when the socket cannot be had.
+    bool listen(const std::string& socketPath, std::size_t maximumPeers, std::string& error);
+    /// See `RequestDispatcher::serve`. Before `run` only.
+    void serve(std::string interfaceName, Invoker& invoker, Executable& executable) {
+        m_dispatcher.serve(std::move(interfaceName), invoker, executable);
+    }
+
+    /// Serves until `stop`, then closes all connections. Blocks. False without a socket, and when
+    /// the kernel refused to go on; an error line says why.
+    bool run();
+    /// Makes `run` return after the message that is being handled, at once if it is called later.
+    /// Safe from every thread and from signal handlers.
+    void stop() noexcept;
+    /// Runs `task` on the message thread, between two messages; tasks run in the order of their
+    /// posting. Safe from every thread. What is posted before `stop` runs, even when `run` is
+    /// called later; what comes after may not.
+    void postTask(std::function<void()> task);
+
+private:
+    using ConnectionPointer = std::shared_ptr<Connection>;
+
+    bool watch(int descriptor);
+    bool waitAndServe();
+    void wake() noexcept;
+    void clearWake() noexcept;
+    void acceptSome();
+    void pauseAccepting(int reason);
+    void admit(FileDescriptor socket);
+    void setAccepting(bool on);
+    void turn(const ConnectionPointer& connection, std::uint32_t events);
+    bool receiveAndServe(const ConnectionPointer& connection);
+    bool serveReceived(const ConnectionPointer& connection);
+    bool readable(const Connection& connection) const;
+    void updateInterest(Connection& connection);
+    void close(const ConnectionPointer& connection);
+    bool stopping() const { return m_stopRequested.load(std::memory_order_relaxed); }
+
+    FileDescriptor m_epoll;
+    FileDescriptor m_wakeUp;
+    std::unique_ptr<ListeningSocket> m_listener;
+    std::size_t m_maximumPeers = kDefaultMaximumPeers;
+    bool m_accepting = false;
+    bool m_acceptFailed = false;
+    std::unordered_map<int, ConnectionPointer> m_connections;
+    std::vector<epoll_event> m_events;
+    PeerDirectory m_peers;
+    RequestDispatcher m_dispatcher;
+    PeerProtocol m_protocol;
+    TaskQueue m_tasks;
+    std::atomic<bool> m_stopRequested{false};
+};
+
+}  // namespace vireo

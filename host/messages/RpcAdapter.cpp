@@ -1,0 +1,122 @@
+#include "messages/RpcAdapter.h"
+
+#include <streambuf>
+#include <utility>
+
+#include "service/Serializer.h"
+
+namespace vireo {
+namespace {
+
+void encodeParameter(const Parameter& parameter, std::string& out) {
+    Serializer::serialize(out, std::string_view(parameter.name));
+    Serializer::serialize(out, static_cast<int>(parameter.type));
+    Serializer::serialize(out, static_cast<int>(parameter.direction));
+    switch (parameter.type) {
+        case Parameter::types::eInt:
+            Serializer::serialize(out, parameter.number);
+            break;
+        case Parameter::types::eBool:
+            Serializer::serialize(out, parameter.number != 0);
+            break;
+        case Parameter::types::eString:
+        case Parameter::types::eXML:
+            Serializer::serialize(out, std::string_view(parameter.text));
+            break;
+    }
+}
+
+bool decodeValue(std::string_view& rest, Parameter& parameter) {
+    bool flag = false;
+    switch (parameter.type) {
+        case Parameter::types::eInt:
+            return Serializer::deserialize(rest, parameter.number);
+        case Parameter::types::eBool:
+            if (!Serializer::deserialize(rest, flag)) {
+                return false;
+            }
+            parameter.number = flag ? 1 : 0;
+            return true;
+        case Parameter::types::eString:
+        case Parameter::types::eXML:
+            return Serializer::deserialize(rest, parameter.text);
+    }
+    return false;
+}
+
+bool decodeParameter(std::string_view& rest, Parameter& parameter) {
+    int type = 0;
+    int direction = 0;
+    if (!Serializer::deserialize(rest, parameter.name) || !Serializer::deserialize(rest, type) ||
+        !Serializer::deserialize(rest, direction)) {
+        return false;
+    }
+    if (type < static_cast<int>(Parameter::types::eInt) ||
+        type > static_cast<int>(Parameter::types::eXML) || direction < Parameter::eIn ||
+        direction > Parameter::eInOut) {
+        return false;
+    }
+    parameter.type = static_cast<Parameter::types>(type);
+    parameter.direction = static_cast<Parameter::directions>(direction);
+    return decodeValue(rest, parameter);
+}
+
+}  // namespace
+
+void RpcAdapter::encodeText(const Method& method, std::string& out) {
+    Serializer::serialize(out, std::string_view(method.name()));
+    Serializer::serialize(out, static_cast<int>(method.type()));
+    Serializer::serialize(out, static_cast<int>(method.parameters().size()));
+    for (const Parameter& parameter : method.parameters()) {
+        encodeParameter(parameter, out);
+    }
+}
+
+bool RpcAdapter::decodeText(std::string_view text, Method& method) {
+    std::string name;
+    int type = 0;
+    int count = 0;
+    if (!Serializer::deserialize(text, name) || !Serializer::deserialize(text, type) ||
+        !Serializer::deserialize(text, count) || type < Method::eRequest ||
+        type > Method::eResponse || count < 0) {
+        return false;
+    }
+    Method decoded(std::move(name), static_cast<Method::methodTypes>(type));
+    for (int i = 0; i < count; ++i) {
+        Parameter parameter;
+        if (!decodeParameter(text, parameter)) {
+            return false;
+        }
+        decoded.addParameter(std::move(parameter));
+    }
+    if (!text.empty()) {
+        return false;
+    }
+    method = std::move(decoded);
+    return true;
+}
+
+bool RpcAdapter::encode(const Method& method, std::ostream& out) {
+    std::string text;
+    encodeText(method, text);
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+    return out.good();
+}
+
+bool RpcAdapter::decode(std::istream& in, Method& method) {
+    // Messages arrive in memory: what is there is taken in one piece.
+    std::string text;
+    std::streambuf& buffer = *in.rdbuf();
+    for (std::streamsize ready = buffer.in_avail(); ready > 0; ready = buffer.in_avail()) {
+        const std::size_t start = text.size();
+        text.resize(start + static_cast<std::size_t>(ready));
+        const std::streamsize got = buffer.sgetn(text.data() + start, ready);
+        if (got < ready) {
+            text.resize(start + static_cast<std::size_t>(got < 0 ? 0 : got));
+            break;
+        }
+    }
+    return decodeText(text, method);
+}
+
+}  // namespace vireo

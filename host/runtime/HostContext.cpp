@@ -1,0 +1,16 @@
+#include "runtime/HostContext.h"
+
+#include "messages/MessageLoop.h"
+#include "runtime/ServiceRegistry.h"
+
+namespace vireo {
+
+Executable* HostContext::findService(const std::string& interfaceName) {
+    return m_services.find(interfaceName);
+}
+
+void HostContext::postToMessageThread(std::function<void()> task) {
+    m_loop.postTask(std::move(task));
+}
+
+}  // namespace vireo

@@ -1,0 +1,93 @@
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "../runtime/ScratchDirectory.h"
+#include "FramePeer.h"
+#include "messages/ListeningSocket.h"
+
+namespace vireo::test {
+namespace {
+
+/// A socket bound to `path`, as a killed or foreign program leaves or holds it.
+FileDescriptor foreignSocket(const std::string& path) {
+    FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    return socket;
+}
+
+class ListeningSocketTest : public ::testing::Test {
+protected:
+    ScratchDirectory m_directory;
+    std::string m_path = m_directory / "run/deep/vireo.sock";
+    std::string m_error;
+};
+
+TEST_F(ListeningSocketTest, IsForItsOwnUserAloneAndRemovedAtTheEnd) {
+    const mode_t before = ::umask(0);
+    auto socket = ListeningSocket::open(m_path, m_error);
+    ::umask(before);
+    ASSERT_TRUE(socket) << m_error;
+    EXPECT_EQ(modeOf(m_path), 0600U);
+    EXPECT_EQ(modeOf(m_path + ".lock"), 0600U);
+    EXPECT_EQ(modeOf(m_directory / "run/deep"), 0700U);
+    EXPECT_EQ(modeOf(m_directory / "run"), 0700U);
+    EXPECT_TRUE(FramePeer().connect(m_path));
+    socket.reset();
+    EXPECT_FALSE(std::filesystem::exists(m_path));
+}
+
+TEST_F(ListeningSocketTest, ASecondServiceIsRefusedAndTheFirstGoesOn) {
+    const auto first = ListeningSocket::open(m_path, m_error);
+    ASSERT_TRUE(first) << m_error;
+    EXPECT_FALSE(ListeningSocket::open(m_path, m_error));
+    EXPECT_NE(m_error.find(m_path), std::string::npos) << m_error;
+    EXPECT_NE(m_error.find("process " + std::to_string(::getpid())), std::string::npos) << m_error;
+    EXPECT_TRUE(FramePeer().connect(m_path));
+}
+
+TEST_F(ListeningSocketTest, TakesOverFromAServiceThatWasKilled) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const auto socket = ListeningSocket::open(m_path, m_error);
+        ::kill(::getpid(), SIGKILL);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(std::filesystem::is_socket(m_path));
+    const auto socket = ListeningSocket::open(m_path, m_error);
+    ASSERT_TRUE(socket) << m_error;
+    EXPECT_TRUE(FramePeer().connect(m_path));
+}
+
+TEST_F(ListeningSocketTest, LeavesAloneWhatIsNotItsOwn) {
+    std::filesystem::create_directories(m_directory / "run/deep");
+    {
+        const FileDescriptor foreign = foreignSocket(m_path);
+        ::listen(foreign.get(), 1);
+        EXPECT_FALSE(ListeningSocket::open(m_path, m_error));
+        EXPECT_NE(m_error.find("another program listens"), std::string::npos) << m_error;
+        EXPECT_TRUE(FramePeer().connect(m_path));
+    }
+    const std::string file = m_directory / "precious";
+    std::ofstream(file) << "content";
+    EXPECT_FALSE(ListeningSocket::open(file, m_error));
+    EXPECT_NE(m_error.find("no socket"), std::string::npos) << m_error;
+    EXPECT_EQ(std::filesystem::file_size(file), 7U);
+    EXPECT_FALSE(ListeningSocket::open(file + "/below.sock", m_error));
+    EXPECT_NE(m_error.find("cannot create the directory " + file), std::string::npos) << m_error;
+    EXPECT_FALSE(ListeningSocket::open(m_directory / std::string(120, 'x'), m_error));
+    EXPECT_NE(m_error.find("longer than 107 bytes"), std::string::npos) << m_error;
+}
+
+}  // namespace
+}  // namespace vireo::test

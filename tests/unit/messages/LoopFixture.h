@@ -1,0 +1,48 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+#include "../runtime/ScratchDirectory.h"
+#include "FramePeer.h"
+#include "LogLines.h"
+#include "messages/MessageLoop.h"
+#include "service/Executable.h"
+#include "service/Invoker.h"
+
+namespace vireo::test {
+
+/// Does what the message says: "big:N" is answered with N bytes, "twice" and "silent" break the
+/// rule of one reply, "throw" and "throw a number" let something out; anything else comes back.
+class EchoInvoker : public Invoker {
+public:
+    void initInvoker(FrameworkContext*) override {}
+    void handleMessage(Executable* executable, const char* message, int length,
+                       InvokerResponse* response) override;
+
+    std::atomic<int> handled{0};
+    std::atomic<int> bigHandled{0};
+    std::atomic<Executable*> lastExecutable{nullptr};
+};
+
+/// A running message loop that serves "EchoIfc".
+class LoopFixture : public ::testing::Test {
+protected:
+    void TearDown() override { stop(); }
+
+    void start(std::size_t maximumPeers = MessageLoop::kDefaultMaximumPeers);
+    void stop();
+
+    ScratchDirectory m_directory;
+    std::string m_socket = m_directory / "run/vireo.sock";
+    LogLines m_log;
+    Executable m_executable;
+    EchoInvoker m_invoker;
+    MessageLoop m_loop;
+    std::thread m_thread;
+};
+
+}  // namespace vireo::test

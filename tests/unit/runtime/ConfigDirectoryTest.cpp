@@ -1,0 +1,58 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "ScratchDirectory.h"
+#include "runtime/ConfigDirectory.h"
+
+namespace vireo::test {
+namespace {
+
+TEST(ConfigDirectory, ReadsPlainFilesByteForByteAndRefusesTheRest) {
+    const ScratchDirectory directory;
+    const std::string bytes("<dxl>\r\n\0\xff</dxl>", 16);
+    std::filesystem::create_directory(directory / "config");
+    std::ofstream(directory / "config/items.xml", std::ios::binary) << bytes;
+    std::ofstream(directory / "config/empty.xml");
+    std::ofstream(directory / "config/.hidden") << "x";
+    std::ofstream(directory / "outside.xml") << "x";
+    std::ofstream(directory / "config/huge.xml");
+    std::filesystem::resize_file(directory / "config/huge.xml", ConfigDirectory::kLargestFile + 1);
+    std::filesystem::create_directory(directory / "config/folder");
+    ::mkfifo((directory / "config/pipe").c_str(), 0600);
+    ConfigDirectory config(directory / "config");
+    const struct {
+        std::string name;
+        bool found;
+        std::string content;
+        std::string error;
+    } rows[] = {
+        {"items.xml", true, bytes, ""},
+        {"empty.xml", true, "", ""},
+        {"missing.xml", false, "", "missing.xml: No such file"},
+        {"folder", false, "", "no regular file"},
+        {"pipe", false, "", "no regular file"},
+        {"huge.xml", false, "", "larger than 64 MiB"},
+        {"", false, "", "no plain file name"},
+        {".hidden", false, "", "\".hidden\" is no plain file name"},
+        {"..", false, "", "no plain file name"},
+        {"../outside.xml", false, "", "no plain file name"},
+        {"folder/x", false, "", "no plain file name"},
+        {directory / "outside.xml", false, "", "no plain file name"},
+        {std::string("items.xml\0x", 11), false, "", "no plain file name"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::string content = "before";
+        std::string error;
+        EXPECT_EQ(config.readConfigFile(row.name, content, error), row.found);
+        EXPECT_EQ(content, row.found ? row.content : "before");
+        EXPECT_NE(error.find(row.error), std::string::npos) << error;
+    }
+}
+
+}  // namespace
+}  // namespace vireo::test

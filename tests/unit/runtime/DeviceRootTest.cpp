@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "ScratchDirectory.h"
+#include "runtime/DeviceRoot.h"
+
+namespace vireo::test {
+namespace {
+
+TEST(DeviceRoot, IsCreatedPrivatelyAndUsedAgain) {
+    const ScratchDirectory directory;
+    const std::string path = directory / "var/phone";
+    std::string error;
+    const mode_t before = ::umask(0);
+    auto root = DeviceRoot::prepare(path, error);
+    ::umask(before);
+    ASSERT_TRUE(root) << error;
+    EXPECT_EQ(modeOf(path), 0700U);
+    EXPECT_EQ(modeOf(path + "/data"), 0700U);
+    EXPECT_EQ(root->storeFile(), path + "/data/das/store.db");
+    std::ofstream(path + "/data/kept") << "x";
+    root.reset();
+    EXPECT_TRUE(DeviceRoot::prepare(path, error)) << error;
+    EXPECT_TRUE(std::filesystem::exists(path + "/data/kept"));
+}
+
+TEST(DeviceRoot, TwoServicesNeverShareOne) {
+    const ScratchDirectory directory;
+    const std::string path = directory / "phone";
+    std::string error;
+    const auto root = DeviceRoot::prepare(path, error);
+    ASSERT_TRUE(root) << error;
+    EXPECT_FALSE(DeviceRoot::prepare(path + "/../phone/", error));
+    EXPECT_NE(error.find("is locked by process"), std::string::npos) << error;
+}
+
+TEST(DeviceRoot, AnUnusablePathIsNamed) {
+    const ScratchDirectory directory;
+    std::string error;
+    EXPECT_FALSE(DeviceRoot::prepare("", error));
+    EXPECT_NE(error.find("the path is empty"), std::string::npos) << error;
+    const std::string file = directory / "file";
+    std::ofstream(file) << "x";
+    EXPECT_FALSE(DeviceRoot::prepare(file, error));
+    EXPECT_NE(error.find("device root \"" + file + "\""), std::string::npos) << error;
+    std::filesystem::create_directory(directory / "root");
+    std::ofstream(directory / "root/data") << "x";
+    EXPECT_FALSE(DeviceRoot::prepare(directory / "root", error));
+    EXPECT_NE(error.find("cannot create the directory"), std::string::npos) << error;
+}
+
+}  // namespace
+}  // namespace vireo::test

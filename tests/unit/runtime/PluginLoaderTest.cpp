@@ -1,0 +1,56 @@
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+#include "ScratchDirectory.h"
+#include "runtime/PluginLoader.h"
+
+namespace vireo::test {
+namespace {
+
+/// A shared library that is certainly there and certainly no plug-in.
+std::string systemLibrary() {
+    Dl_info info{};
+    return ::dladdr(reinterpret_cast<void*>(&std::getenv), &info) != 0 ? info.dli_fname : "";
+}
+
+TEST(PluginLoader, AFileThatCannotBeLoadedIsNamedWithTheReason) {
+    const ScratchDirectory directory;
+    const std::string text = directory / "text.so";
+    std::ofstream(text) << "not a library";
+    const struct {
+        std::string file;
+        std::string reason;
+    } rows[] = {
+        {directory / "missing.so", "no such file"},
+        {directory.path().string(), "no such file"},
+        {"", "no such file"},
+        // Not searched for on the library path.
+        {"libc.so.6", "no such file"},
+        {text, "file too short"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.file);
+        std::string error;
+        EXPECT_FALSE(PluginLoader::load(row.file, error));
+        EXPECT_NE(error.find('"' + row.file + '"'), std::string::npos) << error;
+        EXPECT_NE(error.find(row.reason), std::string::npos) << error;
+    }
+}
+
+TEST(PluginLoader, AMissingFactoryIsNamedWithItsFile) {
+    const std::string library = systemLibrary();
+    std::string error;
+    const auto plugin = PluginLoader::load(library, error);
+    ASSERT_TRUE(plugin) << error;
+    EXPECT_FALSE(plugin->createService(PluginLoader::kServiceFactory, error));
+    EXPECT_EQ(error, "the plug-in \"" + library + "\" has no factory \"createVireoClientMgmt\"");
+    EXPECT_FALSE(plugin->createInvoker(PluginLoader::kLocalInvokerFactory, error));
+    EXPECT_EQ(error, "the plug-in \"" + library + "\" has no factory \"createLocalMgmtInvoker\"");
+}
+
+}  // namespace
+}  // namespace vireo::test
