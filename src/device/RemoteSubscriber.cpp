@@ -1,0 +1,45 @@
+#include "device/RemoteSubscriber.h"
+
+#include "Boundary.h"
+#include "SemaphoreGuard.h"
+
+namespace vireo {
+
+bool RemoteSubscriber::subscribe(RemoteMgmtCallbackIfc* callback) {
+    const SemaphoreGuard guard(m_semaphore);
+    if (m_remote_callback_service != nullptr) {
+        VCMS_LOG(kLogWarning,
+                 "VireoClientMgmt::subscribeForRemoteProgress() m_remote_callback_service - "
+                 "subscription already in use");
+        return false;
+    }
+    m_remote_callback_service = callback;
+    return true;
+}
+
+bool RemoteSubscriber::unsubscribe(RemoteMgmtCallbackIfc* callback) {
+    const SemaphoreGuard guard(m_semaphore);
+    if (m_remote_callback_service == nullptr || m_remote_callback_service != callback) {
+        // Deliberate: the text names the subscribe function.
+        VCMS_LOG(kLogWarning,
+                 "VireoClientMgmt::subscribeForRemoteProgress() m_remote_callback_service - "
+                 "cannot unsubscribe");
+        return false;
+    }
+    m_remote_callback_service = nullptr;
+    return true;
+}
+
+bool RemoteSubscriber::warn(RemoteMgmtCallbackIfc::eRemoteOperationType type) {
+    RemoteMgmtCallbackIfc* subscriber = nullptr;
+    {
+        const SemaphoreGuard guard(m_semaphore);
+        subscriber = m_remote_callback_service;
+    }
+    if (subscriber != nullptr) {
+        guardedCall("informRemoteWarning", [&] { subscriber->informRemoteWarning(type); });
+    }
+    return subscriber != nullptr;
+}
+
+}  // namespace vireo

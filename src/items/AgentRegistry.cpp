@@ -1,0 +1,61 @@
+#include "items/AgentRegistry.h"
+
+#include <algorithm>
+
+namespace vireo {
+
+bool AgentRegistry::addAgent(const std::string& managementId, MgmtAgentDetails agent) {
+    const RegistryHold hold(m_semaphore);
+    return m_agents.try_emplace(managementId, agent).second;
+}
+
+MgmtAgentDetails AgentRegistry::findManageableProxy(const std::string& managementId) {
+    if (managementId.empty()) {
+        return {};
+    }
+    const RegistryHold hold(m_semaphore);
+    const auto found = m_agents.find(managementId);
+    return found == m_agents.end() ? MgmtAgentDetails{} : found->second;
+}
+
+void AgentRegistry::addObserver(const std::string& key, MgmtAgentDetails observer) {
+    const RegistryHold hold(m_semaphore);
+    m_observers[key].push_back(observer);
+}
+
+bool AgentRegistry::removeObserver(const std::string& key, const MgmtAgentIfc* agent) {
+    const RegistryHold hold(m_semaphore);
+    const auto entry = m_observers.find(key);
+    if (entry == m_observers.end()) {
+        return false;
+    }
+    std::vector<MgmtAgentDetails>& observers = entry->second;
+    const auto found = std::find_if(observers.begin(), observers.end(),
+                                    [agent](const auto& each) { return each.agent == agent; });
+    if (found == observers.end()) {
+        return false;
+    }
+    observers.erase(found);
+    if (observers.empty()) {
+        m_observers.erase(entry);
+    }
+    return true;
+}
+
+unsigned AgentRegistry::getNumberObservers(const std::string& rootId) {
+    const RegistryHold hold(m_semaphore);
+    return m_observers.count(rootId) != 0 ? 1 : 0;
+}
+
+std::size_t AgentRegistry::appendObservers(const std::string& key,
+                                           std::vector<MgmtAgentDetails>& out) {
+    const RegistryHold hold(m_semaphore);
+    const auto found = m_observers.find(key);
+    if (found == m_observers.end()) {
+        return 0;
+    }
+    out.insert(out.end(), found->second.begin(), found->second.end());
+    return found->second.size();
+}
+
+}  // namespace vireo

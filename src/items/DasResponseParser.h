@@ -1,0 +1,30 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+namespace vireo {
+
+/// Reads one answer of the persistent store. One per request, on the caller's stack.
+class DasResponseParser {
+public:
+    virtual ~DasResponseParser() = default;
+
+    /// Parses a whole answer; false when it is malformed.
+    virtual bool parseXmlResponse(const std::string& response);
+    /// The text of the element `name`; false when the answer has none, `value` is unchanged then.
+    virtual bool getItemValue(const std::string& name, std::string& value) const;
+    /// The "name" attribute of the answer's "Schema" element.
+    const std::string& schemaName() const { return m_schemaName; }
+
+    void startElementHandler(const char* name, const char** attributes);
+    void endElementHandler(const char* name);
+    void characterDataHandler(const char* text, int length);
+
+private:
+    std::string m_currentText;
+    std::string m_schemaName;
+    std::map<std::string, std::string> m_values;
+};
+
+}  // namespace vireo

@@ -1,0 +1,266 @@
+#include "items/ItemWriter.h"
+
+#include "Boundary.h"
+#include "MgmtAgentIfc.h"
+#include "data/DxlResultSet.h"
+#include "data/ManageableData.h"
+#include "items/AgentRegistry.h"
+#include "items/ChangeNotifier.h"
+#include "items/DasBridge.h"
+#include "items/ItemCatalogue.h"
+#include "items/ItemRecords.h"
+#include "items/OwnItemKind.h"
+#include "items/OwnItems.h"
+#include "items/RegistryHold.h"
+#include "items/WriteBatches.h"
+
+namespace vireo {
+namespace {
+
+constexpr const char* kAllNodes = "//*";
+constexpr unsigned kCallBit = 1;
+
+void refuse(ManageableData& record, const std::string& rootId, const std::string& reason) {
+    record.addRejectReason(rootId, kAllNodes, reason);
+}
+
+}  // namespace
+
+/// The state of one write.
+struct ItemWriter::Write {
+    explicit Write(ManageableData& writtenRecord, DasBridge& bridge)
+        : record(writtenRecord), store(bridge) {}
+
+    ManageableData& record;
+    StoreUpdate store;
+    WriteBatches batches;
+    std::vector<std::string> storedIds;  ///< acknowledged by the store, not yet committed
+    bool lockChanged = false;
+    bool fileRequestSeen = false;
+};
+
+ItemWriter::ItemWriter(ItemCatalogue& catalogue, AgentRegistry& registry, DasBridge& store,
+                       ChangeNotifier& notifier, OwnItems& ownItems)
+    : m_catalogue(catalogue),
+      m_registry(registry),
+      m_store(store),
+      m_notifier(notifier),
+      m_ownItems(ownItems) {}
+
+bool ItemWriter::setData(ManageableData& record) {
+    const std::vector<std::string> rootIds = record.rootIds();
+    if (rootIds.empty()) {
+        VCMS_LOG(kLogDebug, "SetData: no data to set");
+        return false;
+    }
+    const ValueCache::Mark mark = m_notifier.mark();
+    bool result = false;
+    {
+        std::optional<RegistryHold> hold;
+        if (rootIds.size() > 1) {
+            hold.emplace(m_registry.semaphore());
+        }
+        result = writeItems(record, rootIds);
+    }
+    tellObservers(record, result, mark);
+    return result;
+}
+
+bool ItemWriter::writeItems(ManageableData& record, const std::vector<std::string>& rootIds) {
+    Write write(record, m_store);
+    bool result = true;
+    for (const std::string& rootId : rootIds) {
+        VCMS_LOG(kLogDebug, "SetData: RootId = \"%s\"", rootId.c_str());
+        result = writeItem(write, rootId) && result;
+    }
+    if (write.lockChanged) {
+        m_ownItems.flushLockedDown();
+    }
+    if (write.fileRequestSeen) {
+        result = flushFileRequests(record) && result;
+    }
+    result = write.batches.send(m_registry, record) && result;
+    return commitStore(write) && result;
+}
+
+bool ItemWriter::writeItem(Write& write, const std::string& rootId) {
+    if (m_catalogue.isCallFailingItem(rootId) && (m_ownItems.phoneBusyStatus() & kCallBit) != 0) {
+        VCMS_LOG(kLogWarning, "Item value change not allowed for %s, phone is busy!\n",
+                 rootId.c_str());
+        refuse(write.record, rootId, "Change not allowed: Phone is busy!");
+        return false;
+    }
+    const std::string& managementId = m_catalogue.findManagementId(rootId);
+    VCMS_LOG(kLogDebug, "SetData: Mgmt Id = \"%s\" for rootid = \"%s\"", managementId.c_str(),
+             rootId.c_str());
+    // Deliberate: an unknown item and one without a value get no refusal, only the false result.
+    if (managementId.empty() || !write.record.getDocument(rootId)) {
+        return false;
+    }
+    ItemRecords::adoptSchema(m_catalogue, write.record, rootId);
+    if (managementId == kOwnManagementId) {
+        return writeOwnItem(write, rootId);
+    }
+    const MgmtAgentDetails owner = m_registry.findManageableProxy(managementId);
+    if (owner.agent == nullptr) {
+        return writeUnregistered(write.record, managementId, rootId);
+    }
+    if (!owner.flag) {
+        return writeToAgent(*owner.agent, write.record, rootId);
+    }
+    write.batches.add(managementId, write.record, rootId);
+    return true;
+}
+
+bool ItemWriter::writeOwnItem(Write& write, const std::string& rootId) {
+    ManageableData item;
+    ItemRecords::copyItem(write.record, item, rootId);
+    item.setRootId(rootId, nullptr);
+    // Deliberate: the text names an agent although none is called.
+    VCMS_LOG(kLogDebug, "Calling setData on management agent for rootId = %s", rootId.c_str());
+    return writeOwnValue(write, item, rootId);
+}
+
+bool ItemWriter::writeOwnValue(Write& write, ManageableData& item, const std::string& rootId) {
+    std::string value;
+    item.interogate(rootId, rootId, value);
+    switch (ownItemKind(rootId)) {
+        case OwnItemKind::eLockDown:
+            if (!m_ownItems.changeLockedDown(rootId, value)) {
+                refuse(write.record, rootId, "Unknown");
+                return false;
+            }
+            write.lockChanged = true;
+            return true;
+        case OwnItemKind::eFileRequest:
+            return changeFileRequest(write, rootId, value);
+        case OwnItemKind::eMemoryWarning:
+            warnOfMemory(value);
+            return true;
+        case OwnItemKind::ePhoneBusy:
+        case OwnItemKind::eStored:
+            break;
+    }
+    if (!write.store.write(item)) {
+        refuse(write.record, rootId, "Unknown");
+        return false;
+    }
+    if (!m_catalogue.storedNodes(rootId).empty()) {
+        write.storedIds.push_back(rootId);
+    }
+    return true;
+}
+
+bool ItemWriter::changeFileRequest(Write& write, const std::string& rootId,
+                                   const std::string& value) {
+    write.fileRequestSeen = true;
+    std::string reason;
+    if (m_ownItems.changeFileRequest(rootId, value, reason)) {
+        return true;
+    }
+    VCMS_LOG(kLogDebug, "*** changeFileManagerCache failed %s", reason.c_str());
+    refuse(write.record, rootId, reason);
+    return false;
+}
+
+void ItemWriter::warnOfMemory(const std::string& value) {
+    if (value == "1" &&
+        m_ownItems.warnRemoteSubscriber(RemoteMgmtCallbackIfc::eRebootLackOfMemory)) {
+        VCMS_LOG(kLogDump,
+                 "InformRemoteProgress:Notify user about the reboot due to the memory lack.");
+    } else if (value == "2" &&
+               m_ownItems.warnRemoteSubscriber(RemoteMgmtCallbackIfc::eMemoryThresholdExceeded)) {
+        VCMS_LOG(kLogDump,
+                 "InformRemoteProgress:Notify user about the memory threshold is exceeded. "
+                 "Warn the user about Less Memory.");
+    }
+}
+
+bool ItemWriter::writeToAgent(MgmtAgentIfc& agent, ManageableData& record,
+                              const std::string& rootId) {
+    ManageableData item;
+    ItemRecords::copyItem(record, item, rootId);
+    item.setRootId(rootId, nullptr);
+    VCMS_LOG(kLogDebug, "Calling setData on management agent for rootId = %s", rootId.c_str());
+    if (guarded("setData of an agent", false, [&] { return agent.setData(item); })) {
+        return true;
+    }
+    if (item.rejections().empty()) {
+        refuse(record, rootId, "Unknown");
+    } else {
+        record.addRejectReasons(item.rejections());
+    }
+    return false;
+}
+
+bool ItemWriter::writeUnregistered(ManageableData& record, const std::string& managementId,
+                                   const std::string& rootId) {
+    if (m_catalogue.isUncachedUnlessRegistered(managementId)) {
+        VCMS_LOG(kLogDebug,
+                 "\nSetData: Not caching/notifying data change for unregistered mgmtId %s",
+                 managementId.c_str());
+        refuse(record, rootId, "Service not registered");
+        return false;
+    }
+    VCMS_LOG(kLogDebug, "\nSetData: %s not yet registered, rootId = %s", managementId.c_str(),
+             rootId.c_str());
+    m_catalogue.keepItem(record, rootId);
+    return true;
+}
+
+bool ItemWriter::flushFileRequests(ManageableData& record) {
+    std::vector<FileRequestStatus> statuses;
+    const bool result = m_ownItems.flushFileRequests(statuses);
+    for (const FileRequestStatus& each : statuses) {
+        if (each.status == FileRequestStatus::eFailed) {
+            VCMS_LOG(kLogDebug,
+                     "file request status reported, adding status reason to: %s   where failure "
+                     "is: %s",
+                     each.itemName.c_str(), each.failureText.c_str());
+            refuse(record, each.itemName, each.failureText);
+        } else if (each.status == FileRequestStatus::eInitiated) {
+            VCMS_LOG(kLogDebug,
+                     "file request status reported, adding status reason to: %s   where status "
+                     "is: initiated",
+                     each.itemName.c_str());
+            refuse(record, each.itemName, RejectReasonsStrings::initiated);
+        }
+    }
+    return result;
+}
+
+bool ItemWriter::commitStore(Write& write) {
+    if (write.store.commit()) {
+        return true;
+    }
+    for (const std::string& rootId : write.storedIds) {
+        refuse(write.record, rootId, "Unknown");
+    }
+    return false;
+}
+
+void ItemWriter::tellObservers(const ManageableData& record, bool result, ValueCache::Mark mark) {
+    if (result || record.rejections().empty()) {
+        m_notifier.notify(record, mark);
+        return;
+    }
+    ManageableData written(record);
+    written.clearRejectReasons();
+    int number = 0;
+    for (const RejectionSpec& refusal : record.rejections()) {
+        const std::string& rootId = refusal.rootId();
+        const DxlDocumentPointer document = written.getDocument(rootId);
+        const auto schema = document ? written.getSchema(document->schemaName()) : nullptr;
+        if (schema) {
+            written.putDocument(std::make_shared<const DxlDocument>(
+                rootId, document->select(refusal.nodePath())->restoreDefaults(*schema)));
+        }
+        written.removeRootId(rootId);
+        VCMS_LOG(kLogError,
+                 "setData: failure[%d] for setting rootId '%s', path '%s', failure message '%s'",
+                 number++, rootId.c_str(), refusal.nodePath().c_str(), refusal.reason().c_str());
+    }
+    m_notifier.notify(written, mark);
+}
+
+}  // namespace vireo

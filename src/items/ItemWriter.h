@@ -1,0 +1,55 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "items/ValueCache.h"
+
+namespace vireo {
+
+class AgentRegistry;
+class ChangeNotifier;
+class DasBridge;
+class ItemCatalogue;
+class ManageableData;
+class MgmtAgentIfc;
+class OwnItems;
+class StoreUpdate;
+class WriteBatches;
+
+/// Carries out writes of items. Safe from every thread. A write of several items holds the registry
+/// until it is done; observers are told afterwards.
+class ItemWriter {
+public:
+    ItemWriter(ItemCatalogue& catalogue, AgentRegistry& registry, DasBridge& store,
+               ChangeNotifier& notifier, OwnItems& ownItems);
+
+    /// Writes every item of the record. True when all were accepted; else the record carries the
+    /// refusals.
+    bool setData(ManageableData& record);
+
+private:
+    struct Write;
+
+    bool writeItems(ManageableData& record, const std::vector<std::string>& rootIds);
+    bool writeItem(Write& write, const std::string& rootId);
+    bool writeOwnItem(Write& write, const std::string& rootId);
+    bool writeOwnValue(Write& write, ManageableData& item, const std::string& rootId);
+    bool changeFileRequest(Write& write, const std::string& rootId, const std::string& value);
+    void warnOfMemory(const std::string& value);
+    bool writeToAgent(MgmtAgentIfc& agent, ManageableData& record, const std::string& rootId);
+    bool writeUnregistered(ManageableData& record, const std::string& managementId,
+                           const std::string& rootId);
+    bool flushFileRequests(ManageableData& record);
+    bool commitStore(Write& write);
+    void tellObservers(const ManageableData& record, bool result, ValueCache::Mark mark);
+
+    ItemCatalogue& m_catalogue;
+    AgentRegistry& m_registry;
+    DasBridge& m_store;
+    ChangeNotifier& m_notifier;
+    OwnItems& m_ownItems;
+};
+
+}  // namespace vireo

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <vector>
+
+#include "sync/Semaphore.h"
+
+namespace vireo {
+
+/// The registry semaphore. It is binary and is only ever taken through `RegistryHold`.
+class RegistrySemaphore {
+public:
+    using Task = std::function<void()>;
+
+    /// Whether this thread holds the registry.
+    bool isMine() const {
+        return m_owner.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    }
+    /// Runs `task` after this thread has given the semaphore back. Only while it holds it.
+    void afterGive(Task task) { m_afterGive.push_back(std::move(task)); }
+
+private:
+    friend class RegistryHold;
+
+    Semaphore m_semaphore{1, 1};
+    std::atomic<std::thread::id> m_owner{};
+    unsigned m_depth = 0;           // touched by the owner alone
+    std::vector<Task> m_afterGive;  // touched by the owner alone
+};
+
+/// Holds the registry from construction to destruction. A take by the thread that holds it already
+/// counts and does not wait, so agents may call back and writes may look owners up; the semaphore
+/// is given when the outermost hold ends. Then what `afterGive` collected runs, in order.
+class RegistryHold {
+public:
+    explicit RegistryHold(RegistrySemaphore& registry);
+    ~RegistryHold();
+    RegistryHold(const RegistryHold&) = delete;
+    RegistryHold& operator=(const RegistryHold&) = delete;
+
+private:
+    RegistrySemaphore& m_registry;
+};
+
+}  // namespace vireo

@@ -1,0 +1,17 @@
+#pragma once
+
+namespace vireo {
+
+class LocalMgmtIfc;
+
+/// Turns voice-quality statistics into traps. Statistics are not observed yet.
+class QDCReportMgr {
+public:
+    /// `service` is not owned and outlives the manager.
+    explicit QDCReportMgr(LocalMgmtIfc* service) : m_service(service) {}
+
+private:
+    [[maybe_unused]] LocalMgmtIfc* m_service;
+};
+
+}  // namespace vireo

@@ -1,0 +1,12 @@
+#include "reporting/SNMPTrapRouter.h"
+
+#include "LogMacros.h"
+
+namespace vireo {
+
+void SNMPTrapRouter::init(LocalMgmtIfc* service) {
+    VCMS_LOG(kLogDebug, "SNMPTrapRouter - Initializing by vcms\n");
+    m_service = service;
+}
+
+}  // namespace vireo

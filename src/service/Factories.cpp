@@ -1,0 +1,17 @@
+#include "Boundary.h"
+#include "Visibility.h"
+#include "messages/LocalMgmtInvoker.h"
+#include "service/VireoClientMgmt.h"
+
+// The framework finds these by name; each object belongs to the framework. Null when there is no
+// memory for it.
+
+extern "C" VIREO_API vireo::Service* createVireoClientMgmt() {
+    return vireo::guarded("createVireoClientMgmt", static_cast<vireo::Service*>(nullptr),
+                          [] { return new vireo::VireoClientMgmt(); });
+}
+
+extern "C" VIREO_API vireo::Invoker* createLocalMgmtInvoker() {
+    return vireo::guarded("createLocalMgmtInvoker", static_cast<vireo::Invoker*>(nullptr),
+                          [] { return new vireo::LocalMgmtInvoker(); });
+}

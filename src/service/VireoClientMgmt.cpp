@@ -1,0 +1,110 @@
+#include "service/VireoClientMgmt.h"
+
+#include "Boundary.h"
+#include "data/ManageableData.h"
+#include "service/Context.h"
+
+namespace vireo {
+
+VireoClientMgmt::VireoClientMgmt()
+    : m_dataCollections(this),
+      m_valueCache(m_catalogue),
+      m_notifier(m_registry, m_valueCache, m_catalogue.master()),
+      m_store(m_catalogue, [this] { return m_directory.dataAccessIfc(); }),
+      m_ownItems(m_busyState, m_remoteSubscriber),
+      m_reader(m_catalogue, m_registry, m_store, m_valueCache, m_ownItems),
+      m_writer(m_catalogue, m_registry, m_store, m_notifier, m_ownItems) {}
+
+VireoClientMgmt::~VireoClientMgmt() = default;
+
+void VireoClientMgmt::init(Context& context) {
+    guardedCall("init", [&] {
+        VCMS_LOG(kLogDebug, "VCMS - Initializing");
+        auto* runTime = dynamic_cast<SvcRTEContext*>(&context);
+        if (runTime == nullptr) {
+            VCMS_LOG(kLogError, "dynamic cast failed in init.");
+            return;
+        }
+        m_directory.setContext(runTime);
+        if (!m_catalogue.load(m_dataCollections)) {
+            return;
+        }
+        initSNMPTrapRouter();
+        initQDCReportMgr();
+        m_ownItems.startLockDown(*this, *runTime);
+        m_ownItems.startFileDeployment(*this);
+        VCMS_LOG(kLogDebug, "VCMS - initialised");
+    });
+}
+
+void VireoClientMgmt::initSNMPTrapRouter() {
+    if (!m_trapRouter) {
+        m_trapRouter = std::make_unique<SNMPTrapRouter>();
+        m_trapRouter->init(this);
+    }
+}
+
+void VireoClientMgmt::initQDCReportMgr() {
+    m_qdcReports = std::make_unique<QDCReportMgr>(this);
+}
+
+bool VireoClientMgmt::setData(ManageableData& record) {
+    return guarded("setData", false, [&] { return m_writer.setData(record); });
+}
+
+bool VireoClientMgmt::getData(ManageableData& record) {
+    return guarded("getData", false, [&] { return m_reader.getData(record); });
+}
+
+bool VireoClientMgmt::getData(std::string tag, std::string& value) {
+    return guarded("getData", false, [&] { return m_reader.getData(tag, value); });
+}
+
+std::string VireoClientMgmt::findSchemaName(const std::string& tag) {
+    return guarded("findSchemaName", std::string(),
+                   [&] { return m_catalogue.findSchemaName(tag); });
+}
+
+std::string VireoClientMgmt::exportSchema(const std::string& schemaName) {
+    return guarded("exportSchema", std::string(), [&] {
+        const auto schema = m_catalogue.master().getSchema(schemaName);
+        return schema ? schema->text() : std::string();
+    });
+}
+
+bool VireoClientMgmt::getSchema(const std::string& schemaName, ManageableData& record) {
+    return guarded("getSchema", false,
+                   [&] { return record.copySchema(schemaName, m_catalogue.master()); });
+}
+
+void VireoClientMgmt::invalidateVCMSCache() {
+    VCMS_LOG(kLogDebug, "invalidateVCMSCache");
+    m_valueCache.invalidate();
+}
+
+bool VireoClientMgmt::subscribeForRemoteProgress(RemoteMgmtCallbackIfc* callback) {
+    return m_remoteSubscriber.subscribe(callback);
+}
+
+bool VireoClientMgmt::unsubscribeForRemoteProgress(RemoteMgmtCallbackIfc* callback) {
+    return m_remoteSubscriber.unsubscribe(callback);
+}
+
+int VireoClientMgmt::getSoftwareType() {
+    if (m_softwareType == 0) {
+        ManageableData record;
+        record.setRootId("software-type", nullptr);
+        const DataNode node = getData(record) ? record.interogate("software-type") : DataNode();
+        const std::string type = node ? node->value() : std::string();
+        if (type == "Varnick KSP") {
+            m_softwareType = 2;
+        } else if (type == "Varnick TDM") {
+            m_softwareType = 3;
+        } else if (type == "Varnick SIP") {
+            m_softwareType = 1;
+        }
+    }
+    return m_softwareType;
+}
+
+}  // namespace vireo

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "LocalMgmtIfc.h"
+#include "RemoteMgmtIfc.h"
+#include "data/DataCollection.h"
+#include "device/RemoteSubscriber.h"
+#include "files/PhoneBusyState.h"
+#include "items/AgentRegistry.h"
+#include "items/ChangeNotifier.h"
+#include "items/DasBridge.h"
+#include "items/ItemCatalogue.h"
+#include "items/ItemReader.h"
+#include "items/ItemWriter.h"
+#include "items/ValueCache.h"
+#include "reporting/QDCReportMgr.h"
+#include "reporting/SNMPTrapRouter.h"
+#include "service/OwnItemManagers.h"
+#include "service/Service.h"
+#include "service/ServiceDirectory.h"
+
+namespace vireo {
+
+/// The client management service as the framework and its callers see it. Delegates to the
+/// collaborators that it wires together.
+class VireoClientMgmt : public Service, public LocalMgmtIfc, public RemoteMgmtIfc {
+public:
+    VireoClientMgmt();
+    ~VireoClientMgmt() override;
+
+    void init(Context& context) override;
+    void run() override {}
+    void shutdown() override {}
+
+    bool setData(ManageableData& record) override;
+    bool getData(ManageableData& record) override;
+    bool getData(std::string tag, std::string& value) override;
+    std::string findSchemaName(const std::string& tag) override;
+    std::string exportSchema(const std::string& schemaName) override;
+    bool getSchema(const std::string& schemaName, ManageableData& record) override;
+    void invalidateVCMSCache() override;
+
+    bool subscribeForRemoteProgress(RemoteMgmtCallbackIfc* callback) override;
+    bool unsubscribeForRemoteProgress(RemoteMgmtCallbackIfc* callback) override;
+
+    /// 1 "Varnick SIP", 2 "Varnick KSP", 3 "Varnick TDM"; 0, and asked again next time, while it is
+    /// not known.
+    int getSoftwareType();
+
+private:
+    void initSNMPTrapRouter();
+    void initQDCReportMgr();
+
+    ServiceDirectory m_directory;
+    PhoneBusyState m_busyState;
+    RemoteSubscriber m_remoteSubscriber;
+    DataCollection m_dataCollections;
+    ItemCatalogue m_catalogue;
+    AgentRegistry m_registry;
+    ValueCache m_valueCache;
+    ChangeNotifier m_notifier;
+    DasBridge m_store;
+    OwnItemManagers m_ownItems;
+    ItemReader m_reader;
+    ItemWriter m_writer;
+    std::atomic<int> m_softwareType{0};
+    std::unique_ptr<SNMPTrapRouter> m_trapRouter;
+    std::unique_ptr<QDCReportMgr> m_qdcReports;
+};
+
+}  // namespace vireo

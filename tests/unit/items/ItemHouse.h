@@ -1,0 +1,166 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "MgmtAgentIfc.h"
+#include "data/DataCollection.h"
+#include "data/ManageableData.h"
+#include "items/AgentRegistry.h"
+#include "items/ChangeNotifier.h"
+#include "items/DasBridge.h"
+#include "items/ItemCatalogue.h"
+#include "items/ItemReader.h"
+#include "items/ItemWriter.h"
+#include "items/OwnItems.h"
+#include "items/ValueCache.h"
+#include "store/SqliteDataAccess.h"
+#include "support/SmallPhone.h"
+#include "support/TemporaryDirectory.h"
+
+namespace vireo::test {
+
+/// The service's own managers, as a test sets them.
+struct OwnItemsInHand : OwnItems {
+    bool readLockedDown(const std::string& rootId, std::string& value) override {
+        calls.push_back("readLockedDown " + rootId);
+        value = "locked";
+        return true;
+    }
+    bool changeLockedDown(const std::string& rootId, const std::string& value) override {
+        calls.push_back("changeLockedDown " + rootId + "=" + value);
+        return lockAccepts;
+    }
+    bool flushLockedDown() override {
+        calls.emplace_back("flushLockedDown");
+        return true;
+    }
+    bool readFileRequest(const std::string& rootId, std::string& /*value*/) override {
+        calls.push_back("readFileRequest " + rootId);
+        return false;
+    }
+    bool changeFileRequest(const std::string& rootId, const std::string& value,
+                           std::string& reason) override {
+        calls.push_back("changeFileRequest " + rootId + "=" + value);
+        reason = "no room";
+        return value != "bad";
+    }
+    bool flushFileRequests(std::vector<FileRequestStatus>& out) override {
+        calls.emplace_back("flushFileRequests");
+        out = statuses;
+        return true;
+    }
+    unsigned phoneBusyStatus() override { return busy; }
+    bool warnRemoteSubscriber(RemoteMgmtCallbackIfc::eRemoteOperationType type) override {
+        calls.push_back("warn " + std::to_string(type));
+        return true;
+    }
+
+    std::vector<std::string> calls;
+    std::vector<FileRequestStatus> statuses;
+    unsigned busy = 0;
+    bool lockAccepts = true;
+};
+
+/// The real store with its requests written down.
+struct WatchedStore : DataAccessServiceIfc {
+    explicit WatchedStore(DataAccessServiceIfc& store) : real(store) {}
+
+    std::string request(const std::string& text) override {
+        requests.push_back(text);
+        if (fails) {
+            throw std::runtime_error("store is gone");
+        }
+        return real.request(text);
+    }
+    void beginUpdate() override { real.beginUpdate(); }
+    bool commitUpdate() override { return real.commitUpdate(); }
+    bool isRebootRequired() override { return real.isRebootRequired(); }
+
+    DataAccessServiceIfc& real;
+    std::vector<std::string> requests;
+    bool fails = false;
+};
+
+/// An agent or observer of the test's.
+struct TestAgent : MgmtAgentIfc {
+    bool setData(ManageableData& record) override { return !onSet || onSet(record); }
+    bool getData(ManageableData& record) override { return onGet && onGet(record); }
+    bool manageableDataChanged(ManageableData& record) override {
+        std::string text;
+        for (const std::string& rootId : record.rootIds()) {
+            std::string value;
+            record.interogate(rootId, rootId, value);
+            text += (text.empty() ? "" : " ") + rootId + "=" + value;
+        }
+        told.push_back(text);
+        return onChange && onChange(record);
+    }
+    bool resetUserData() override { return true; }
+
+    std::vector<std::string> told;
+    std::function<bool(ManageableData&)> onSet;
+    std::function<bool(ManageableData&)> onGet;
+    std::function<bool(ManageableData&)> onChange;
+};
+
+/// The item rooms wired together on a small phone and a real store.
+class ItemHouse : public ::testing::Test {
+protected:
+    ItemHouse() {
+        installSmallPhone(ports);
+        std::string error;
+        sqlite = SqliteDataAccess::open(directory.file("store.db"),
+                                        *StoreCatalogue::parse(smallPhoneStore(), error), error);
+        store.emplace(*sqlite);
+    }
+
+    void load() { ASSERT_TRUE(catalogue.load(collections)); }
+
+    /// Writes items and answers the refusals as "tag: reason".
+    std::vector<std::string> set(const std::vector<std::pair<std::string, std::string>>& items,
+                                 bool expectedResult) {
+        ManageableData record;
+        for (const auto& [tag, value] : items) {
+            EXPECT_TRUE(record.populate(tag, tag, value)) << tag;
+        }
+        EXPECT_EQ(writer.setData(record), expectedResult);
+        std::vector<std::string> refusals;
+        for (const RejectionSpec& refusal : record.rejections()) {
+            EXPECT_EQ(refusal.nodePath(), "//*");
+            refusals.push_back(refusal.rootId() + ": " + refusal.reason());
+        }
+        return refusals;
+    }
+
+    /// The item's value as a read answers it, or "(failed)".
+    std::string get(const std::string& tag) {
+        ManageableData record;
+        record.addRootId(tag, nullptr);
+        std::string value;
+        return reader.getData(record) && record.interogate(tag, tag, value) ? value : "(failed)";
+    }
+
+    TestPorts ports;
+    TemporaryDirectory directory;
+    std::unique_ptr<SqliteDataAccess> sqlite;
+    std::optional<WatchedStore> store;
+    DataCollection collections{nullptr};
+    ItemCatalogue catalogue;
+    AgentRegistry registry;
+    ValueCache cache{catalogue};
+    ChangeNotifier notifier{registry, cache, catalogue.master()};
+    DasBridge bridge{catalogue, [this] { return store ? &*store : nullptr; }};
+    OwnItemsInHand ownItems;
+    ItemReader reader{catalogue, registry, bridge, cache, ownItems};
+    ItemWriter writer{catalogue, registry, bridge, notifier, ownItems};
+};
+
+using Texts = std::vector<std::string>;
+
+}  // namespace vireo::test

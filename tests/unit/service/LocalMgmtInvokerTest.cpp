@@ -1,0 +1,120 @@
+#include "unit/service/ServiceHouse.h"
+
+namespace vireo::test {
+namespace {
+
+class LocalMgmtInvokerTest : public ServiceHouse {
+protected:
+    LocalMgmtInvokerTest() { start(); }
+
+    static Method recordRequest(const char* name, const std::string& text) {
+        Method request(name, Method::eRequest);
+        request.addStringParameter("manageableData", Parameter::eInOut, text);
+        return request;
+    }
+    static Method textRequest(const char* name, const char* parameter, const char* value) {
+        Method request(name, Method::eRequest);
+        request.addStringParameter(parameter, Parameter::eIn, value);
+        return request;
+    }
+};
+
+TEST_F(LocalMgmtInvokerTest, WritesAndReadsRecords) {
+    ManageableData record;
+    record.populate("melody", " 5<&");
+    record.populate("eager", "x");
+    Method reply = call(recordRequest("setData", record.serialize()));
+    EXPECT_EQ(reply.name(), "setData");
+    EXPECT_EQ(reply.type(), Method::eResponse);
+    ASSERT_EQ(reply.parameters().size(), 2U);
+    EXPECT_EQ(reply.parameters()[0].name, "result");
+    EXPECT_FALSE(reply.getBoolParameter("result", Parameter::eOut));
+    ManageableData answer;
+    ASSERT_TRUE(answer.deserialize(reply.getStringParameter("manageableData", Parameter::eOut)));
+    ASSERT_EQ(answer.rejections().size(), 1U);
+    EXPECT_EQ(answer.rejections()[0].reason(), "Service not registered");
+
+    ManageableData wanted;
+    wanted.addRootId("melody", nullptr);
+    reply = call(recordRequest("getData", wanted.serialize()));
+    EXPECT_TRUE(reply.getBoolParameter("result", Parameter::eOut));
+    ASSERT_TRUE(wanted.deserialize(reply.getStringParameter("manageableData", Parameter::eOut)));
+    EXPECT_EQ(wanted.interogate("melody")->value(), " 5<&");
+}
+
+TEST_F(LocalMgmtInvokerTest, AMalformedRecordIsRefusedAsAWhole) {
+    for (const char* method : {"setData", "getData"}) {
+        const Method reply = call(recordRequest(method, "<record><document"));
+        EXPECT_FALSE(reply.getBoolParameter("result", Parameter::eOut));
+        ManageableData answer;
+        ASSERT_TRUE(
+            answer.deserialize(reply.getStringParameter("manageableData", Parameter::eOut)));
+        ASSERT_EQ(answer.rejections().size(), 1U);
+        EXPECT_EQ(answer.rejections()[0].reason(), "Invalid data");
+    }
+}
+
+TEST_F(LocalMgmtInvokerTest, AnswersSchemaQuestions) {
+    Method reply = call(textRequest("findSchemaName", "nodeId", "plain"));
+    EXPECT_EQ(reply.getStringParameter("schemaName", Parameter::eOut), "preset");
+    reply = call(textRequest("exportSchema", "schemaName", "account"));
+    EXPECT_EQ(reply.getStringParameter("schemaXml", Parameter::eOut),
+              R"(<schema name="account"><data name="user" type="string"></data>)"
+              R"(<data name="realm" type="string"></data></schema>)");
+    reply = call(textRequest("exportSchema", "schemaName", "unknown"));
+    EXPECT_EQ(reply.getStringParameter("schemaXml", Parameter::eOut), "");
+
+    reply = call(textRequest("getSchema", "schemaName", "preset"));
+    EXPECT_TRUE(reply.getBoolParameter("result", Parameter::eOut));
+    ManageableData record;
+    ASSERT_TRUE(record.deserialize(reply.getStringParameter("manageableData", Parameter::eOut)));
+    EXPECT_TRUE(record.getSchema("preset"));
+    reply = call(textRequest("getSchema", "schemaName", "unknown"));
+    EXPECT_FALSE(reply.getBoolParameter("result", Parameter::eOut));
+    EXPECT_EQ(reply.getStringParameter("manageableData", Parameter::eOut),
+              ManageableData().serialize());
+}
+
+TEST_F(LocalMgmtInvokerTest, InvalidateRepliesWithoutParameters) {
+    const Method reply = call(Method("invalidateVCMSCache", Method::eRequest));
+    EXPECT_EQ(reply.name(), "invalidateVCMSCache");
+    EXPECT_TRUE(reply.parameters().empty());
+}
+
+TEST_F(LocalMgmtInvokerTest, WhateverIsWrongGetsOneEmptyReplyAndItsLine) {
+    std::string good;
+    RpcAdapter::encodeText(Method("invalidateVCMSCache", Method::eRequest), good);
+    Executable stranger;
+    ports.forgetLines();
+
+    EXPECT_EQ(send(nullptr, good), "");
+    EXPECT_EQ(send(&stranger, good), "");
+    EXPECT_EQ(ports.count(kLogError, "Could not cast executable to LocalMgmtIfc."), 2);
+    EXPECT_EQ(send(&service, good, "vireo_text"), "");
+    EXPECT_EQ(ports.count(kLogError, "Could not find PA for \"vireo_text\"\n"), 1);
+    EXPECT_EQ(send(&service, good, "throwing"), "");
+    EXPECT_EQ(ports.count(kLogError, "unknown exception\n"), 1);
+    for (const std::string& garbage :
+         {std::string(), std::string("\0\xff", 2), good + "x", std::string(1U << 20U, '9')}) {
+        EXPECT_EQ(send(&service, garbage), "");
+    }
+    EXPECT_EQ(ports.count(kLogDebug, "Invalid Message, "), 4);
+    EXPECT_EQ(call(Method("SetData", Method::eRequest)).name(), "");
+    EXPECT_EQ(ports.count(kLogDebug, "Invalid Message, SetData"), 1);
+    EXPECT_EQ(call(Method("setData", Method::eRequest)).name(), "");
+    EXPECT_EQ(
+        ports.count(kLogError, "method \"setData\": parameter \"manageableData\" is missing\n"), 1);
+    EXPECT_EQ(call(textRequest("exportSchema", "schemaname", "x")).name(), "");
+    EXPECT_NE(send(&service, good), "") << "the next message is served";
+}
+
+TEST_F(LocalMgmtInvokerTest, LogsExactlyTheBytesOfTheMessage) {
+    const std::string bytes = "abc|not this";
+    TestResponse response("none");
+    invoker.handleMessage(&service, bytes.data(), 3, &response);
+    EXPECT_EQ(ports.count(kLogInfo, "invoker initialised"), 1);
+    EXPECT_EQ(ports.lines(kLogInfo).back(), "handleMessage:msg = abc");
+}
+
+}  // namespace
+}  // namespace vireo::test

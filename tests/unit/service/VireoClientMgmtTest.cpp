@@ -1,0 +1,130 @@
+#include <thread>
+
+#include "unit/service/ServiceHouse.h"
+
+namespace vireo::test {
+namespace {
+
+using VireoClientMgmtTest = ServiceHouse;
+
+TEST_F(VireoClientMgmtTest, AContextOfTheWrongTypeLeavesAServiceThatRefuses) {
+    Context wrong;
+    service.init(wrong);
+    EXPECT_EQ(ports.count(kLogError, "dynamic cast failed in init."), 1);
+    EXPECT_EQ(ports.count(kLogDebug, "VCMS - initialised"), 0);
+    ManageableData record;
+    record.populate("melody", "1");
+    EXPECT_FALSE(service.setData(record));
+    EXPECT_FALSE(service.getData(record));
+    EXPECT_EQ(service.findSchemaName("melody"), "");
+}
+
+TEST_F(VireoClientMgmtTest, AStoreThatComesLaterIsFoundThen) {
+    context.store = nullptr;
+    start();
+    std::string value;
+    EXPECT_FALSE(service.getData("melody", value));
+    context.store = store.get();
+    EXPECT_TRUE(service.getData("melody", value));
+    EXPECT_EQ(value, "7");
+    const std::size_t asked = context.asked.size();
+    EXPECT_TRUE(service.getData("melody", value));
+    EXPECT_EQ(context.asked.size(), asked) << "what was found is kept";
+}
+
+TEST_F(VireoClientMgmtTest, SoftwareTypeIsAskedUntilItIsKnown) {
+    start();
+    const auto become = [this](const char* type) {
+        ManageableData record;
+        record.populate("software-type", type);
+        EXPECT_TRUE(service.setData(record));
+        return service.getSoftwareType();
+    };
+    EXPECT_EQ(service.getSoftwareType(), 0);
+    EXPECT_EQ(become("varnick KSP"), 0);
+    EXPECT_EQ(become("Varnick TDM"), 3);
+    EXPECT_EQ(become("Varnick SIP"), 3) << "once known it stays";
+}
+
+TEST_F(VireoClientMgmtTest, ManagersThatDoNothingYetRefuseHonestly) {
+    start();
+    ManageableData record;
+    record.populate("a-file-request", "1");
+    record.populate("x-locked-config-menus-file-y", "1");
+    EXPECT_FALSE(service.setData(record));
+    ASSERT_EQ(record.rejections().size(), 2U);
+    EXPECT_EQ(record.rejections()[0].reason(), "Not supported");
+    EXPECT_EQ(record.rejections()[1].reason(), "Unknown");
+    EXPECT_FALSE(service.getData(record));
+}
+
+struct Subscriber : RemoteMgmtCallbackIfc {
+    void informRemoteProgress(int, eRemoteOperationType) override {}
+    void informRemoteWarning(eRemoteOperationType type) override { warnings.push_back(type); }
+    std::vector<int> warnings;
+};
+
+TEST_F(VireoClientMgmtTest, OneRemoteSubscriberIsWarnedOfMemoryTrouble) {
+    start();
+    Subscriber first;
+    Subscriber second;
+    const auto warn = [this](const char* value) {
+        ManageableData record;
+        record.populate("memory-monitor-remote-callback", value);
+        EXPECT_TRUE(service.setData(record));
+    };
+    warn("1");
+    EXPECT_FALSE(service.unsubscribeForRemoteProgress(&first));
+    EXPECT_TRUE(service.subscribeForRemoteProgress(&first));
+    EXPECT_FALSE(service.subscribeForRemoteProgress(&second));
+    EXPECT_FALSE(service.unsubscribeForRemoteProgress(&second));
+    warn("1");
+    warn("2");
+    warn("3");
+    EXPECT_EQ(first.warnings, (std::vector<int>{3, 4}));
+    EXPECT_TRUE(service.unsubscribeForRemoteProgress(&first));
+    EXPECT_EQ(ports.count(kLogWarning, "subscription already in use"), 1);
+    EXPECT_EQ(ports.count(kLogWarning, "cannot unsubscribe"), 2);
+}
+
+TEST_F(VireoClientMgmtTest, ManyThreadsReadAndWriteTheSameItems) {
+    start();
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 6; ++t) {
+        threads.emplace_back([this, t] {
+            for (int i = 0; i < 60; ++i) {
+                const std::string text = std::to_string(t) + ":" + std::to_string(i);
+                ManageableData record;
+                record.populate("lazy", text);
+                record.populate("plain", text);
+                if (i % 10 == 0) {
+                    record.populate("melody", text);
+                }
+                EXPECT_TRUE(service.setData(record));
+                ManageableData wanted;
+                for (const char* tag : {"lazy", "plain", "melody"}) {
+                    wanted.addRootId(tag, nullptr);
+                }
+                EXPECT_TRUE(service.getData(wanted));
+                EXPECT_NE(wanted.serialize().find(":"), std::string::npos);
+                std::string value;
+                EXPECT_TRUE(service.getData("lazy", value));
+                if (i % 7 == 0) {
+                    service.invalidateVCMSCache();
+                }
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    std::string simple;
+    ManageableData wanted;
+    wanted.addRootId("lazy", nullptr);
+    ASSERT_TRUE(service.getData("lazy", simple));
+    ASSERT_TRUE(service.getData(wanted));
+    EXPECT_EQ(wanted.interogate("lazy")->value(), simple) << "the cache agrees with the item";
+}
+
+}  // namespace
+}  // namespace vireo::test
