@@ -1,0 +1,23 @@
+#include "CallStatus.h"
+
+namespace vireo {
+
+const char* describe(CallStatus status) {
+    switch (status) {
+        case CallStatus::eDone:
+            return "done";
+        case CallStatus::eEmptyReply:
+            return "the service gave an empty reply";
+        case CallStatus::eMalformedReply:
+            return "the reply is malformed";
+        case CallStatus::eTimedOut:
+            return "no answer in time";
+        case CallStatus::eDisconnected:
+            return "the connection to the service ended";
+        case CallStatus::eTooLarge:
+            return "larger than one message may be";
+    }
+    return "unknown call status";
+}
+
+}  // namespace vireo

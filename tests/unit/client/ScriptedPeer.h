@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+
+#include "messages/FileDescriptor.h"
+#include "messages/FrameCodec.h"
+#include "service/Method.h"
+#include "support/TemporaryDirectory.h"
+
+namespace vireo {
+
+/// The service's end of one connection, for a script that plays the service.
+class PeerStream {
+public:
+    struct Received {
+        FrameHeader header;
+        std::string protocol;
+        std::string interfaceName;
+        std::string payload;
+    };
+
+    explicit PeerStream(FileDescriptor socket);
+
+    /// The next frame; none at the end of the stream, or when none comes for ten seconds.
+    std::optional<Received> read();
+    void send(FrameKind kind, std::uint32_t correlation, std::string_view payload);
+    void sendBytes(std::string_view bytes);
+    /// Each byte leaves only after the other end has read the one before.
+    void sendBytesOneByOne(std::string_view bytes);
+    void close() { m_socket.reset(); }
+
+    /// Takes the greeting and gives the name.
+    void welcome(std::string_view channelName = "client-1");
+    /// Takes the next request and answers it.
+    void reply(std::string_view payload);
+    void reply(const Method& method);
+
+private:
+    std::optional<std::string> readExactly(std::size_t size);
+
+    FileDescriptor m_socket;
+};
+
+/// Listens on a Unix socket of its own and runs a script on the first connection.
+class ScriptedPeer {
+public:
+    using Script = std::function<void(PeerStream&)>;
+
+    explicit ScriptedPeer(Script script);
+    /// Waits for the end of the script, so clients are to be gone before.
+    ~ScriptedPeer();
+    ScriptedPeer(const ScriptedPeer&) = delete;
+    ScriptedPeer& operator=(const ScriptedPeer&) = delete;
+
+    const std::string& socketPath() const { return m_path; }
+
+private:
+    test::TemporaryDirectory m_directory;
+    const std::string m_path;
+    FileDescriptor m_listener;
+    std::thread m_thread;
+};
+
+/// A listening Unix socket at `path`.
+FileDescriptor listenAt(const std::string& path);
+std::string encoded(const Method& method);
+std::string frame(FrameKind kind, std::uint32_t correlation, std::string_view payload);
+
+}  // namespace vireo

@@ -1,0 +1,211 @@
+#include "Commands.h"
+
+#include <unordered_set>
+
+#include "data/ManageableData.h"
+#include "data/XmlText.h"
+
+namespace vireo {
+namespace {
+
+constexpr const char* kWholeItem = "//*";
+constexpr const char* kNoName = "not an item name";
+
+void refuse(RecordAnswer& answer, const std::string& tag, const std::string& reason) {
+    answer.refusals.emplace_back(tag, kWholeItem, reason);
+}
+
+// What cannot be sent, so that nothing of the command is.
+RecordAnswer checkAssignments(const std::vector<Assignment>& assignments) {
+    RecordAnswer answer;
+    for (const auto& [tag, value] : assignments) {
+        if (!XmlText::isName(tag)) {
+            refuse(answer, tag, kNoName);
+        } else if (const auto found = XmlText::findUncarriable(value)) {
+            refuse(answer, tag, "the value holds " + *found + ", which cannot be carried");
+        }
+    }
+    return answer;
+}
+
+}  // namespace
+
+ExitCode Commands::get(const std::vector<std::string>& tags) {
+    RecordAnswer answer;
+    ManageableData record;
+    for (const std::string& tag : tags) {
+        if (!XmlText::isName(tag)) {
+            refuse(answer, tag, kNoName);
+        }
+        record.addRootId(tag, nullptr);
+    }
+    if (!answer.refusals.empty()) {
+        return print(answer);
+    }
+    const std::vector<std::string> asked = record.rootIds();  // each once
+    ExitCode code{};
+    if (reportFailure(m_client.getData(record, answer.result), code)) {
+        return code;
+    }
+    answer.refusals = record.rejections();
+    for (const std::string& tag : asked) {
+        std::string value;
+        if (record.interogate(tag, tag, value)) {
+            answer.items.emplace_back(tag, std::move(value));
+        } else {
+            answer.remarks.push_back(explainMissing(tag));
+        }
+    }
+    if (!answer.result && answer.refusals.empty() && answer.remarks.empty()) {
+        answer.remarks.emplace_back(
+            "read failed: the owner of an item failed, its value may be old");
+    }
+    return print(answer);
+}
+
+ExitCode Commands::set(const std::vector<Assignment>& assignments) {
+    RecordAnswer answer = checkAssignments(assignments);
+    if (!answer.refusals.empty()) {
+        return print(answer);
+    }
+    ManageableData record;
+    for (const auto& [tag, value] : assignments) {
+        record.populate(tag, tag, value);
+    }
+    ExitCode code{};
+    if (reportFailure(m_client.setData(record, answer.result), code)) {
+        return code;
+    }
+    answer.refusals = record.rejections();
+    sortOutWritten(assignments, answer);
+    return print(answer);
+}
+
+// Which items were written. The service names those that were refused, but it is silent about
+// unknown ones, so a failed write needs a second look.
+void Commands::sortOutWritten(const std::vector<Assignment>& assignments, RecordAnswer& answer) {
+    std::unordered_set<std::string> refused;
+    bool explained = answer.result;
+    for (const RejectionSpec& refusal : answer.refusals) {
+        refused.insert(refusal.rootId());
+        explained = explained || refusal.reason() != RejectReasonsStrings::initiated;
+    }
+    bool certain = true;
+    for (const auto& [tag, value] : assignments) {
+        if (refused.contains(tag)) {
+            continue;
+        }
+        const std::optional<bool> known =
+            answer.result ? std::optional<bool>(true) : (certain ? isKnown(tag) : std::nullopt);
+        if (!known) {
+            certain = false;
+        } else if (*known) {
+            answer.items.emplace_back(tag, value);
+        } else {
+            answer.remarks.push_back(tag + ": not written (unknown item)");
+            explained = true;
+        }
+    }
+    if (!certain || !explained) {
+        answer.items.clear();
+        answer.remarks.emplace_back(
+            "write failed: an item is unknown or its owner refused without a reason");
+    }
+}
+
+ExitCode Commands::schema(const std::string& name) {
+    std::string xml;
+    const CallStatus status = m_client.exportSchema(name, xml);
+    return printName(status, "exportSchema", "schemaXml", xml, "unknown schema '" + name + "'");
+}
+
+ExitCode Commands::schemaOf(const std::string& tag) {
+    std::string name;
+    const CallStatus status = m_client.findSchemaName(tag, name);
+    return printName(status, "findSchemaName", "schemaName", name, "unknown item '" + tag + "'");
+}
+
+ExitCode Commands::invalidateCache() {
+    ExitCode code = ExitCode::eDone;
+    if (!reportFailure(m_client.invalidateVCMSCache(), code)) {
+        m_printer.method(Method("invalidateVCMSCache", Method::eResponse));
+    }
+    return code;
+}
+
+ExitCode Commands::call(const std::string& methodName, const std::vector<Parameter>& parameters) {
+    Method request(methodName, Method::eRequest);
+    for (const Parameter& parameter : parameters) {
+        request.addParameter(parameter);
+    }
+    Method reply;
+    ExitCode code = ExitCode::eDone;
+    if (!reportFailure(m_client.call(request, reply), code)) {
+        m_printer.method(reply);
+    }
+    return code;
+}
+
+// True when there is no answer to print; `code` is set then.
+bool Commands::reportFailure(CallStatus status, ExitCode& code) {
+    switch (status) {
+        case CallStatus::eDone:
+            return false;
+        case CallStatus::eEmptyReply:
+            m_printer.emptyReply();
+            code = ExitCode::eRefused;
+            break;
+        case CallStatus::eTimedOut:
+            m_errors << "vireoctl: no answer within " << m_timeout.count() << " ms\n";
+            code = ExitCode::eNotReached;
+            break;
+        case CallStatus::eDisconnected:
+            m_errors << "vireoctl: " << m_client.closeReason() << '\n';
+            code = ExitCode::eNotReached;
+            break;
+        case CallStatus::eMalformedReply:
+        case CallStatus::eTooLarge:
+            m_errors << "vireoctl: " << describe(status) << '\n';
+            code = ExitCode::eRefused;
+            break;
+    }
+    return true;
+}
+
+ExitCode Commands::print(const RecordAnswer& answer) {
+    m_printer.record(answer);
+    return answer.result ? ExitCode::eDone : ExitCode::eRefused;
+}
+
+ExitCode Commands::printName(CallStatus status, const char* methodName, const char* parameterName,
+                             const std::string& value, const std::string& unknown) {
+    ExitCode code = ExitCode::eDone;
+    if (reportFailure(status, code)) {
+        return code;
+    }
+    m_printer.text(methodName, parameterName, value);
+    if (value.empty()) {
+        m_errors << "vireoctl: " << unknown << '\n';
+        return ExitCode::eRefused;
+    }
+    return code;
+}
+
+// Nothing when the service does not answer that.
+std::optional<bool> Commands::isKnown(const std::string& tag) {
+    std::string schemaName;
+    if (m_client.findSchemaName(tag, schemaName) != CallStatus::eDone) {
+        return std::nullopt;
+    }
+    return !schemaName.empty();
+}
+
+std::string Commands::explainMissing(const std::string& tag) {
+    const std::optional<bool> known = isKnown(tag);
+    if (!known) {
+        return tag + ": no value (unknown item, or its owner failed)";
+    }
+    return tag + (*known ? ": no value (its owner failed)" : ": no value (unknown item)");
+}
+
+}  // namespace vireo

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "AnswerPrinter.h"
+#include "Assignment.h"
+#include "ExitCode.h"
+#include "LocalMgmtClient.h"
+
+namespace vireo {
+
+/// The commands that ask the service once: each makes its calls, prints the answer and says what
+/// the program shall end with.
+class Commands {
+public:
+    /// Nothing is owned, everything outlives this. `errors` takes what is wrong with the calls
+    /// themselves; `timeout` is that of the client.
+    Commands(LocalMgmtClient& client, AnswerPrinter& printer, std::ostream& errors,
+             std::chrono::milliseconds timeout)
+        : m_client(client), m_printer(printer), m_errors(errors), m_timeout(timeout) {}
+
+    /// Reads all items with one record.
+    ExitCode get(const std::vector<std::string>& tags);
+    /// Writes all items with one record. Nothing is sent when one of them cannot be.
+    ExitCode set(const std::vector<Assignment>& assignments);
+    ExitCode schema(const std::string& name);
+    ExitCode schemaOf(const std::string& tag);
+    ExitCode invalidateCache();
+    ExitCode call(const std::string& methodName, const std::vector<Parameter>& parameters);
+
+private:
+    bool reportFailure(CallStatus status, ExitCode& code);
+    ExitCode print(const RecordAnswer& answer);
+    ExitCode printName(CallStatus status, const char* methodName, const char* parameterName,
+                       const std::string& value, const std::string& unknown);
+    std::optional<bool> isKnown(const std::string& tag);
+    std::string explainMissing(const std::string& tag);
+    void sortOutWritten(const std::vector<Assignment>& assignments, RecordAnswer& answer);
+
+    LocalMgmtClient& m_client;
+    AnswerPrinter& m_printer;
+    std::ostream& m_errors;
+    const std::chrono::milliseconds m_timeout;
+};
+
+}  // namespace vireo

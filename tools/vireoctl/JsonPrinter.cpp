@@ -1,0 +1,63 @@
+#include "JsonPrinter.h"
+
+#include <nlohmann/json.hpp>
+
+namespace vireo {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+void printLine(std::ostream& out, const Json& object) {
+    out << object.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
+Json valueOf(const Parameter& parameter) {
+    switch (parameter.type) {
+        case Parameter::types::eInt:
+            return parameter.number;
+        case Parameter::types::eBool:
+            return parameter.number != 0;
+        case Parameter::types::eString:
+        case Parameter::types::eXML:
+            break;
+    }
+    return parameter.text;
+}
+
+}  // namespace
+
+void JsonPrinter::record(const RecordAnswer& answer) {
+    Json items = Json::object();
+    for (const auto& [tag, value] : answer.items) {
+        items[tag] = value;
+    }
+    Json refusals = Json::array();
+    for (const RejectionSpec& refusal : answer.refusals) {
+        refusals.push_back(Json{{"rootId", refusal.rootId()},
+                                {"path", refusal.nodePath()},
+                                {"reason", refusal.reason()}});
+    }
+    printLine(m_out, Json{{"result", answer.result},
+                          {"items", std::move(items)},
+                          {"refusals", std::move(refusals)}});
+}
+
+void JsonPrinter::method(const Method& reply) {
+    Json parameters = Json::object();
+    for (const Parameter& parameter : reply.parameters()) {
+        parameters.emplace(parameter.name,
+                           valueOf(parameter));  // of two of a name the first counts
+    }
+    printLine(m_out, Json{{"method", reply.name()}, {"parameters", std::move(parameters)}});
+}
+
+void JsonPrinter::text(const std::string& methodName, const std::string& parameterName,
+                       const std::string& value) {
+    printLine(m_out, Json{{"method", methodName}, {"parameters", Json{{parameterName, value}}}});
+}
+
+void JsonPrinter::emptyReply() {
+    printLine(m_out, Json{{"method", nullptr}});
+}
+
+}  // namespace vireo

@@ -1,0 +1,51 @@
+#include "TextPrinter.h"
+
+#include "CallStatus.h"
+
+namespace vireo {
+
+void TextPrinter::record(const RecordAnswer& answer) {
+    for (const auto& [tag, value] : answer.items) {
+        m_out << tag << " = " << value << '\n';
+    }
+    m_out.flush();  // before the refusals, where both go to one terminal
+    for (const RejectionSpec& refusal : answer.refusals) {
+        m_errors << refusal.rootId() << ": " << refusal.reason() << '\n';
+    }
+    for (const std::string& remark : answer.remarks) {
+        m_errors << remark << '\n';
+    }
+}
+
+void TextPrinter::method(const Method& reply) {
+    for (const Parameter& parameter : reply.parameters()) {
+        m_out << parameter.name << " = ";
+        switch (parameter.type) {
+            case Parameter::types::eInt:
+                m_out << parameter.number;
+                break;
+            case Parameter::types::eBool:
+                m_out << (parameter.number != 0 ? "true" : "false");
+                break;
+            case Parameter::types::eString:
+            case Parameter::types::eXML:
+                m_out << parameter.text;
+                break;
+        }
+        m_out << '\n';
+    }
+}
+
+void TextPrinter::text(const std::string& /*methodName*/, const std::string& /*parameterName*/,
+                       const std::string& value) {
+    if (!value.empty()) {
+        m_out << value << '\n';
+    }
+}
+
+void TextPrinter::emptyReply() {
+    m_errors << "vireoctl: " << describe(CallStatus::eEmptyReply)
+             << ": it could not serve this request, its log says why\n";
+}
+
+}  // namespace vireo

@@ -1,0 +1,226 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <functional>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Assignment.h"
+#include "Commands.h"
+#include "ExitCode.h"
+#include "JsonPrinter.h"
+#include "LocalMgmtClient.h"
+#include "ParameterArgument.h"
+#include "TextPrinter.h"
+
+namespace vireo {
+namespace {
+
+struct CommandLine;
+using Command = std::function<ExitCode(Commands&)>;
+// Makes the command that a line stands for; none, with `error`, when its arguments are wrong.
+using Binder = std::optional<Command> (*)(const CommandLine& line, std::string& error);
+
+struct CommandLine {
+    std::string socketPath = "/run/vireo/vireo.sock";
+    std::string channelName = "vireoctl-*";
+    std::string protocol = "rpc";
+    bool json = false;
+    int timeout = 5000;
+    std::string name;                    // of a method, schema or item
+    std::vector<std::string> arguments;  // of the command
+    Binder bind = nullptr;
+};
+
+std::optional<Command> bindGet(const CommandLine& line, std::string& /*error*/) {
+    return [tags = line.arguments](Commands& commands) { return commands.get(tags); };
+}
+
+std::optional<Command> bindSet(const CommandLine& line, std::string& error) {
+    const auto assignments = Assignment::parseAll(line.arguments, error);
+    if (!assignments) {
+        return std::nullopt;
+    }
+    return [all = *assignments](Commands& commands) { return commands.set(all); };
+}
+
+std::optional<Command> bindSchema(const CommandLine& line, std::string& /*error*/) {
+    return [name = line.name](Commands& commands) { return commands.schema(name); };
+}
+
+std::optional<Command> bindSchemaOf(const CommandLine& line, std::string& /*error*/) {
+    return [tag = line.name](Commands& commands) { return commands.schemaOf(tag); };
+}
+
+std::optional<Command> bindInvalidateCache(const CommandLine& /*line*/, std::string& /*error*/) {
+    return [](Commands& commands) { return commands.invalidateCache(); };
+}
+
+std::optional<Command> bindCall(const CommandLine& line, std::string& error) {
+    std::vector<Parameter> parameters;
+    for (const std::string& argument : line.arguments) {
+        const auto parameter = ParameterArgument::parse(argument, error);
+        if (!parameter) {
+            return std::nullopt;
+        }
+        parameters.push_back(*parameter);
+    }
+    return [name = line.name, parameters](Commands& commands) {
+        return commands.call(name, parameters);
+    };
+}
+
+std::string checkChannelName(const std::string& name) {
+    return name.empty() || name.size() > 255 ? "a channel name has 1 to 255 bytes" : "";
+}
+
+void declareOptions(CLI::App& app, CommandLine& line) {
+    app.set_version_flag("--version", "vireoctl " VIREO_VERSION);
+    app.add_option("--socket", line.socketPath, "The service's socket")
+        ->envname("VIREO_SOCKET")
+        ->type_name("PATH")
+        ->capture_default_str();
+    app.add_option("--channel", line.channelName,
+                   "The name to connect as; a last '*' becomes the lowest free number")
+        ->check(checkChannelName)
+        ->type_name("NAME")
+        ->capture_default_str();
+    app.add_option("--protocol", line.protocol, "How requests are encoded")
+        ->check(CLI::IsMember({"rpc"}))
+        ->capture_default_str();
+    app.add_flag("--json", line.json, "Print one JSON object per answer");
+    app.add_option("--timeout", line.timeout, "How long to wait for the service")
+        ->check(CLI::Range(1, 86400000))
+        ->type_name("MS")
+        ->capture_default_str();
+}
+
+CLI::App& addCommand(CLI::App& app, CommandLine& line, const char* name, const char* description,
+                     Binder bind) {
+    CLI::App* command = app.add_subcommand(name, description);
+    command->callback([&line, bind] { line.bind = bind; });
+    return *command;
+}
+
+void declareCommands(CLI::App& app, CommandLine& line) {
+    addCommand(app, line, "get", "Read items", bindGet)
+        .add_option("TAG", line.arguments, "The items to read")
+        ->required()
+        ->type_name("");
+    addCommand(app, line, "set", "Write items", bindSet)
+        .add_option("ASSIGNMENT", line.arguments, "What to write; a value is taken as it is")
+        ->required()
+        ->type_name("TAG=VALUE");
+    addCommand(app, line, "schema", "Print a schema", bindSchema)
+        .add_option("NAME", line.name, "The schema")
+        ->required()
+        ->type_name("");
+    addCommand(app, line, "schema-of", "Print the name of an item's schema", bindSchemaOf)
+        .add_option("TAG", line.name, "The item")
+        ->required()
+        ->type_name("");
+    addCommand(app, line, "invalidate-cache",
+               "Make the service forget the last known values of other owners' items",
+               bindInvalidateCache);
+    CLI::App& call =
+        addCommand(app, line, "call", "Call any method of the local interface", bindCall);
+    call.add_option("METHOD", line.name, "The method")->required()->type_name("");
+    call.add_option("PARAMETER", line.arguments, "Its parameters; TYPE is int, bool, string or xml")
+        ->type_name("NAME:TYPE=VALUE");
+}
+
+ExitCode runCommand(const CommandLine& line, const Command& command) {
+    LocalMgmtClient::Options options;
+    options.socketPath = line.socketPath;
+    options.channelName = line.channelName;
+    options.timeout = std::chrono::milliseconds(line.timeout);
+    std::string error;
+    const std::unique_ptr<LocalMgmtClient> client = LocalMgmtClient::connect(options, error);
+    if (!client) {
+        std::cerr << "vireoctl: " << error << '\n';
+        return ExitCode::eNotReached;
+    }
+    TextPrinter text(std::cout, std::cerr);
+    JsonPrinter json(std::cout);
+    AnswerPrinter& printer = line.json ? static_cast<AnswerPrinter&>(json) : text;
+    Commands commands(*client, printer, std::cerr, options.timeout);
+    ExitCode code = command(commands);
+    if (!std::cout.flush()) {
+        std::cerr << "vireoctl: the answer cannot be written out\n";
+        code = code == ExitCode::eDone ? ExitCode::eRefused : code;
+    }
+    return code;
+}
+
+// Help and version stop the parsing too, but are no mistakes.
+ExitCode reportStop(const CLI::App& app, const CLI::ParseError& stop) {
+    if (stop.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+        app.exit(stop);
+        return ExitCode::eDone;
+    }
+    const std::vector<std::string> unknown = app.remaining();
+    if (app.get_subcommands().empty() && !unknown.empty()) {
+        std::cerr << "vireoctl: '" << unknown.front() << "' is no command or option\n";
+    } else {
+        std::cerr << "vireoctl: " << stop.what() << '\n';
+    }
+    std::cerr << "Run 'vireoctl --help' for more information.\n";
+    return ExitCode::eUsage;
+}
+
+// The parser would take such an argument for a list and read what is inside.
+const char* findBracketed(int argc, char** argv) {
+    char** const end = argv + argc;
+    char** const found = std::find_if(argv + 1, end, [](std::string_view argument) {
+        return argument.size() > 1 && argument.front() == '[' && argument.back() == ']';
+    });
+    return found != end ? *found : nullptr;
+}
+
+ExitCode run(int argc, char** argv) {
+    if (const char* const argument = argc > 1 ? findBracketed(argc, argv) : nullptr) {
+        std::cerr << "vireoctl: '" << argument << "' is no name, number or assignment\n";
+        return ExitCode::eUsage;
+    }
+    CommandLine line;
+    CLI::App app("Reads and writes the phone's settings through the client management service.",
+                 "vireoctl");
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.footer(
+        "Exit codes: 0 done, 1 refused or failed, 2 wrong usage, 3 service not reached or no "
+        "answer in time.");
+    declareOptions(app, line);
+    declareCommands(app, line);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& stop) {
+        return reportStop(app, stop);
+    }
+    const std::string name = app.get_subcommands().front()->get_name();
+    std::string error;
+    const std::optional<Command> command = line.bind(line, error);
+    if (!command) {
+        std::cerr << "vireoctl " << name << ": " << error << '\n';
+        return ExitCode::eUsage;
+    }
+    return runCommand(line, *command);
+}
+
+}  // namespace
+}  // namespace vireo
+
+int main(int argc, char** argv) {
+    try {
+        return static_cast<int>(vireo::run(argc, argv));
+    } catch (const std::exception& exception) {
+        std::fprintf(stderr, "vireoctl: %s\n", exception.what());
+        return static_cast<int>(vireo::ExitCode::eRefused);
+    }
+}
