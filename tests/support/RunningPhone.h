@@ -1,0 +1,69 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "LocalMgmtClient.h"
+#include "data/ManageableData.h"
+#include "support/ChildProcess.h"
+#include "support/TemporaryDirectory.h"
+
+namespace vireo::test {
+
+/// A vireod of its own on the sample phone, in a directory that goes with the test.
+class RunningPhone {
+public:
+    explicit RunningPhone(std::vector<std::string> wrapper = {}) : m_wrapper(std::move(wrapper)) {
+        start();
+    }
+
+    void start() {
+        std::vector<std::string> command = m_wrapper;
+        command.insert(command.end(), {VIREOD, "--config", VIREO_CONFIG, "--root", root(),
+                                       "--socket", socket(), "--log-file", logFile()});
+        process = std::make_unique<ChildProcess>(command);
+        std::string line;
+        if (!process->readLine(line) || line.find("vireod: ready on ") != 0) {
+            ADD_FAILURE() << "vireod did not start: " << line << process->finish().err;
+        }
+    }
+    /// Kills it as a crash would, and waits until it is gone.
+    void crash() {
+        process->kill(SIGKILL);
+        process->finish();
+    }
+
+    std::unique_ptr<LocalMgmtClient> connect() const {
+        std::string error;
+        LocalMgmtClient::Options options;
+        options.socketPath = socket();
+        auto client = LocalMgmtClient::connect(options, error);
+        EXPECT_TRUE(client) << error;
+        return client;
+    }
+
+    /// Runs vireoctl against this phone.
+    Outcome ctl(const std::vector<std::string>& arguments) const {
+        std::vector<std::string> command{VIREOCTL, "--socket", socket()};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return ChildProcess::run(command);
+    }
+
+    std::string root() const { return m_directory.file("root"); }
+    std::string socket() const { return m_directory.file("run/vireo.sock"); }
+    std::string logFile() const { return m_directory.file("log"); }
+    std::string storeFile() const { return root() + "/data/das/store.db"; }
+    std::string file(const std::string& name) const { return m_directory.file(name); }
+
+    std::unique_ptr<ChildProcess> process;
+
+private:
+    std::vector<std::string> m_wrapper;
+    TemporaryDirectory m_directory;
+};
+
+}  // namespace vireo::test

@@ -1,0 +1,151 @@
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <random>
+#include <thread>
+
+#include "support/RunningPhone.h"
+
+namespace vireo::test {
+namespace {
+
+// A plain item, one of another table, and one in an indexed table: three tables, one record.
+constexpr const char* kTags[] = {"ringer-melody", "sip-server", "key-label-1"};
+
+ManageableData recordOf(long number) {
+    ManageableData record;
+    for (const char* tag : kTags) {
+        record.populate(tag, std::to_string(number));
+    }
+    return record;
+}
+
+/// Writes ascending numbers until the service is gone; answers the last acknowledged and the last
+/// sent one.
+std::pair<long, long> writeUntilGone(LocalMgmtClient& client, long number) {
+    long acknowledged = number - 1;
+    while (true) {
+        ManageableData record = recordOf(number);
+        bool result = false;
+        if (client.setData(record, result) != CallStatus::eDone) {
+            return {acknowledged, number};
+        }
+        EXPECT_TRUE(result) << record.serialize();
+        acknowledged = number++;
+    }
+}
+
+/// The number that all items of the record have in common.
+long readNumber(LocalMgmtClient& client) {
+    ManageableData record;
+    for (const char* tag : kTags) {
+        record.addRootId(tag, nullptr);
+    }
+    bool result = false;
+    EXPECT_EQ(client.getData(record, result), CallStatus::eDone);
+    EXPECT_TRUE(result);
+    std::string first;
+    for (const char* tag : kTags) {
+        std::string value;
+        EXPECT_TRUE(record.interogate(tag, tag, value));
+        if (tag == kTags[0]) {
+            first = value;
+        }
+        EXPECT_EQ(value, first) << "a record is written whole or not at all";
+    }
+    return std::atol(first.c_str());
+}
+
+long rounds() {
+    const char* wanted = std::getenv("VIREO_CRASH_ROUNDS");
+    return wanted != nullptr ? std::atol(wanted) : 300;
+}
+
+TEST(Crash, NothingAcknowledgedIsLostWheneverTheServiceIsKilled) {
+    const unsigned seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    std::uniform_int_distribution<int> microseconds(0, 12000);
+    RunningPhone phone;
+    long next = 1;
+    long acknowledgedInAll = 0;
+    for (long round = 0; round < rounds() && !::testing::Test::HasFailure(); ++round) {
+        auto client = phone.connect();
+        ASSERT_TRUE(client);
+        const std::chrono::microseconds delay(microseconds(random));
+        std::thread killer([&phone, delay] {
+            std::this_thread::sleep_for(delay);
+            phone.process->kill(SIGKILL);
+        });
+        const auto [acknowledged, sent] = writeUntilGone(*client, next);
+        killer.join();
+        phone.crash();
+        phone.start();
+        const auto reader = phone.connect();
+        ASSERT_TRUE(reader);
+        if (acknowledged > 0) {
+            const long kept = readNumber(*reader);
+            EXPECT_GE(kept, acknowledged) << "round " << round;
+            EXPECT_LE(kept, sent) << "round " << round;
+        }
+        acknowledgedInAll += acknowledged - next + 1;
+        next = sent + 1;
+    }
+    EXPECT_GT(acknowledgedInAll, 0);
+    RecordProperty("acknowledged", static_cast<int>(acknowledgedInAll));
+    std::printf("acknowledged writes: %ld\n", acknowledgedInAll);
+}
+
+TEST(Crash, ADamagedStoreIsSetAsideAndThePhoneStarts) {
+    RunningPhone phone;
+    phone.crash();
+    // The log alone would bring everything back.
+    for (const char* suffix : {"", "-wal"}) {
+        std::ofstream(phone.storeFile() + suffix, std::ios::trunc) << std::string(8192, 'x');
+    }
+    phone.start();
+    EXPECT_EQ(phone.ctl({"get", "ringer-melody"}).out, "ringer-melody = melody-1\n");
+    EXPECT_TRUE(std::filesystem::exists(phone.storeFile() + ".damaged-1"));
+    std::ifstream log(phone.logFile());
+    const std::string lines(std::istreambuf_iterator<char>(log), {});
+    EXPECT_NE(lines.find("damaged-1"), std::string::npos) << lines;
+}
+
+TEST(Crash, TheStoreIsSyncedBeforeTheReplyIsSent) {
+    if (ChildProcess::run({"strace", "-qq", "-o", "/dev/null", "true"}).exitCode != 0) {
+        GTEST_SKIP() << "strace cannot trace here";
+    }
+    TemporaryDirectory directory;
+    const std::string trace = directory.file("trace");
+    RunningPhone phone({"strace", "-f", "-qq", "-s", "200", "-e",
+                        "trace=fsync,fdatasync,sendmsg,sendto,writev", "-o", trace});
+    const auto client = phone.connect();
+    ASSERT_TRUE(client);
+    ManageableData record = recordOf(1);
+    bool result = false;
+    ASSERT_EQ(client->setData(record, result), CallStatus::eDone);
+    // The tracer goes with its last process: stop the service, not the tracer.
+    ASSERT_EQ(
+        ChildProcess::run({"pkill", "-TERM", "-P", std::to_string(phone.process->pid())}).exitCode,
+        0);
+    phone.process->finish();
+    std::ifstream lines(trace);
+    bool isSynced = false;
+    bool isReplied = false;
+    for (std::string line; std::getline(lines, line) && !isReplied;) {
+        if (line.find("sync(") != std::string::npos) {
+            isSynced = true;
+        } else if (line.find("setData") != std::string::npos) {
+            isReplied = true;
+        } else if (line.find("send") != std::string::npos ||
+                   line.find("writev") != std::string::npos) {
+            isSynced = false;  // an earlier reply: the welcome
+        }
+    }
+    EXPECT_TRUE(isReplied);
+    EXPECT_TRUE(isSynced);
+}
+
+}  // namespace
+}  // namespace vireo::test
