@@ -26,7 +26,7 @@ HostOptions defaults() {
     options.root = "/var/lib/vireo";
     options.socket = "/run/vireo/vireo.sock";
     options.plugin = prefix / VIREO_PLUGIN_DIR / "libvireo_client_mgmt.so";
-    options.logLevel = kLogInfo;
+    options.logLevel = kLogWarning;  // information has every message in it, passwords too
     options.maximumPeers = MessageLoop::kDefaultMaximumPeers;
     return options;
 }

@@ -47,7 +47,7 @@ HostProcess::Ports::~Ports() {
     installPorts({});
 }
 
-bool HostProcess::openStore(std::string& error) {
+bool HostProcess::openStore(const DeviceRoot& root, std::string& error) {
     std::string catalogueText;
     if (!installedPorts().config->readConfigFile(kCatalogueFile, catalogueText, error)) {
         return false;
@@ -58,7 +58,7 @@ bool HostProcess::openStore(std::string& error) {
         error = std::string("the store's catalogue ") + kCatalogueFile + ": " + reason;
         return false;
     }
-    m_store = SqliteDataAccess::open(m_root->storeFile(), std::move(*catalogue), error);
+    m_store = SqliteDataAccess::open(root.storeFile(), std::move(*catalogue), error);
     return m_store != nullptr && m_services.add(kStoreInterface, *m_store);
 }
 
@@ -98,7 +98,7 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
     m_root = DeviceRoot::prepare(options.root, error);
     // The socket comes early: a service that cannot be reached should not touch the store.
     if (!m_root || !m_loop.listen(options.socket, options.maximumPeers, error) ||
-        !openStore(error) || !loadService(options.plugin, error)) {
+        !openStore(*m_root, error) || !loadService(options.plugin, error)) {
         return false;
     }
     startService();

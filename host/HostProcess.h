@@ -50,7 +50,7 @@ private:
         std::unique_ptr<ConfigDirectory> m_config;
     };
 
-    bool openStore(std::string& error);
+    bool openStore(const DeviceRoot& root, std::string& error);
     bool loadService(const std::string& plugin, std::string& error);
     void startService();
 

@@ -1,7 +1,7 @@
-#include <signal.h>
 #include <sys/stat.h>
 #include <systemd/sd-daemon.h>
 
+#include <csignal>
 #include <cstdio>
 #include <optional>
 #include <string>

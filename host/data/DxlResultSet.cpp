@@ -15,7 +15,7 @@ using Selection = std::unordered_set<const DxlNode*>;
 /// place or null.
 DxlNode::Pointer restored(const DxlNode::Pointer& node, const DxlNode* schema,
                           const Selection& selected) {
-    if (selected.count(node.get()) != 0) {
+    if (selected.contains(node.get())) {
         auto fresh = std::make_shared<DxlNode>(node->getName(), DxlNode::Kind::eLeaf);
         if (schema != nullptr) {
             fresh->adoptContent(*schema);

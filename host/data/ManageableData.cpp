@@ -36,19 +36,29 @@ void ManageableData::addRootId(const std::string& rootId, const std::string& com
 }
 
 void ManageableData::setRootId(const std::string& rootId, LocalMgmtIfc* /*requester*/) {
-    const std::string kept = rootId;  // the caller's text may be in the list that is cleared
+    const auto kept = std::string(rootId);  // the caller's text may be in the list that is cleared
     m_rootIds.clear();
     m_rootIds.add(kept);
     m_single = true;
 }
 
 void ManageableData::removeRootId(const std::string& rootId) {
-    const std::string removed = rootId;
+    const auto removed = std::string(rootId);  // the caller's text may go with the item
     m_items.deleteDocument(removed);
     if (m_rootIds.remove(removed)) {
         m_single = false;
     }
     m_companions.erase(removed);
+}
+
+void ManageableData::removeRootIds(const std::unordered_set<std::string>& rootIds) {
+    const std::size_t before = m_rootIds.ids().size();
+    m_rootIds.removeAll(rootIds);
+    m_single = m_single && m_rootIds.ids().size() == before;
+    for (const std::string& rootId : rootIds) {
+        m_items.deleteDocument(rootId);
+        m_companions.erase(rootId);
+    }
 }
 
 void ManageableData::getRootIds(std::vector<std::string>& rootIds) const {
@@ -110,7 +120,7 @@ bool ManageableData::populate(const std::string& rootId, const DataNode& node) {
 
 bool ManageableData::writeNode(const std::string& rootId, const std::string& nodeId,
                                const std::string& value) {
-    DxlDocumentPointer document = m_items.getDocument(rootId);
+    const DxlDocumentPointer document = m_items.getDocument(rootId);
     const auto schema = getSchema(document ? document->schemaName() : rootId);
     DxlNode::Pointer root;
     if (document) {

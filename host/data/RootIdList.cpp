@@ -1,6 +1,7 @@
 #include "data/RootIdList.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vireo {
 namespace {
@@ -14,7 +15,7 @@ bool RootIdList::contains(const std::string& rootId) const {
     if (m_ids.size() <= kShortList) {
         return std::find(m_ids.begin(), m_ids.end(), rootId) != m_ids.end();
     }
-    return m_known.count(rootId) != 0;
+    return m_known.contains(rootId);
 }
 
 bool RootIdList::add(const std::string& rootId) {
@@ -42,6 +43,19 @@ bool RootIdList::remove(const std::string& rootId) {
         m_known.erase(rootId);
     }
     return true;
+}
+
+void RootIdList::removeAll(const std::unordered_set<std::string>& rootIds) {
+    std::vector<std::string> kept;
+    for (std::string& rootId : m_ids) {
+        if (!rootIds.contains(rootId)) {
+            kept.push_back(std::move(rootId));
+        }
+    }
+    clear();
+    for (const std::string& rootId : kept) {
+        add(rootId);
+    }
 }
 
 void RootIdList::clear() {

@@ -114,7 +114,7 @@ void SpdlogPort::write(std::string_view component, std::string_view file, int le
         appendVisibly(out, text);
         m_logger->log(name.level, spdlog::string_view_t(out.data(), out.size()));
     } catch (...) {
-        // A line that cannot be written has nowhere to be reported.
+        // Deliberate: a line that cannot be written has nowhere to be reported.
     }
 }
 

@@ -89,7 +89,7 @@ std::unique_ptr<ListeningSocket> ListeningSocket::open(const std::string& path,
     if (lock && removeStale(path, address, reason)) {
         socket = bindPrivately(address, reason);
     }
-    if (!socket) {
+    if (!lock || !socket) {
         error = "cannot listen on \"" + path + "\": " + reason;
         return nullptr;
     }

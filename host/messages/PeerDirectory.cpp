@@ -85,9 +85,9 @@ std::string PeerDirectory::claim(std::string_view wanted, const std::shared_ptr<
                                  std::string& error) {
     const bool anyNumber = wanted.size() > kAnyNumber.size() && wanted.size() <= kLongestName &&
                            wanted.ends_with(kAnyNumber);
-    const std::string name =
-        anyNumber ? lowestNumbered(wanted.substr(0, wanted.size() - kAnyNumber.size()))
-                  : std::string(wanted);
+    std::string name = anyNumber
+                           ? lowestNumbered(wanted.substr(0, wanted.size() - kAnyNumber.size()))
+                           : std::string(wanted);
     if (!isName(name, error)) {
         return {};
     }
@@ -108,7 +108,10 @@ void PeerDirectory::release(const std::string& name, const Connection& owner) {
     }
     m_peers.erase(peer);
     const auto numbered = splitNumber(name);
-    const auto numbers = numbered ? m_numbers.find(numbered->prefix) : m_numbers.end();
+    if (!numbered) {
+        return;
+    }
+    const auto numbers = m_numbers.find(numbered->prefix);
     if (numbers == m_numbers.end()) {
         return;
     }

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -76,12 +77,8 @@ bool renameToNew(const std::string& from, const std::string& to) {
 }
 
 bool isFreeName(const std::string& name) {
-    for (const char* part : kFileParts) {
-        if (exists(name + part)) {
-            return false;
-        }
-    }
-    return true;
+    return std::none_of(kFileParts.begin(), kFileParts.end(),
+                        [&](const char* part) { return exists(name + part); });
 }
 
 }  // namespace

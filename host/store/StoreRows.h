@@ -50,9 +50,9 @@ private:
         StoreNameMap<Row> keyed;  ///< of a table with one
     };
     struct Pending {
-        StoreCell* cell;
+        StoreCell* cell = nullptr;
         StoreCell before;
-        bool needsReboot;
+        bool needsReboot = false;
     };
 
     std::vector<Rows> m_tables;  ///< by position

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "Visibility.h"
@@ -45,6 +46,8 @@ public:
     void setRootId(const std::string& rootId, LocalMgmtIfc* requester);
     /// Drops an item with its document.
     void removeRootId(const std::string& rootId);
+    /// Drops many items with their documents, in one pass.
+    void removeRootIds(const std::unordered_set<std::string>& rootIds);
     /// Replaces `rootIds` by all items in the order in which they were added.
     void getRootIds(std::vector<std::string>& rootIds) const;
     const std::vector<std::string>& rootIds() const { return m_rootIds.ids(); }

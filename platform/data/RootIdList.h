@@ -14,6 +14,8 @@ public:
     /// False when it is there already.
     bool add(const std::string& rootId);
     bool remove(const std::string& rootId);
+    /// Takes every one of `rootIds` out, in one pass.
+    void removeAll(const std::unordered_set<std::string>& rootIds);
     bool contains(const std::string& rootId) const;
     void clear();
     const std::vector<std::string>& ids() const { return m_ids; }

@@ -44,7 +44,7 @@ bool AgentRegistry::removeObserver(const std::string& key, const MgmtAgentIfc* a
 
 unsigned AgentRegistry::getNumberObservers(const std::string& rootId) {
     const RegistryHold hold(m_semaphore);
-    return m_observers.count(rootId) != 0 ? 1 : 0;
+    return m_observers.contains(rootId) ? 1 : 0;
 }
 
 std::size_t AgentRegistry::appendObservers(const std::string& key,

@@ -65,7 +65,9 @@ unsigned ChangeNotifier::tellNow(const ManageableData& record, ValueCache::Mark 
     VCMS_LOG(kLogDebug, "VCMS notifyObservers: RootId = %s", record.getRootId().c_str());
     unsigned count = 0;
     CombinedRecords combinedRecords;
-    const std::vector<std::string> rootIds = record.rootIds();
+    // A copy: an observer may be the writer, who is free to change the record while it is told.
+    std::vector<std::string> rootIds;
+    record.getRootIds(rootIds);
     for (const std::string& rootId : rootIds) {
         VCMS_LOG(kLogDebug, "VCMS notifyObservers - Data changed: %s", rootId.c_str());
         const auto observers = gatherObservers(record, rootId, mark);

@@ -6,6 +6,9 @@
 namespace vireo {
 namespace {
 
+// Every write may bring a schema of another name; memory must not grow with that.
+constexpr unsigned kMaximumForeignSchemas = 256;
+
 const std::string& nothing() {
     static const std::string empty;
     return empty;
@@ -36,11 +39,11 @@ std::string ItemCatalogue::findSchemaName(const std::string& tag) const {
 }
 
 bool ItemCatalogue::isUncachedUnlessRegistered(const std::string& managementId) const {
-    return m_maps.uncachedUnlessRegistered.count(managementId) != 0;
+    return m_maps.uncachedUnlessRegistered.contains(managementId);
 }
 
 bool ItemCatalogue::isNeverCached(const std::string& tag) const {
-    return m_maps.neverCachedTags.count(tag) != 0;
+    return m_maps.neverCachedTags.contains(tag);
 }
 
 bool ItemCatalogue::isCacheable(const std::string& tag) const {
@@ -49,7 +52,7 @@ bool ItemCatalogue::isCacheable(const std::string& tag) const {
 }
 
 bool ItemCatalogue::isCallFailingItem(const std::string& rootId) const {
-    return m_maps.callFailingItems.count(rootId) != 0;
+    return m_maps.callFailingItems.contains(rootId);
 }
 
 const std::vector<std::string>& ItemCatalogue::storedNodes(const std::string& rootId) const {
@@ -79,7 +82,8 @@ void ItemCatalogue::keepItem(const ManageableData& record, const std::string& ro
         return;
     }
     const auto schema = record.getSchema(document->schemaName());
-    if (schema && !m_master.getSchema(schema->getName())) {
+    if (schema && !m_master.getSchema(schema->getName()) &&
+        m_foreignSchemas.fetch_add(1) < kMaximumForeignSchemas) {
         m_master.putSchema(schema);
     }
     m_master.putDocument(document);

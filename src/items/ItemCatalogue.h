@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -51,13 +52,14 @@ public:
     DxlDocumentPointer cachedOrDefault(const std::string& rootId, const std::string& schemaName);
 
     /// Keeps the item's document of `record` in the master collection, with its schema when that is
-    /// not known there.
+    /// not known there. Schemas that clients bring are kept up to a limit.
     void keepItem(const ManageableData& record, const std::string& rootId);
 
 private:
     DxlCollection m_master;
     DxlCollection m_callFailing;
     ItemMaps m_maps;
+    std::atomic<unsigned> m_foreignSchemas{0};
 };
 
 }  // namespace vireo

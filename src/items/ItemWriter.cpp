@@ -1,5 +1,7 @@
 #include "items/ItemWriter.h"
 
+#include <unordered_set>
+
 #include "Boundary.h"
 #include "MgmtAgentIfc.h"
 #include "data/DxlResultSet.h"
@@ -22,6 +24,16 @@ constexpr unsigned kCallBit = 1;
 
 void refuse(ManageableData& record, const std::string& rootId, const std::string& reason) {
     record.addRejectReason(rootId, kAllNodes, reason);
+}
+
+/// Puts the nodes that were refused back to their defaults.
+void restoreDefaults(ManageableData& record, const RejectionSpec& refusal) {
+    const DxlDocumentPointer document = record.getDocument(refusal.rootId());
+    const auto schema = document ? record.getSchema(document->schemaName()) : nullptr;
+    if (schema) {
+        record.putDocument(std::make_shared<const DxlDocument>(
+            refusal.rootId(), document->select(refusal.nodePath())->restoreDefaults(*schema)));
+    }
 }
 
 }  // namespace
@@ -246,20 +258,17 @@ void ItemWriter::tellObservers(const ManageableData& record, bool result, ValueC
     }
     ManageableData written(record);
     written.clearRejectReasons();
+    std::unordered_set<std::string> refused;
     int number = 0;
     for (const RejectionSpec& refusal : record.rejections()) {
-        const std::string& rootId = refusal.rootId();
-        const DxlDocumentPointer document = written.getDocument(rootId);
-        const auto schema = document ? written.getSchema(document->schemaName()) : nullptr;
-        if (schema) {
-            written.putDocument(std::make_shared<const DxlDocument>(
-                rootId, document->select(refusal.nodePath())->restoreDefaults(*schema)));
-        }
-        written.removeRootId(rootId);
+        restoreDefaults(written, refusal);
+        refused.insert(refusal.rootId());
         VCMS_LOG(kLogError,
                  "setData: failure[%d] for setting rootId '%s', path '%s', failure message '%s'",
-                 number++, rootId.c_str(), refusal.nodePath().c_str(), refusal.reason().c_str());
+                 number++, refusal.rootId().c_str(), refusal.nodePath().c_str(),
+                 refusal.reason().c_str());
     }
+    written.removeRootIds(refused);
     m_notifier.notify(written, mark);
 }
 

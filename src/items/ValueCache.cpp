@@ -11,10 +11,14 @@ ValueCache::ValueCache(const ItemCatalogue& catalogue) : m_catalogue(catalogue) 
 bool ValueCache::fetch(const std::string& tag, std::string& value) {
     const SemaphoreGuard guard(m_semaphore);
     const auto found = m_entries.find(tag);
-    if (found == m_entries.end() || !found->second.value) {
+    if (found == m_entries.end()) {
         return false;
     }
-    value = *found->second.value;
+    const std::optional<std::string>& known = found->second.value;
+    if (!known) {
+        return false;
+    }
+    value = *known;
     return true;
 }
 
