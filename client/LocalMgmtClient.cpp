@@ -127,7 +127,8 @@ CallStatus LocalMgmtClient::askText(const Method& request, const char* answer, s
 CallStatus LocalMgmtClient::exchangeRecord(const char* methodName, ManageableData& record,
                                            bool& result) {
     Method request(methodName, Method::eRequest);
-    request.addStringParameter("manageableData", Parameter::eInOut, record.serialize());
+    request.addStringParameter("manageableData", Parameter::eInOut,
+                               record.serialize(ManageableData::eWithoutRejections));
     Method reply;
     if (const CallStatus status = callNamed(request, reply); status != CallStatus::eDone) {
         return status;

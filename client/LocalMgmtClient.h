@@ -28,8 +28,8 @@ class VIREO_API LocalMgmtClient {
 public:
     struct Options {
         std::string socketPath;
-        /// The name under which the service knows this connection, 1 to 255 bytes. One that ends
-        /// in '*' takes the lowest number that is free in its place.
+        /// The name under which the service knows this connection, 1 to 64 letters,
+        /// digits, '.', '_' and '-'. One that ends in "-*" takes the lowest free number.
         std::string channelName = "client-*";
         /// How long connecting, and then each call, may take.
         std::chrono::milliseconds timeout{5000};

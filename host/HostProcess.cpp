@@ -27,6 +27,11 @@ void allowDescriptors(std::size_t peers) {
         limit.rlim_cur = wanted < limit.rlim_max ? wanted : limit.rlim_max;
         ::setrlimit(RLIMIT_NOFILE, &limit);
     }
+    if (limit.rlim_cur < wanted && loggingOnUni(kLogWarning)) {
+        logAppUni("vireod", "./host/HostProcess", kLogWarning, __LINE__,
+                  "this process may open %lu files: fewer than %zu peers will be served at a time",
+                  static_cast<unsigned long>(limit.rlim_cur), peers);
+    }
 }
 
 }  // namespace

@@ -16,7 +16,8 @@ public:
     virtual ~LocalMgmtIfc() = default;
 
     /// Writes every item of the record. True when all were accepted; else the record carries the
-    /// refusals, and what was not refused is written. Observers have been told when it returns.
+    /// refusals, and what was not refused is written. Observers have been told when
+    /// it returns; of a write that an agent makes while it is being called, a moment later.
     virtual bool setData(ManageableData& record) = 0;
     /// Fills in the documents of every item of the record. True when all could be read; one that
     /// fails does not stop the others.

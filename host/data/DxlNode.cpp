@@ -111,6 +111,15 @@ void DxlNode::replaceChild(std::size_t position, Pointer child) {
     }
 }
 
+void DxlNode::replaceChildren(std::vector<Pointer> children) {
+    m_children = std::move(children);
+    if (m_children.size() > kFewChildren) {
+        rebuildIndex();
+    } else {
+        m_index.reset();
+    }
+}
+
 void DxlNode::addAttribute(std::string name, std::string value) {
     if (!m_attributes) {
         m_attributes = std::make_unique<std::vector<Attribute>>();

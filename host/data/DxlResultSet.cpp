@@ -22,19 +22,20 @@ DxlNode::Pointer restored(const DxlNode::Pointer& node, const DxlNode* schema,
         }
         return fresh;
     }
-    std::shared_ptr<DxlNode> copy;
-    for (std::size_t i = 0; i < node->children().size(); ++i) {
-        const DxlNode::Pointer& child = node->children()[i];
-        DxlNode::Pointer other =
-            restored(child, schema ? schema->child(child->getName()) : nullptr, selected);
-        if (other != child) {
-            if (!copy) {
-                copy = std::make_shared<DxlNode>(*node);
-            }
-            copy->replaceChild(i, std::move(other));
-        }
+    bool isChanged = false;
+    std::vector<DxlNode::Pointer> children;
+    children.reserve(node->children().size());
+    for (const DxlNode::Pointer& child : node->children()) {
+        children.push_back(
+            restored(child, schema ? schema->child(child->getName()) : nullptr, selected));
+        isChanged = isChanged || children.back() != child;
     }
-    return copy ? DxlNode::Pointer(std::move(copy)) : node;
+    if (!isChanged) {
+        return node;
+    }
+    auto copy = std::make_shared<DxlNode>(*node);
+    copy->replaceChildren(std::move(children));
+    return copy;
 }
 
 }  // namespace

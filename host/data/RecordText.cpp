@@ -74,7 +74,7 @@ bool readRootId(const pugi::xml_node& element, ManageableData& record) {
 bool readElement(const pugi::xml_node& element, ManageableData& record, std::string& error) {
     const std::string_view kind = element.name();
     if (kind == "rootId") {
-        return readRootId(element, record);
+        return XmlTree::checkElement(element, false, error) && readRootId(element, record);
     }
     if (kind == "document") {
         auto document = XmlTree::readDocument(element, XmlTree::Space::eKeep, error);
@@ -91,7 +91,7 @@ bool readElement(const pugi::xml_node& element, ManageableData& record, std::str
         return schema != nullptr;
     }
     if (kind == "refusal") {
-        return readRefusal(element, record);
+        return XmlTree::checkElement(element, false, error) && readRefusal(element, record);
     }
     error = "<" + std::string(kind) + "> does not belong into a record";
     return false;
@@ -124,7 +124,7 @@ std::string RecordText::write(const ManageableData& record,
 bool RecordText::read(const std::string& text, ManageableData& record, std::string& error) {
     pugi::xml_document source;
     const pugi::xml_node root = XmlTree::parse(source, text, "record", error);
-    if (!root) {
+    if (!root || !XmlTree::checkElement(root, true, error)) {
         return false;
     }
     for (const pugi::xml_node& element : root.children()) {

@@ -41,7 +41,45 @@ bool skipSection(std::string_view source, std::size_t& position, std::string_vie
     return true;
 }
 
-bool checkMarkup(std::string_view source, std::size_t& position, std::string& error) {
+/// Checks the reference at `position` and moves behind it.
+bool takeReference(std::string_view source, std::size_t& position, std::string& error) {
+    const std::size_t end = source.find(';', position);
+    if (end == std::string_view::npos ||
+        !isGoodReference(source.substr(position + 1, end - position - 1))) {
+        error = "bad reference at position " + std::to_string(position);
+        return false;
+    }
+    position = end + 1;
+    return true;
+}
+
+/// Moves behind the end of the tag at `position`. A '<' inside a tag is refused: what looks like
+/// the start of a section there is none, and must not hide what follows.
+bool takeTag(std::string_view source, std::size_t& position, std::string& error) {
+    const std::size_t start = position++;
+    char quote = '\0';
+    while (position < source.size() && source[position] != '<') {
+        const char c = source[position];
+        if (c == '&') {
+            if (!takeReference(source, position, error)) {
+                return false;
+            }
+            continue;
+        }
+        ++position;
+        if (quote != '\0') {
+            quote = c == quote ? '\0' : quote;
+        } else if (c == '"' || c == '\'') {
+            quote = c;
+        } else if (c == '>') {
+            return true;
+        }
+    }
+    error = "the tag at position " + std::to_string(start) + " is not closed";
+    return false;
+}
+
+bool takeMarkup(std::string_view source, std::size_t& position, std::string& error) {
     const std::string_view rest = source.substr(position);
     const auto startsWith = [rest](std::string_view mark) {
         return rest.substr(0, mark.size()) == mark;
@@ -57,7 +95,7 @@ bool checkMarkup(std::string_view source, std::size_t& position, std::string& er
         error = "a document type is not allowed";
         return false;
     } else {
-        ++position;
+        return takeTag(source, position, error);
     }
     if (!closed) {
         error = "a section at position " + std::to_string(position) + " is not closed";
@@ -74,18 +112,10 @@ bool XmlSource::check(std::string_view source, std::string& error) {
     }
     std::size_t position = source.find_first_of("&<");
     while (position != std::string_view::npos) {
-        if (source[position] == '<') {
-            if (!checkMarkup(source, position, error)) {
-                return false;
-            }
-        } else {
-            const std::size_t end = source.find(';', position);
-            if (end == std::string_view::npos ||
-                !isGoodReference(source.substr(position + 1, end - position - 1))) {
-                error = "bad reference at position " + std::to_string(position);
-                return false;
-            }
-            position = end + 1;
+        const bool isGood = source[position] == '<' ? takeMarkup(source, position, error)
+                                                    : takeReference(source, position, error);
+        if (!isGood) {
+            return false;
         }
         position = source.find_first_of("&<", position);
     }

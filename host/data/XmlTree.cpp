@@ -1,6 +1,7 @@
 #include "data/XmlTree.h"
 
 #include <pugixml.hpp>
+#include <unordered_set>
 #include <utility>
 
 #include "data/XmlSource.h"
@@ -38,6 +39,22 @@ bool parseSource(pugi::xml_document& document, std::string_view source, std::str
 bool fill(DxlNode& target, const pugi::xml_node& element, XmlTree::Space space, int depth,
           std::string& error);
 
+/// Whether all attributes of the element have names, and each another one.
+bool checkAttributes(const pugi::xml_node& element, std::string& error) {
+    std::unordered_set<std::string_view> seen;
+    for (const pugi::xml_attribute& attribute : element.attributes()) {
+        if (!XmlText::isName(attribute.name())) {
+            error = "\"" + std::string(attribute.name()) + "\" is no attribute name";
+            return false;
+        }
+        if (!seen.insert(attribute.name()).second) {
+            error = "the attribute \"" + std::string(attribute.name()) + "\" is there twice";
+            return false;
+        }
+    }
+    return true;
+}
+
 bool appendElement(DxlNode& target, const pugi::xml_node& element, XmlTree::Space space, int depth,
                    std::string& error) {
     if (!XmlText::isName(element.name())) {
@@ -45,11 +62,10 @@ bool appendElement(DxlNode& target, const pugi::xml_node& element, XmlTree::Spac
         return false;
     }
     auto child = std::make_shared<DxlNode>(element.name(), DxlNode::Kind::eLeaf);
+    if (!checkAttributes(element, error)) {
+        return false;
+    }
     for (const pugi::xml_attribute& attribute : element.attributes()) {
-        if (!XmlText::isName(attribute.name())) {
-            error = "\"" + std::string(attribute.name()) + "\" is no attribute name";
-            return false;
-        }
         child->addAttribute(attribute.name(), attribute.value());
     }
     if (!fill(*child, element, space, depth + 1, error)) {
@@ -168,10 +184,29 @@ bool XmlTree::parseFragment(std::string_view fragment, DxlNode& target) {
     return true;
 }
 
+bool XmlTree::checkElement(const pugi::xml_node& element, bool mayHaveElements,
+                           std::string& error) {
+    if (!checkAttributes(element, error)) {
+        return false;
+    }
+    for (const pugi::xml_node& child : element.children()) {
+        const bool isElement = child.type() == pugi::node_element;
+        if (isElement != mayHaveElements && (isElement || !isBlank(child.value()))) {
+            error = "<" + std::string(element.name()) + "> may not hold " +
+                    (isElement ? "elements" : "text");
+            return false;
+        }
+    }
+    return true;
+}
+
 DxlDocumentPointer XmlTree::readDocument(const pugi::xml_node& element, Space space,
                                          std::string& error) {
     std::string name = attribute(element, "name");
     const std::string schema = attribute(element, "schema");
+    if (!checkAttributes(element, error)) {
+        return nullptr;
+    }
     if (name.empty() || !XmlText::isName(schema)) {
         error =
             "<document name=\"" + name + "\" schema=\"" + schema + "\"> needs a name and a schema";
@@ -187,6 +222,9 @@ DxlDocumentPointer XmlTree::readDocument(const pugi::xml_node& element, Space sp
 std::shared_ptr<const DxlSchema> XmlTree::readSchema(const pugi::xml_node& element,
                                                      std::string& error) {
     const std::string name = attribute(element, "name");
+    if (!checkAttributes(element, error)) {
+        return nullptr;
+    }
     if (!XmlText::isName(name)) {
         error = "<schema> has no usable name \"" + name + "\"";
         return nullptr;

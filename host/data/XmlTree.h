@@ -37,6 +37,10 @@ public:
     /// `target` is unchanged then.
     static bool parseFragment(std::string_view fragment, DxlNode& target);
 
+    /// Whether the element has each attribute once, and elements alone, or text alone, inside.
+    static bool checkElement(const pugi::xml_node& element, bool mayHaveElements,
+                             std::string& error);
+
     /// `<document name="N" schema="S">...</document>`; null with an `error` otherwise.
     static DxlDocumentPointer readDocument(const pugi::xml_node& element, Space space,
                                            std::string& error);

@@ -1,9 +1,12 @@
 #include "log/SpdlogPort.h"
 
+#include <fcntl.h>
 #include <spdlog/fmt/fmt.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -32,6 +35,18 @@ LevelName nameOf(int level) {
         default:
             return level < kLogError ? LevelName{spdlog::level::err, "error"}
                                      : LevelName{spdlog::level::trace, "dump"};
+    }
+}
+
+/// Makes sure that the file is there and that nobody else reads it: lines can hold settings.
+void makePrivate(const std::string& file) {
+    const int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600);
+    if (fd >= 0) {
+        struct stat status {};
+        if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode)) {
+            ::fchmod(fd, 0600);
+        }
+        ::close(fd);
     }
 }
 
@@ -97,8 +112,10 @@ std::unique_ptr<SpdlogPort> SpdlogPort::toStandardError() {
 
 std::unique_ptr<SpdlogPort> SpdlogPort::toFile(const std::string& file, std::string& error) {
     try {
-        return std::unique_ptr<SpdlogPort>(new SpdlogPort(std::make_shared<spdlog::logger>(
-            newLoggerName(), std::make_shared<spdlog::sinks::basic_file_sink_mt>(file))));
+        auto sink = std::make_shared<spdlog::sinks::basic_file_sink_mt>(file);
+        makePrivate(file);
+        return std::unique_ptr<SpdlogPort>(
+            new SpdlogPort(std::make_shared<spdlog::logger>(newLoggerName(), std::move(sink))));
     } catch (const std::exception& exception) {
         error = "cannot write the log file \"" + file + "\": " + exception.what();
         return nullptr;

@@ -47,7 +47,7 @@ bool removeStale(const std::string& path, const sockaddr_un& address, std::strin
         return errno == ENOENT;
     }
     if (!S_ISSOCK(status.st_mode)) {
-        error = "there is a file of that name that is no socket";
+        error = "there is something of that name that is no socket";
         return false;
     }
     if (somebodyListens(address)) {

@@ -12,6 +12,8 @@
 #include <system_error>
 #include <utility>
 
+#include "log/Log.h"
+
 namespace vireo {
 namespace {
 
@@ -104,6 +106,11 @@ bool StoreFile::makeUsable(std::string& error) const {
         if (::faccessat(AT_FDCWD, m_path.c_str(), R_OK | W_OK, AT_EACCESS) != 0) {
             error = failureText("cannot read and write", m_path, errno);
             return false;
+        }
+        if (status.st_size == 0 && loggingOnUni(kLogWarning)) {
+            logAppUni("DataAccessService", "./host/store/StoreFile", kLogWarning, __LINE__,
+                      "the store %s was there but empty: all settings have their defaults",
+                      m_path.c_str());
         }
         return true;
     }

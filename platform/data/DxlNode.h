@@ -55,6 +55,7 @@ public:
     // Building, before the tree is shared.
     void append(Pointer child);
     void replaceChild(std::size_t position, Pointer child);
+    void replaceChildren(std::vector<Pointer> children);
     void addAttribute(std::string name, std::string value);
     void setText(std::string text) { m_text = std::move(text); }
     /// Makes this node carry what `source` carries, under its own name.

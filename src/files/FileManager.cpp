@@ -19,7 +19,7 @@ bool FileManager::changeFileManagerCache(const std::string& rootId, const std::s
     return false;
 }
 
-bool FileManager::flushToCache(std::map<unsigned int, fileData>& statuses) {
+bool FileManager::flushToCache(FileRequestStatuses& statuses) {
     statuses.clear();  // nothing was accepted, so nothing can fail
     return true;
 }

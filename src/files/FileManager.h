@@ -1,18 +1,12 @@
 #pragma once
 
-#include <map>
 #include <string>
+
+#include "items/OwnItems.h"
 
 namespace vireo {
 
 class LocalMgmtIfc;
-
-/// What became of one file request.
-struct fileData {
-    int status = 0;  ///< 1 failed, 2 initiated
-    std::string itemName;
-    std::string failureText;
-};
 
 /// The file deployment manager behind the "file-..." request items. Requests are not carried out
 /// yet: each is refused with a reason.
@@ -23,8 +17,8 @@ public:
     bool readFileManagerCache(const std::string& rootId, std::string& value);
     bool changeFileManagerCache(const std::string& rootId, const std::string& value,
                                 std::string& reason);
-    /// Fills `statuses` with what is to be reported, by request index.
-    bool flushToCache(std::map<unsigned int, fileData>& statuses);
+    /// Fills `statuses` with what is to be reported.
+    bool flushToCache(FileRequestStatuses& statuses);
 };
 
 }  // namespace vireo

@@ -10,8 +10,6 @@
 namespace vireo {
 namespace {
 
-constexpr const char* kMasterItemMap = "masterItemMap";
-
 constexpr const char* kNeverCachedTags[] = {
     "time",
     "simple-time",

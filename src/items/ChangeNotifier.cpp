@@ -1,6 +1,7 @@
 #include "items/ChangeNotifier.h"
 
 #include <set>
+#include <utility>
 
 #include "Boundary.h"
 #include "MgmtAgentIfc.h"
@@ -14,13 +15,24 @@ ChangeNotifier::ChangeNotifier(AgentRegistry& registry, ValueCache& cache,
     : m_registry(registry), m_cache(cache), m_master(master) {}
 
 unsigned ChangeNotifier::notify(const ManageableData& record, ValueCache::Mark mark) {
+    // All of it, and before anybody is told: whoever reads because it was told must not get an old
+    // value.
+    correctCache(record, mark);
     RegistrySemaphore& semaphore = m_registry.semaphore();
     if (!semaphore.isMine()) {
-        return tellNow(record, mark);
+        return tellNow(record);
     }
     const unsigned count = countCallbacks(record);
-    semaphore.afterGive([this, copy = record, mark] { tellNow(copy, mark); });
+    semaphore.afterGive([this, copy = record] { tellNow(copy); });
     return count;
+}
+
+void ChangeNotifier::correctCache(const ManageableData& record, ValueCache::Mark mark) {
+    for (const std::string& rootId : record.rootIds()) {
+        std::string value;
+        const bool hasValue = record.interogate(rootId, rootId, value);
+        m_cache.correct(mark, rootId, hasValue ? std::optional(std::move(value)) : std::nullopt);
+    }
 }
 
 unsigned ChangeNotifier::countCallbacks(const ManageableData& record) {
@@ -41,15 +53,9 @@ unsigned ChangeNotifier::countCallbacks(const ManageableData& record) {
     return count;
 }
 
-std::vector<MgmtAgentDetails> ChangeNotifier::gatherObservers(const ManageableData& record,
-                                                              const std::string& rootId,
-                                                              ValueCache::Mark mark) {
+std::vector<MgmtAgentDetails> ChangeNotifier::gatherObservers(const std::string& rootId) {
     std::vector<MgmtAgentDetails> observers;
     const RegistryHold hold(m_registry.semaphore());
-    std::string value;
-    // Before anybody is told: whoever reads because it was told must not get the old value.
-    const bool hasValue = record.interogate(rootId, rootId, value);
-    m_cache.correct(mark, rootId, hasValue ? std::optional(value) : std::nullopt);
     if (m_registry.getNumberObservers(rootId) == 1) {
         const std::size_t count = m_registry.appendObservers(rootId, observers);
         VCMS_LOG(kLogDebug, "VCMS notifyObservers - No of %s Observers: %d", rootId.c_str(),
@@ -61,36 +67,18 @@ std::vector<MgmtAgentDetails> ChangeNotifier::gatherObservers(const ManageableDa
     return observers;
 }
 
-unsigned ChangeNotifier::tellNow(const ManageableData& record, ValueCache::Mark mark) {
+unsigned ChangeNotifier::tellNow(const ManageableData& record) {
     VCMS_LOG(kLogDebug, "VCMS notifyObservers: RootId = %s", record.getRootId().c_str());
     unsigned count = 0;
     CombinedRecords combinedRecords;
-    // A copy: an observer may be the writer, who is free to change the record while it is told.
     std::vector<std::string> rootIds;
-    record.getRootIds(rootIds);
+    record.getRootIds(rootIds);  // an observer may be the writer, and change its record when told
     for (const std::string& rootId : rootIds) {
         VCMS_LOG(kLogDebug, "VCMS notifyObservers - Data changed: %s", rootId.c_str());
-        const auto observers = gatherObservers(record, rootId, mark);
-        if (observers.empty() || !record.getDocument(rootId)) {
-            continue;
-        }
-        for (const MgmtAgentDetails& observer : observers) {
-            if (observer.flag) {
-                auto& combined = combinedRecords[observer.agent];
-                if (!combined) {
-                    combined = std::make_unique<ManageableData>();
-                }
-                addItem(*combined, record, rootId);
-                combined->addRootId(rootId, nullptr);
-                continue;
-            }
-            ManageableData single;
-            addItem(single, record, rootId);
-            single.setRootId(rootId, nullptr);
-            tellOne(*observer.agent, single);
-            ++count;
-            VCMS_LOG(kLogDebug, "VCMS notifyObservers - Observer notified of data change for %s",
-                     rootId.c_str());
+        const auto observers = gatherObservers(rootId);
+        const auto item = itemOf(record, rootId);
+        if (!observers.empty() && item) {
+            count += tellOfItem(*item, observers, combinedRecords);
         }
     }
     for (auto& [agent, combined] : combinedRecords) {
@@ -102,13 +90,50 @@ unsigned ChangeNotifier::tellNow(const ManageableData& record, ValueCache::Mark 
     return count;
 }
 
-void ChangeNotifier::addItem(ManageableData& target, const ManageableData& record,
-                             const std::string& rootId) {
-    const std::string& schemaName = record.getDocument(rootId)->schemaName();
-    if (!target.getSchema(schemaName) && !target.copySchema(schemaName, record)) {
-        target.copySchema(schemaName, m_master);
+unsigned ChangeNotifier::tellOfItem(const Item& item,
+                                    const std::vector<MgmtAgentDetails>& observers,
+                                    CombinedRecords& combinedRecords) {
+    unsigned count = 0;
+    const std::string& rootId = item.document->getName();
+    for (const MgmtAgentDetails& observer : observers) {
+        if (observer.flag) {
+            auto& combined = combinedRecords[observer.agent];
+            if (!combined) {
+                combined = std::make_unique<ManageableData>();
+            }
+            addItem(*combined, item);
+            combined->addRootId(rootId, nullptr);
+            continue;
+        }
+        ManageableData single;
+        addItem(single, item);
+        single.setRootId(rootId, nullptr);
+        tellOne(*observer.agent, single);
+        ++count;
+        VCMS_LOG(kLogDebug, "VCMS notifyObservers - Observer notified of data change for %s",
+                 rootId.c_str());
     }
-    target.copyDocument(rootId, record);
+    return count;
+}
+
+std::optional<ChangeNotifier::Item> ChangeNotifier::itemOf(const ManageableData& record,
+                                                           const std::string& rootId) const {
+    DxlDocumentPointer document = record.getDocument(rootId);
+    if (!document) {
+        return std::nullopt;
+    }
+    auto schema = record.getSchema(document->schemaName());
+    if (!schema) {
+        schema = m_master.getSchema(document->schemaName());
+    }
+    return Item{std::move(document), std::move(schema)};
+}
+
+void ChangeNotifier::addItem(ManageableData& target, const Item& item) {
+    if (item.schema && !target.getSchema(item.schema->getName())) {
+        target.putSchema(item.schema);
+    }
+    target.putDocument(item.document);
 }
 
 void ChangeNotifier::tellOne(MgmtAgentIfc& observer, ManageableData& record) {

@@ -2,16 +2,19 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "MgmtAgentDetails.h"
+#include "data/DxlDocument.h"
 #include "items/ValueCache.h"
 
 namespace vireo {
 
 class AgentRegistry;
 class DxlCollection;
+class DxlSchema;
 class ManageableData;
 
 /// Tells observers of changed items. Safe from every thread; observers are called without a lock.
@@ -31,11 +34,20 @@ public:
 private:
     using CombinedRecords = std::map<MgmtAgentIfc*, std::unique_ptr<ManageableData>>;
 
+    /// One changed item, whatever becomes of the record that it came with.
+    struct Item {
+        DxlDocumentPointer document;
+        std::shared_ptr<const DxlSchema> schema;  ///< may be null
+    };
+
+    void correctCache(const ManageableData& record, ValueCache::Mark mark);
     unsigned countCallbacks(const ManageableData& record);
-    unsigned tellNow(const ManageableData& record, ValueCache::Mark mark);
-    std::vector<MgmtAgentDetails> gatherObservers(const ManageableData& record,
-                                                  const std::string& rootId, ValueCache::Mark mark);
-    void addItem(ManageableData& target, const ManageableData& record, const std::string& rootId);
+    unsigned tellNow(const ManageableData& record);
+    unsigned tellOfItem(const Item& item, const std::vector<MgmtAgentDetails>& observers,
+                        CombinedRecords& combinedRecords);
+    std::vector<MgmtAgentDetails> gatherObservers(const std::string& rootId);
+    std::optional<Item> itemOf(const ManageableData& record, const std::string& rootId) const;
+    static void addItem(ManageableData& target, const Item& item);
     void tellOne(MgmtAgentIfc& observer, ManageableData& record);
 
     AgentRegistry& m_registry;

@@ -91,17 +91,14 @@ bool DasBridge::readUnmapped(const std::string& rootId, ManageableData& record) 
     return true;
 }
 
-bool DasBridge::hasIndexValue(const NodeId& node, const StoreAddress& address,
-                              const std::string& indexColumn, std::string& indexValue) const {
-    if (indexColumn.empty()) {
-        return true;
-    }
+bool DasBridge::findIndexValue(const NodeId& node, const StoreAddress& address,
+                               const std::string& indexColumn, std::string& indexValue) const {
     const StoreAddress* wholeItem = m_catalogue.storeAddress({node.rootId, node.rootId});
     if (address.indexValue) {
         indexValue = *address.indexValue;
     } else if (wholeItem != nullptr && wholeItem->indexValue) {
         indexValue = *wholeItem->indexValue;
-    } else {
+    } else if (!indexColumn.empty()) {
         VCMS_LOG(kLogError, "VCMS - no index value for %s, node %s, in table %s",
                  node.rootId.c_str(), node.nodeId.c_str(), address.table.c_str());
         return false;
@@ -113,7 +110,7 @@ bool DasBridge::readNode(const NodeId& node, ManageableData& record) {
     const StoreAddress& address = *m_catalogue.storeAddress(node);
     const std::string& indexColumn = m_catalogue.indexColumn(address.table);
     std::string indexValue;
-    if (!hasIndexValue(node, address, indexColumn, indexValue)) {
+    if (!findIndexValue(node, address, indexColumn, indexValue)) {
         return false;
     }
     VCMS_LOG(kLogDebug, "VCMS getDasData (schema=%s, item=%s, indexName=%s, indxValue=%s)",
@@ -165,7 +162,7 @@ bool DasBridge::writeNode(const NodeId& node, const std::string& value) {
     const StoreAddress& address = *m_catalogue.storeAddress(node);
     const std::string& indexColumn = m_catalogue.indexColumn(address.table);
     std::string indexValue;
-    if (!hasIndexValue(node, address, indexColumn, indexValue)) {
+    if (!findIndexValue(node, address, indexColumn, indexValue)) {
         return false;
     }
     VCMS_LOG(kLogDebug, "VCMS setDasData (schema=%s, item=%s, indexName=%s, indxValue=%s)",

@@ -33,8 +33,9 @@ private:
     bool readUnmapped(const std::string& rootId, ManageableData& record);
     bool readNode(const NodeId& node, ManageableData& record);
     bool writeNode(const NodeId& node, const std::string& value);
-    bool hasIndexValue(const NodeId& node, const StoreAddress& address,
-                       const std::string& indexColumn, std::string& indexValue) const;
+    /// False when the table has an index column and the node no value for it.
+    bool findIndexValue(const NodeId& node, const StoreAddress& address,
+                        const std::string& indexColumn, std::string& indexValue) const;
     bool send(const std::string& request, std::string& answer);
 
     ItemCatalogue& m_catalogue;

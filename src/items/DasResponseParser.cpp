@@ -5,21 +5,37 @@
 #include <cstring>
 #include <memory>
 
+#include "Boundary.h"
+
 namespace vireo {
 namespace {
 
 constexpr const char* kSchemaElement = "Schema";
 
-void DasResponseStartElementHandler(void* parser, const char* name, const char** attributes) {
-    static_cast<DasResponseParser*>(parser)->startElementHandler(name, attributes);
+/// Nothing may be thrown through the parser's frames.
+template <class Call>
+void handle(void* userData, Call&& call) noexcept {
+    auto* parser = static_cast<DasResponseParser*>(userData);
+    const bool handled = guarded("answer of the persistent store", false, [&] {
+        call(*parser);
+        return true;
+    });
+    if (!handled) {
+        parser->fail();
+    }
 }
 
-void DasResponseEndElementHandler(void* parser, const char* name) {
-    static_cast<DasResponseParser*>(parser)->endElementHandler(name);
+void DasResponseStartElementHandler(void* userData, const char* name, const char** attributes) {
+    handle(userData,
+           [&](DasResponseParser& parser) { parser.startElementHandler(name, attributes); });
 }
 
-void DasResponseCharacterDataHandler(void* parser, const char* text, int length) {
-    static_cast<DasResponseParser*>(parser)->characterDataHandler(text, length);
+void DasResponseEndElementHandler(void* userData, const char* name) {
+    handle(userData, [&](DasResponseParser& parser) { parser.endElementHandler(name); });
+}
+
+void DasResponseCharacterDataHandler(void* userData, const char* text, int length) {
+    handle(userData, [&](DasResponseParser& parser) { parser.characterDataHandler(text, length); });
 }
 
 struct ParserDeleter {
@@ -39,8 +55,10 @@ bool DasResponseParser::parseXmlResponse(const std::string& response) {
     XML_SetCharacterDataHandler(parser.get(), DasResponseCharacterDataHandler);
     m_values.clear();
     m_schemaName.clear();
+    m_failed = false;
     return XML_Parse(parser.get(), response.data(), static_cast<int>(response.size()), 1) ==
-           XML_STATUS_OK;
+               XML_STATUS_OK &&
+           !m_failed;
 }
 
 bool DasResponseParser::getItemValue(const std::string& name, std::string& value) const {

@@ -20,11 +20,14 @@ public:
     void startElementHandler(const char* name, const char** attributes);
     void endElementHandler(const char* name);
     void characterDataHandler(const char* text, int length);
+    /// The answer could not be taken in; `parseXmlResponse` answers false.
+    void fail() { m_failed = true; }
 
 private:
     std::string m_currentText;
     std::string m_schemaName;
     std::map<std::string, std::string> m_values;
+    bool m_failed = false;
 };
 
 }  // namespace vireo

@@ -1,5 +1,7 @@
 #include "items/ItemCatalogue.h"
 
+#include <memory>
+
 #include "data/ManageableData.h"
 #include "items/CatalogueLoader.h"
 
@@ -7,7 +9,8 @@ namespace vireo {
 namespace {
 
 // Every write may bring a schema of another name; memory must not grow with that.
-constexpr unsigned kMaximumForeignSchemas = 256;
+constexpr unsigned kMaximumForeignSchemas = 64;
+constexpr std::size_t kLongestForeignSchema = 16U << 10U;
 
 const std::string& nothing() {
     static const std::string empty;
@@ -30,12 +33,14 @@ const std::string& ItemCatalogue::findManagementId(const std::string& tag) const
 }
 
 std::string ItemCatalogue::findSchemaName(const std::string& tag) const {
-    if (const DxlDocumentPointer cached = m_master.getDocument(tag)) {
-        return cached->schemaName();
-    }
+    const DxlDocumentPointer cached = m_master.getDocument(tag);
+    return cached ? cached->schemaName() : configuredSchemaName(tag);
+}
+
+const std::string& ItemCatalogue::configuredSchemaName(const std::string& tag) const {
     const DxlNode* item = m_maps.masterItemMap ? m_maps.masterItemMap->root()->child(tag) : nullptr;
     const DxlNode* schema = item ? item->child("schema") : nullptr;
-    return schema ? schema->text() : std::string();
+    return schema ? schema->text() : nothing();
 }
 
 bool ItemCatalogue::isUncachedUnlessRegistered(const std::string& managementId) const {
@@ -82,11 +87,17 @@ void ItemCatalogue::keepItem(const ManageableData& record, const std::string& ro
         return;
     }
     const auto schema = record.getSchema(document->schemaName());
-    if (schema && !m_master.getSchema(schema->getName()) &&
-        m_foreignSchemas.fetch_add(1) < kMaximumForeignSchemas) {
+    if (!schema || m_master.getSchema(schema->getName())) {
+        m_master.putDocument(document);
+    } else if (schema->text().size() <= kLongestForeignSchema &&
+               m_foreignSchemas.fetch_add(1) < kMaximumForeignSchemas) {
         m_master.putSchema(schema);
+        m_master.putDocument(document);
+    } else {
+        m_master.putDocument(std::make_shared<const DxlDocument>(
+            rootId,
+            std::make_shared<const DxlNode>(*document->root(), configuredSchemaName(rootId))));
     }
-    m_master.putDocument(document);
 }
 
 }  // namespace vireo

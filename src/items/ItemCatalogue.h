@@ -52,10 +52,13 @@ public:
     DxlDocumentPointer cachedOrDefault(const std::string& rootId, const std::string& schemaName);
 
     /// Keeps the item's document of `record` in the master collection, with its schema when that is
-    /// not known there. Schemas that clients bring are kept up to a limit.
+    /// not known there. Schemas that clients bring are kept up to a limit,
+    /// then the item's configured one takes their place.
     void keepItem(const ManageableData& record, const std::string& rootId);
 
 private:
+    const std::string& configuredSchemaName(const std::string& tag) const;
+
     DxlCollection m_master;
     DxlCollection m_callFailing;
     ItemMaps m_maps;

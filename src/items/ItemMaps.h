@@ -20,6 +20,9 @@ struct StoreAddress {
     std::optional<std::string> defaultValue;  ///< used when the store has no value
 };
 
+/// The name of the service's own map of items, a schema and a document in the master collection.
+inline constexpr const char* kMasterItemMap = "masterItemMap";
+
 /// What the configuration says about items. Filled at start-up, read without locking afterwards.
 struct ItemMaps {
     DxlDocumentPointer masterItemMap;  ///< a branch per item: its owner and its schema

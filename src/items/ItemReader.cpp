@@ -8,6 +8,7 @@
 #include "items/AgentRegistry.h"
 #include "items/DasBridge.h"
 #include "items/ItemCatalogue.h"
+#include "items/ItemRecords.h"
 #include "items/OwnItemKind.h"
 #include "items/OwnItems.h"
 #include "items/ValueCache.h"
@@ -82,7 +83,10 @@ void ItemReader::prepare(ManageableData& item, const ManageableData& record,
     if (!item.getSchema(schemaName)) {
         item.copySchema(schemaName, m_catalogue.master());
     }
-    item.copyDocument(rootId, record);
+    // What the caller sends along is a start, if it is a value of this item at all.
+    if (item.copyDocument(rootId, record) && !ItemRecords::adoptSchema(m_catalogue, item, rootId)) {
+        item.removeRootId(rootId);
+    }
 }
 
 bool ItemReader::readOwnItem(ManageableData& record, const std::string& rootId,

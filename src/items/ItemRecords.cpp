@@ -1,5 +1,6 @@
 #include "items/ItemRecords.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "data/ManageableData.h"
@@ -22,33 +23,57 @@ std::shared_ptr<const DxlSchema> rightSchema(const ItemCatalogue& catalogue,
     return catalogue.master().getSchema(catalogue.findSchemaName(document.getName()));
 }
 
+/// Whether a branch with named parts carries those alone. A branch without any takes everything.
+bool conforms(const DxlNode& node, const DxlNode& schema) {
+    if (schema.children().empty()) {
+        return true;
+    }
+    if (node.children().empty()) {
+        return false;  // a text, or nothing, where there should be parts
+    }
+    return std::all_of(node.children().begin(), node.children().end(), [&schema](const auto& part) {
+        if (part->kind() == DxlNode::Kind::eText) {
+            return part->text().find_first_not_of(" \t\r\n") == std::string::npos;
+        }
+        const DxlNode* known = schema.child(part->getName());
+        return known != nullptr && conforms(*part, *known);
+    });
+}
+
 /// Lays a text that was written without a schema out as the item's branches and leaves.
 bool layOut(ManageableData& record, const DxlSchema& schema, const DxlDocument& document) {
     record.makeDocument(schema.getName(), document.getName());
-    return record.populate(document.getName(), document.root()->text());
+    return record.populate(document.getName(), document.root()->text()) &&
+           conforms(*record.getDocument(document.getName())->root(), *schema.root());
 }
 
 }  // namespace
 
-void ItemRecords::adoptSchema(const ItemCatalogue& catalogue, ManageableData& record,
+bool ItemRecords::adoptSchema(const ItemCatalogue& catalogue, ManageableData& record,
                               const std::string& rootId) {
     const DxlDocumentPointer document = record.getDocument(rootId);
+    if (document->schemaName() == kMasterItemMap) {
+        return false;  // nobody's item looks like the service's own map
+    }
     const auto schema = rightSchema(catalogue, record, *document);
     if (!schema) {
-        return;
+        return true;
     }
     record.putSchema(schema);
     const DxlNode& root = *document->root();
-    if (!root.text().empty() && schema->root()->kind() == DxlNode::Kind::eBranch &&
-        layOut(record, *schema, *document)) {
-        return;
+    const bool isBranch = schema->root()->kind() == DxlNode::Kind::eBranch;
+    if (isBranch && root.children().empty()) {
+        const bool isLaidOut = layOut(record, *schema, *document);
+        if (!isLaidOut) {
+            record.putDocument(document);
+        }
+        return isLaidOut;
     }
-    if (root.getName() == schema->getName()) {
-        record.putDocument(document);
-    } else {
+    if (root.getName() != schema->getName()) {
         record.putDocument(std::make_shared<const DxlDocument>(
             rootId, std::make_shared<const DxlNode>(root, schema->getName())));
     }
+    return !isBranch || conforms(root, *schema->root());
 }
 
 void ItemRecords::copyItem(const ManageableData& source, ManageableData& target,

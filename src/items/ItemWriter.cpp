@@ -26,6 +26,12 @@ void refuse(ManageableData& record, const std::string& rootId, const std::string
     record.addRejectReason(rootId, kAllNodes, reason);
 }
 
+std::string valueOf(const ManageableData& item, const std::string& rootId) {
+    std::string value;
+    item.interogate(rootId, rootId, value);
+    return value;
+}
+
 /// Puts the nodes that were refused back to their defaults.
 void restoreDefaults(ManageableData& record, const RejectionSpec& refusal) {
     const DxlDocumentPointer document = record.getDocument(refusal.rootId());
@@ -65,6 +71,7 @@ bool ItemWriter::setData(ManageableData& record) {
         VCMS_LOG(kLogDebug, "SetData: no data to set");
         return false;
     }
+    record.clearRejectReasons();  // of an earlier write; they say nothing about this one
     const ValueCache::Mark mark = m_notifier.mark();
     bool result = false;
     {
@@ -109,7 +116,10 @@ bool ItemWriter::writeItem(Write& write, const std::string& rootId) {
     if (managementId.empty() || !write.record.getDocument(rootId)) {
         return false;
     }
-    ItemRecords::adoptSchema(m_catalogue, write.record, rootId);
+    if (!ItemRecords::adoptSchema(m_catalogue, write.record, rootId)) {
+        refuse(write.record, rootId, RejectReasonsStrings::invalid_data);
+        return false;
+    }
     if (managementId == kOwnManagementId) {
         return writeOwnItem(write, rootId);
     }
@@ -134,20 +144,18 @@ bool ItemWriter::writeOwnItem(Write& write, const std::string& rootId) {
 }
 
 bool ItemWriter::writeOwnValue(Write& write, ManageableData& item, const std::string& rootId) {
-    std::string value;
-    item.interogate(rootId, rootId, value);
     switch (ownItemKind(rootId)) {
         case OwnItemKind::eLockDown:
-            if (!m_ownItems.changeLockedDown(rootId, value)) {
+            if (!m_ownItems.changeLockedDown(rootId, valueOf(item, rootId))) {
                 refuse(write.record, rootId, "Unknown");
                 return false;
             }
             write.lockChanged = true;
             return true;
         case OwnItemKind::eFileRequest:
-            return changeFileRequest(write, rootId, value);
+            return changeFileRequest(write, rootId, valueOf(item, rootId));
         case OwnItemKind::eMemoryWarning:
-            warnOfMemory(value);
+            warnOfMemory(valueOf(item, rootId));
             return true;
         case OwnItemKind::ePhoneBusy:
         case OwnItemKind::eStored:
@@ -221,16 +229,16 @@ bool ItemWriter::writeUnregistered(ManageableData& record, const std::string& ma
 }
 
 bool ItemWriter::flushFileRequests(ManageableData& record) {
-    std::vector<FileRequestStatus> statuses;
+    FileRequestStatuses statuses;
     const bool result = m_ownItems.flushFileRequests(statuses);
-    for (const FileRequestStatus& each : statuses) {
-        if (each.status == FileRequestStatus::eFailed) {
+    for (const auto& [index, each] : statuses) {
+        if (each.status == fileData::eFailed) {
             VCMS_LOG(kLogDebug,
                      "file request status reported, adding status reason to: %s   where failure "
                      "is: %s",
                      each.itemName.c_str(), each.failureText.c_str());
             refuse(record, each.itemName, each.failureText);
-        } else if (each.status == FileRequestStatus::eInitiated) {
+        } else if (each.status == fileData::eInitiated) {
             VCMS_LOG(kLogDebug,
                      "file request status reported, adding status reason to: %s   where status "
                      "is: initiated",

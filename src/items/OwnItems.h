@@ -1,20 +1,23 @@
 #pragma once
 
+#include <map>
 #include <string>
-#include <vector>
 
 #include "RemoteMgmtCallbackIfc.h"
 
 namespace vireo {
 
-/// What became of one queued file request.
-struct FileRequestStatus {
+/// What became of one file request.
+struct fileData {
     enum Status { eFailed = 1, eInitiated = 2 };
 
     int status = 0;  ///< other values report nothing
     std::string itemName;
     std::string failureText;
 };
+
+/// What is to be reported, by the index of the request.
+using FileRequestStatuses = std::map<unsigned int, fileData>;
 
 /// The service's own managers behind items that are not plain settings, as the item paths see them.
 /// Every call answers failure while the manager does not exist. Safe from every thread.
@@ -30,8 +33,8 @@ public:
     /// On failure `reason` says why.
     virtual bool changeFileRequest(const std::string& rootId, const std::string& value,
                                    std::string& reason) = 0;
-    /// Carries out what was changed; `statuses` is ordered by the index of the request.
-    virtual bool flushFileRequests(std::vector<FileRequestStatus>& statuses) = 0;
+    /// Carries out what was changed.
+    virtual bool flushFileRequests(FileRequestStatuses& statuses) = 0;
 
     /// The mask of reasons why the phone is busy; 0 when it is idle.
     virtual unsigned phoneBusyStatus() = 0;

@@ -37,12 +37,6 @@ public:
         return true;
     }
 
-    void rewind() {
-        for (auto& list : m_lists) {
-            list->rewind();
-        }
-    }
-
     /// Whether the first `count` columns of the current row have values.
     bool present(std::size_t count) const {
         for (std::size_t i = 0; i < count; ++i) {

@@ -1,5 +1,7 @@
 #include "messages/ItemMethods.h"
 
+#include <utility>
+
 #include "LocalMgmtIfc.h"
 #include "LogMacros.h"
 #include "data/ManageableData.h"
@@ -11,20 +13,51 @@ namespace {
 constexpr const char* kComponent = "LocalMgmtInvoker";
 constexpr const char* kRecord = "manageableData";
 
-void addRecord(Method& reply, bool result, const ManageableData& record) {
+// A message holds 4 MiB; this leaves room for what goes around the record.
+constexpr std::size_t kLongestRecord = (4U << 20U) - (64U << 10U);
+// An item has to stay readable, whatever is asked for together with it.
+constexpr std::size_t kLongestItem = 1U << 20U;
+// No character of a request takes more than six in an answer.
+constexpr std::size_t kLongestGrowth = 8;
+
+void addRecordText(Method& reply, bool result, std::string text) {
     reply.addBoolParameter("result", Parameter::eOut, result);
-    reply.addStringParameter(kRecord, Parameter::eOut, record.serialize());
+    reply.addStringParameter(kRecord, Parameter::eOut, std::move(text));
+}
+
+/// Answers that nothing of the request was done.
+void refuseWhole(Method& reply, const char* reason) {
+    ManageableData refusal;
+    refusal.addRejectReason("", "//*", reason);
+    addRecordText(reply, false, refusal.serialize());
 }
 
 /// Reads the record of the request. One that is malformed is refused as a whole: what it would have
 /// asked for cannot be told.
 bool readRecord(MethodCall& call, ManageableData& record) {
     if (record.deserialize(call.request.getStringParameter(kRecord, Parameter::eInOut))) {
+        record.clearRejectReasons();  // refusals belong to answers
         return true;
     }
-    record.addRejectReason("", "//*", RejectReasonsStrings::invalid_data);
-    addRecord(call.reply, false, record);
+    refuseWhole(call.reply, RejectReasonsStrings::invalid_data);
     return false;
+}
+
+/// Whether what is to be written can be read back by message. A text can be several times as long
+/// in the answer as in the request, where a sender is free to write it shorter.
+bool canBeRead(const ManageableData& record) {
+    std::size_t whole = 0;
+    for (const std::string& rootId : record.rootIds()) {
+        const DxlDocumentPointer document = record.getDocument(rootId);
+        const std::size_t length = document ? document->text().size() : 0;
+        if (length > kLongestItem) {
+            VIREO_LOG(kComponent, kLogWarning, "the value of %s is too long to be read back",
+                      rootId.c_str());
+            return false;
+        }
+        whole += length;
+    }
+    return whole <= kLongestRecord / 2;
 }
 
 }  // namespace
@@ -36,18 +69,31 @@ void handleSetData(MethodCall& call) {
     if (!readRecord(call, record)) {
         return;
     }
+    const std::string& text = call.request.getStringParameter(kRecord, Parameter::eInOut);
+    if (text.size() > kLongestItem / kLongestGrowth && !canBeRead(record)) {
+        refuseWhole(call.reply, RejectReasonsStrings::invalid_data);
+        return;
+    }
     const bool result = call.service.setData(record);
-    addRecord(call.reply, result, record);
+    addRecordText(call.reply, result, record.serialize());
     VIREO_LOG(kComponent, kLogDump, "LocalMgmtInvoker::SetData returned data = \"%s\"\n",
               call.reply.getStringParameter(kRecord, Parameter::eOut).c_str());
 }
 
 void handleGetData(MethodCall& call) {
     ManageableData record;
-    if (readRecord(call, record)) {
-        const bool result = call.service.getData(record);
-        addRecord(call.reply, result, record);
+    if (!readRecord(call, record)) {
+        return;
     }
+    const bool result = call.service.getData(record);
+    std::string text = record.serialize();
+    if (text.size() > kLongestRecord) {
+        VIREO_LOG(kComponent, kLogWarning,
+                  "an answer of %zu bytes is too long, ask for fewer items", text.size());
+        refuseWhole(call.reply, RejectReasonsStrings::request_failed);
+        return;
+    }
+    addRecordText(call.reply, result, std::move(text));
 }
 
 void handleInvalidateVCMSCache(MethodCall& call) {

@@ -8,10 +8,7 @@ class LocalMgmtIfc;
 class QDCReportMgr {
 public:
     /// `service` is not owned and outlives the manager.
-    explicit QDCReportMgr(LocalMgmtIfc* service) : m_service(service) {}
-
-private:
-    [[maybe_unused]] LocalMgmtIfc* m_service;
+    explicit QDCReportMgr(LocalMgmtIfc* /*service*/) {}
 };
 
 }  // namespace vireo

@@ -4,9 +4,8 @@
 
 namespace vireo {
 
-void SNMPTrapRouter::init(LocalMgmtIfc* service) {
+void SNMPTrapRouter::init(LocalMgmtIfc* /*service*/) {
     VCMS_LOG(kLogDebug, "SNMPTrapRouter - Initializing by vcms\n");
-    m_service = service;
 }
 
 }  // namespace vireo

@@ -9,9 +9,6 @@ class SNMPTrapRouter {
 public:
     /// `service` answers for the receivers' settings; not owned, outlives the router.
     void init(LocalMgmtIfc* service);
-
-private:
-    LocalMgmtIfc* m_service = nullptr;
 };
 
 }  // namespace vireo

@@ -1,7 +1,5 @@
 #include "service/OwnItemManagers.h"
 
-#include <map>
-
 #include "data/RejectionSpec.h"
 #include "device/RemoteSubscriber.h"
 #include "files/FileManager.h"
@@ -47,13 +45,8 @@ bool OwnItemManagers::changeFileRequest(const std::string& rootId, const std::st
     return m_files->changeFileManagerCache(rootId, value, reason);
 }
 
-bool OwnItemManagers::flushFileRequests(std::vector<FileRequestStatus>& statuses) {
-    std::map<unsigned int, fileData> reported;
-    const bool result = m_files && m_files->flushToCache(reported);
-    for (const auto& [index, file] : reported) {
-        statuses.push_back({file.status, file.itemName, file.failureText});
-    }
-    return result;
+bool OwnItemManagers::flushFileRequests(FileRequestStatuses& statuses) {
+    return m_files && m_files->flushToCache(statuses);
 }
 
 unsigned OwnItemManagers::phoneBusyStatus() {

@@ -31,7 +31,7 @@ public:
     bool readFileRequest(const std::string& rootId, std::string& value) override;
     bool changeFileRequest(const std::string& rootId, const std::string& value,
                            std::string& reason) override;
-    bool flushFileRequests(std::vector<FileRequestStatus>& statuses) override;
+    bool flushFileRequests(FileRequestStatuses& statuses) override;
     unsigned phoneBusyStatus() override;
     bool warnRemoteSubscriber(RemoteMgmtCallbackIfc::eRemoteOperationType type) override;
 

@@ -27,6 +27,9 @@ Json valueOf(const Parameter& parameter) {
 }  // namespace
 
 void JsonPrinter::record(const RecordAnswer& answer) {
+    for (const std::string& remark : answer.remarks) {
+        m_errors << remark << '\n';
+    }
     Json items = Json::object();
     for (const auto& [tag, value] : answer.items) {
         items[tag] = value;

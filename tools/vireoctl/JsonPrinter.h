@@ -11,7 +11,8 @@ namespace vireo {
 class JsonPrinter : public AnswerPrinter {
 public:
     /// The stream is not owned and outlives the printer.
-    explicit JsonPrinter(std::ostream& out) : m_out(out) {}
+    /// Remarks for a person go to `errors`: the objects on `out` have no place for them.
+    JsonPrinter(std::ostream& out, std::ostream& errors) : m_out(out), m_errors(errors) {}
 
     void record(const RecordAnswer& answer) override;
     void method(const Method& reply) override;
@@ -21,6 +22,7 @@ public:
 
 private:
     std::ostream& m_out;
+    std::ostream& m_errors;
 };
 
 }  // namespace vireo

@@ -77,7 +77,7 @@ std::optional<Command> bindCall(const CommandLine& line, std::string& error) {
 }
 
 std::string checkChannelName(const std::string& name) {
-    return name.empty() || name.size() > 255 ? "a channel name has 1 to 255 bytes" : "";
+    return name.empty() || name.size() > 64 ? "a channel name has 1 to 64 characters" : "";
 }
 
 void declareOptions(CLI::App& app, CommandLine& line) {
@@ -87,7 +87,7 @@ void declareOptions(CLI::App& app, CommandLine& line) {
         ->type_name("PATH")
         ->capture_default_str();
     app.add_option("--channel", line.channelName,
-                   "The name to connect as; a last '*' becomes the lowest free number")
+                   "The name to connect as; a last \"-*\" takes the lowest free number")
         ->check(checkChannelName)
         ->type_name("NAME")
         ->capture_default_str();
@@ -147,7 +147,7 @@ ExitCode runCommand(const CommandLine& line, const Command& command) {
         return ExitCode::eNotReached;
     }
     TextPrinter text(std::cout, std::cerr);
-    JsonPrinter json(std::cout);
+    JsonPrinter json(std::cout, std::cerr);
     AnswerPrinter& printer = line.json ? static_cast<AnswerPrinter&>(json) : text;
     Commands commands(*client, printer, std::cerr, options.timeout);
     ExitCode code = command(commands);

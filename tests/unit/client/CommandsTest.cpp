@@ -40,7 +40,7 @@ Outcome runAgainst(const std::vector<std::string>& replies, const Request& comma
     std::ostringstream out;
     std::ostringstream errors;
     TextPrinter text(out, errors);
-    JsonPrinter jsonPrinter(out);
+    JsonPrinter jsonPrinter(out, errors);
     AnswerPrinter& printer = json ? static_cast<AnswerPrinter&>(jsonPrinter) : text;
     Commands commands(*client, printer, errors, options.timeout);
     Outcome outcome;

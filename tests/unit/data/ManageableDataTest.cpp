@@ -164,7 +164,16 @@ TEST(ManageableData, DeserializeOverlaysAndMalformedTextChangesNothing) {
     for (const char* bad :
          {"", "<record>", "<record/>x", "<record/><record/>", "<other/>", "<record><x/></record>",
           "<record><document name=\"a\"/></record>", "<record>&x;</record>",
-          "<!DOCTYPE record [<!ENTITY e \"1\">]><record/>", "<record>\x01</record>"}) {
+          "<!DOCTYPE record [<!ENTITY e \"1\">]><record/>", "<record>\x01</record>",
+          "<record>text</record>",
+          // What looks like a comment in an attribute must not hide what follows.
+          "<record><document name=\"a\" schema=\"s\" z=\"<!--\">&#1;</document>"
+          "<document name=\"b\" schema=\"s\" z=\"-->\"/></record>",
+          "<record z='&#1;'/>", "<record", "<record z=\"/>",
+          "<record><rootId>a<b/></rootId></record>",
+          "<record><rootId with=\"1\" with=\"2\">a</rootId></record>",
+          "<record><document name=\"a\" name=\"b\" schema=\"s\"/></record>",
+          "<record><document name=\"a\" schema=\"s\"><x k=\"1\" k=\"2\"/></document></record>"}) {
         EXPECT_FALSE(record.deserialize(bad)) << bad;
         EXPECT_EQ(record.serialize(), before) << bad;
     }

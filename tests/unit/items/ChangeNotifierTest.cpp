@@ -75,11 +75,33 @@ TEST_F(ChangeNotifierTest, TheCacheIsRightBeforeTheFirstObserverIsTold) {
     withoutSchema.copyDocument("lazy", record);
     withoutSchema.addRootId("lazy", nullptr);
     EXPECT_EQ(notifier.notify(withoutSchema, notifier.mark()), 1U);
+    // Of several items all are right before the first one is told.
+    cache.update("lazy-2", "old");
+    a.onChange = [this](ManageableData&) {
+        std::string value;
+        EXPECT_TRUE(cache.fetch("lazy-2", value));
+        EXPECT_EQ(value, "new");
+        return true;
+    };
+    notifier.notify(change({{"lazy", "new"}, {"lazy-2", "new"}}), notifier.mark());
     ManageableData withoutValue;
     withoutValue.addRootId("lazy", nullptr);
     notifier.notify(withoutValue, notifier.mark());
     std::string value;
     EXPECT_FALSE(cache.fetch("lazy", value)) << "a change without a value makes it forget";
+}
+
+TEST_F(ChangeNotifierTest, AnObserverMayEmptyTheRecordOfTheWriter) {
+    ManageableData record = change({{"x", "1"}, {"y", "2"}});
+    a.onChange = [&record](ManageableData&) {
+        record.clearAll();
+        return true;
+    };
+    registry.addObserver("x", {&a, false});
+    registry.addObserver("x", {&b, false});
+    registry.addObserver("y", {&b, false});
+    EXPECT_EQ(notifier.notify(record, notifier.mark()), 2U);
+    EXPECT_EQ(b.told, Texts{"x=1"});
 }
 
 TEST_F(ChangeNotifierTest, AnotherThreadWaitsForTheRegistryAndTheHoldSurvivesExceptions) {

@@ -50,7 +50,7 @@ struct OwnItemsInHand : OwnItems {
         reason = "no room";
         return value != "bad";
     }
-    bool flushFileRequests(std::vector<FileRequestStatus>& out) override {
+    bool flushFileRequests(FileRequestStatuses& out) override {
         calls.emplace_back("flushFileRequests");
         out = statuses;
         return true;
@@ -62,7 +62,7 @@ struct OwnItemsInHand : OwnItems {
     }
 
     std::vector<std::string> calls;
-    std::vector<FileRequestStatus> statuses;
+    FileRequestStatuses statuses;
     unsigned busy = 0;
     bool lockAccepts = true;
 };

@@ -22,6 +22,17 @@ TEST_F(ItemReaderTest, AnswersEachKindOfItemFromItsSource) {
     EXPECT_EQ(get("no-schema"), "(failed)");
 }
 
+TEST_F(ItemReaderTest, WhatTheCallerSendsAlongDoesNotStandInTheWay) {
+    for (const char* schema : {"zzz", "account"}) {
+        ManageableData record;
+        record.putDocument(std::make_shared<const DxlDocument>(
+            "account", std::make_shared<const DxlNode>(schema, DxlNode::Kind::eLeaf, "text")));
+        record.addRootId("account", nullptr);
+        EXPECT_TRUE(reader.getData(record)) << schema;
+        EXPECT_EQ(record.interogate("account")->value(), "<user>nobody</user><realm></realm>");
+    }
+}
+
 TEST_F(ItemReaderTest, SpecialItemsAreToldByWhatTheirTagsContain) {
     EXPECT_EQ(get("x-locked-config-menus-file-y"), "locked") << "the lock test comes first";
     EXPECT_EQ(get("a-file-request"), "(failed)");

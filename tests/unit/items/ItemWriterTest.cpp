@@ -96,8 +96,57 @@ TEST_F(ItemWriterTest, ASchemalessWriteIsLaidOutByTheItemsSchema) {
     EXPECT_EQ(realmOnly.getDocument("account")->schemaName(), "account");
 }
 
+TEST_F(ItemWriterTest, AValueWithoutThePartsOfItsSchemaIsRefusedAndTheOldOneStays) {
+    const std::string good = "<user>u</user><realm>r</realm>";
+    EXPECT_EQ(set({{"account", good}}, true), Texts{});
+    for (const char* bad : {"", " ", "hello", "<user>2</user><realm>", "<user>2</user><bogus/>",
+                            "<user>2</user> and more", "a&b"}) {
+        EXPECT_EQ(set({{"account", bad}, {"plain", "x"}}, false), Texts{"account: Invalid data"})
+            << bad;
+        EXPECT_EQ(get("account"), good) << bad;
+    }
+    EXPECT_EQ(observer.told.back(), "plain=x");
+    EXPECT_EQ(set({{"account", " <realm>s</realm>\n"}}, true), Texts{});
+    EXPECT_EQ(get("account"), "<user>u</user><realm>s</realm>");
+}
+
+TEST_F(ItemWriterTest, NobodysItemTakesTheFormOfTheItemMap) {
+    ManageableData record;
+    record.copySchema("masterItemMap", catalogue.master());
+    record.makeDocument("masterItemMap", "plain");
+    record.addRootId("plain", nullptr);
+    EXPECT_FALSE(writer.setData(record));
+    EXPECT_EQ(get("plain"), "preset");
+}
+
+TEST_F(ItemWriterTest, RefusalsOfAnEarlierWriteDoNotCount) {
+    ManageableData record;
+    record.populate("melody", "5");
+    record.addRejectReason("melody", "//*", "old");
+    EXPECT_TRUE(writer.setData(record));
+    EXPECT_TRUE(record.rejections().empty());
+    EXPECT_EQ(observer.told, Texts{"melody=5"});
+}
+
+TEST_F(ItemWriterTest, SchemasThatClientsBringAreKeptUpToALimit) {
+    for (int i = 0; i < 300; ++i) {
+        auto root =
+            std::make_shared<DxlNode>("own-" + std::to_string(i), DxlNode::Kind::eLeaf, "v");
+        ManageableData record;
+        record.putSchema(std::make_shared<const DxlSchema>(root));
+        record.putDocument(std::make_shared<const DxlDocument>("plain", root));
+        record.addRootId("plain", nullptr);
+        ASSERT_TRUE(writer.setData(record));
+    }
+    EXPECT_TRUE(catalogue.master().getSchema("own-0"));
+    EXPECT_FALSE(catalogue.master().getSchema("own-299"));
+    set({{"plain", "still writable"}}, true);
+    EXPECT_EQ(get("plain"), "still writable");
+}
+
 TEST_F(ItemWriterTest, SpecialItemsGoToTheirManagers) {
-    ownItems.statuses = {{1, "one-file-", "too big"}, {2, "a-file-request", ""}, {3, "x", "y"}};
+    ownItems.statuses = {
+        {2, {2, "a-file-request", ""}}, {1, {1, "one-file-", "too big"}}, {3, {3, "x", "y"}}};
     EXPECT_EQ(set({{"a-file-request", "go"}, {"x-locked-config-menus-file-y", "all"}}, true),
               (Texts{"one-file-: too big", "a-file-request: Initiated"}));
     EXPECT_EQ(ownItems.calls, (Texts{"changeFileRequest a-file-request=go",

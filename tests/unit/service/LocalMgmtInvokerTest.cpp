@@ -54,6 +54,34 @@ TEST_F(LocalMgmtInvokerTest, AMalformedRecordIsRefusedAsAWhole) {
     }
 }
 
+TEST_F(LocalMgmtInvokerTest, WhatCouldNotBeReadBackIsNotWritten) {
+    const auto isRefused = [this](const char* method, const ManageableData& record,
+                                  const char* reason) {
+        const Method reply = call(recordRequest(method, record.serialize()));
+        ManageableData answer;
+        EXPECT_TRUE(
+            answer.deserialize(reply.getStringParameter("manageableData", Parameter::eOut)));
+        return !reply.getBoolParameter("result", Parameter::eOut) &&
+               answer.rejections().size() == 1 && answer.rejections()[0].reason() == reason;
+    };
+    ManageableData tooLong;
+    tooLong.populate("melody", std::string(300000, '>'));
+    EXPECT_TRUE(isRefused("setData", tooLong, "Invalid data"));
+    std::string value;
+    EXPECT_TRUE(service.getData("melody", value));
+    EXPECT_EQ(value, "7");
+
+    ManageableData everything;
+    for (const char* tag : {"melody", "volume", "lazy", "plain", "key-1"}) {
+        ManageableData longest;
+        longest.populate(tag, std::string(1000000, 'x'));
+        EXPECT_TRUE(call(recordRequest("setData", longest.serialize()))
+                        .getBoolParameter("result", Parameter::eOut));
+        everything.addRootId(tag, nullptr);
+    }
+    EXPECT_TRUE(isRefused("getData", everything, "Request failed"));
+}
+
 TEST_F(LocalMgmtInvokerTest, AnswersSchemaQuestions) {
     Method reply = call(textRequest("findSchemaName", "nodeId", "plain"));
     EXPECT_EQ(reply.getStringParameter("schemaName", Parameter::eOut), "preset");
