@@ -7,7 +7,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "messages/TextHash.h"
+#include "TextHash.h"
 
 namespace vireo {
 

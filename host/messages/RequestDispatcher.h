@@ -4,8 +4,8 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "TextHash.h"
 #include "messages/FrameResponse.h"
-#include "messages/TextHash.h"
 
 namespace vireo {
 

@@ -8,20 +8,13 @@
 #include <unordered_map>
 #include <vector>
 
+#include "TextHash.h"
 #include "Visibility.h"
 
 namespace vireo {
 
-/// Lets maps of names be searched with a piece of a request, without a copy.
-struct StoreNameHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view name) const noexcept {
-        return std::hash<std::string_view>{}(name);
-    }
-};
-
 template <typename Value>
-using StoreNameMap = std::unordered_map<std::string, Value, StoreNameHash, std::equal_to<>>;
+using StoreNameMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
 
 /// One value column of a store table. Its values are texts.
 struct StoreColumn {
