@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,9 +18,11 @@ struct RecordAnswer {
     std::vector<std::string> remarks;  ///< lines for a person about the rest
 };
 
-/// Writes the service's answers for the reader of the program's output.
+/// Writes the service's answers for the reader of the program's output. The streams are not owned
+/// and outlive the printer.
 class AnswerPrinter {
 public:
+    AnswerPrinter(std::ostream& out, std::ostream& errors) : m_out(out), m_errors(errors) {}
     virtual ~AnswerPrinter() = default;
 
     virtual void record(const RecordAnswer& answer) = 0;
@@ -28,6 +31,10 @@ public:
     virtual void text(const std::string& methodName, const std::string& parameterName,
                       const std::string& value) = 0;
     virtual void emptyReply() = 0;
+
+protected:
+    std::ostream& m_out;
+    std::ostream& m_errors;  ///< refusals and remarks, where they have no place in the answer
 };
 
 }  // namespace vireo

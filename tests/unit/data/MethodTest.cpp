@@ -56,6 +56,19 @@ TEST(RpcAdapter, RoundTripsEveryTypeAndDirection) {
     EXPECT_EQ(again, text);
 }
 
+TEST(RpcAdapter, WritesTheDocumentedBytes) {
+    Method request("findSchemaName", Method::eRequest);
+    request.addStringParameter("nodeId", Parameter::eInOut, "language");
+    std::string text;
+    RpcAdapter::encodeText(request, text);
+    EXPECT_EQ(text, "14;findSchemaName0;1;6;nodeId1;2;8;language");
+    Method reply("findSchemaName", Method::eResponse);
+    reply.addStringParameter("schemaName", Parameter::eOut, "text");
+    text.clear();
+    RpcAdapter::encodeText(reply, text);
+    EXPECT_EQ(text, "14;findSchemaName1;1;10;schemaName1;1;4;text");
+}
+
 TEST(RpcAdapter, RefusesEveryTruncationAndTrailingBytes) {
     std::string text;
     RpcAdapter::encodeText(sample(), text);

@@ -8,10 +8,10 @@
 
 #include "../runtime/ScratchDirectory.h"
 #include "FramePeer.h"
-#include "LogLines.h"
 #include "messages/MessageLoop.h"
 #include "service/Executable.h"
 #include "service/Invoker.h"
+#include "support/TestPorts.h"
 
 namespace vireo::test {
 
@@ -38,7 +38,7 @@ protected:
 
     ScratchDirectory m_directory;
     std::string m_socket = m_directory / "run/vireo.sock";
-    LogLines m_log;
+    TestPorts m_log{kLogInfo};
     Executable m_executable;
     EchoInvoker m_invoker;
     MessageLoop m_loop;
