@@ -31,9 +31,11 @@ bool isGoodReference(std::string_view entity) {
            Utf8::isXmlCharacter(character);
 }
 
-/// Moves behind the end mark of a section in which '&' and '<' are plain text.
-bool skipSection(std::string_view source, std::size_t& position, std::string_view endMark) {
-    const std::size_t end = source.find(endMark, position);
+/// Moves behind the end mark of a section in which '&' and '<' are plain text. The end mark begins
+/// behind the start mark: the "-->" of "<!-->" ends nothing.
+bool skipSection(std::string_view source, std::size_t& position, std::size_t startLength,
+                 std::string_view endMark) {
+    const std::size_t end = source.find(endMark, position + startLength);
     if (end == std::string_view::npos) {
         return false;
     }
@@ -86,11 +88,11 @@ bool takeMarkup(std::string_view source, std::size_t& position, std::string& err
     };
     bool closed = true;
     if (startsWith("<![CDATA[")) {
-        closed = skipSection(source, position, "]]>");
+        closed = skipSection(source, position, 9, "]]>");
     } else if (startsWith("<!--")) {
-        closed = skipSection(source, position, "-->");
+        closed = skipSection(source, position, 4, "-->");
     } else if (startsWith("<?")) {
-        closed = skipSection(source, position, "?>");
+        closed = skipSection(source, position, 2, "?>");
     } else if (startsWith("<!")) {
         error = "a document type is not allowed";
         return false;

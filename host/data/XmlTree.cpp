@@ -39,7 +39,16 @@ bool parseSource(pugi::xml_document& document, std::string_view source, std::str
 bool fill(DxlNode& target, const pugi::xml_node& element, XmlTree::Space space, int depth,
           std::string& error);
 
-/// Whether all attributes of the element have names, and each another one.
+/// What was decoded is checked once more: it does not depend on two readers of the source agreeing.
+bool checkText(std::string_view text, std::string& error) {
+    const auto uncarriable = XmlText::findUncarriable(text);
+    if (uncarriable) {
+        error = *uncarriable + " of a text";
+    }
+    return !uncarriable;
+}
+
+/// Whether all attributes of the element have names, each another one, and good values.
 bool checkAttributes(const pugi::xml_node& element, std::string& error) {
     std::unordered_set<std::string_view> seen;
     for (const pugi::xml_attribute& attribute : element.attributes()) {
@@ -49,6 +58,9 @@ bool checkAttributes(const pugi::xml_node& element, std::string& error) {
         }
         if (!seen.insert(attribute.name()).second) {
             error = "the attribute \"" + std::string(attribute.name()) + "\" is there twice";
+            return false;
+        }
+        if (!checkText(attribute.value(), error)) {
             return false;
         }
     }
@@ -95,7 +107,7 @@ bool fill(DxlNode& target, const pugi::xml_node& element, XmlTree::Space space, 
         [](const pugi::xml_node& child) { return child.type() == pugi::node_element; });
     if (!hasElements) {
         target.setText(textOf(element));
-        return true;
+        return checkText(target.text(), error);
     }
     for (const pugi::xml_node& child : element.children()) {
         if (child.type() == pugi::node_element) {
@@ -104,6 +116,9 @@ bool fill(DxlNode& target, const pugi::xml_node& element, XmlTree::Space space, 
             }
         } else if (isText(child) &&
                    !(space == XmlTree::Space::eDropIndentation && isBlank(child.value()))) {
+            if (!checkText(child.value(), error)) {
+                return false;
+            }
             target.append(
                 std::make_shared<DxlNode>(std::string(), DxlNode::Kind::eText, child.value()));
         }
@@ -127,6 +142,9 @@ bool fillSchema(DxlNode& target, const pugi::xml_node& element, int depth, std::
         }
         const std::string kind = child.name();
         const std::string name = attribute(child, "name");
+        if (!XmlTree::checkElement(child, kind != "data", error)) {
+            return false;
+        }
         if (!XmlText::isName(name)) {
             error = "<" + kind + "> has no usable name \"" + name + "\"";
             return false;
@@ -191,6 +209,9 @@ bool XmlTree::checkElement(const pugi::xml_node& element, bool mayHaveElements,
     }
     for (const pugi::xml_node& child : element.children()) {
         const bool isElement = child.type() == pugi::node_element;
+        if (isText(child) && !checkText(child.value(), error)) {
+            return false;
+        }
         if (isElement != mayHaveElements && (isElement || !isBlank(child.value()))) {
             error = "<" + std::string(element.name()) + "> may not hold " +
                     (isElement ? "elements" : "text");
@@ -222,7 +243,7 @@ DxlDocumentPointer XmlTree::readDocument(const pugi::xml_node& element, Space sp
 std::shared_ptr<const DxlSchema> XmlTree::readSchema(const pugi::xml_node& element,
                                                      std::string& error) {
     const std::string name = attribute(element, "name");
-    if (!checkAttributes(element, error)) {
+    if (!checkElement(element, !element.attribute("type"), error)) {
         return nullptr;
     }
     if (!XmlText::isName(name)) {

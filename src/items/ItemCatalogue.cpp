@@ -1,16 +1,10 @@
 #include "items/ItemCatalogue.h"
 
-#include <memory>
-
 #include "data/ManageableData.h"
 #include "items/CatalogueLoader.h"
 
 namespace vireo {
 namespace {
-
-// Every write may bring a schema of another name; memory must not grow with that.
-constexpr unsigned kMaximumForeignSchemas = 64;
-constexpr std::size_t kLongestForeignSchema = 16U << 10U;
 
 const std::string& nothing() {
     static const std::string empty;
@@ -83,20 +77,8 @@ DxlDocumentPointer ItemCatalogue::cachedOrDefault(const std::string& rootId,
 
 void ItemCatalogue::keepItem(const ManageableData& record, const std::string& rootId) {
     const DxlDocumentPointer document = record.getDocument(rootId);
-    if (!document) {
-        return;
-    }
-    const auto schema = record.getSchema(document->schemaName());
-    if (!schema || m_master.getSchema(schema->getName())) {
+    if (document) {
         m_master.putDocument(document);
-    } else if (schema->text().size() <= kLongestForeignSchema &&
-               m_foreignSchemas.fetch_add(1) < kMaximumForeignSchemas) {
-        m_master.putSchema(schema);
-        m_master.putDocument(document);
-    } else {
-        m_master.putDocument(std::make_shared<const DxlDocument>(
-            rootId,
-            std::make_shared<const DxlNode>(*document->root(), configuredSchemaName(rootId))));
     }
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <string>
 #include <vector>
 
@@ -30,7 +29,9 @@ public:
 
     /// Empty when the tag is unknown.
     const std::string& findManagementId(const std::string& tag) const;
+    /// Of the cached document, where there is one, else as configured. Empty when unknown.
     std::string findSchemaName(const std::string& tag) const;
+    const std::string& configuredSchemaName(const std::string& tag) const;
 
     bool isUncachedUnlessRegistered(const std::string& managementId) const;
     bool isNeverCached(const std::string& tag) const;
@@ -51,18 +52,13 @@ public:
     /// without a schema.
     DxlDocumentPointer cachedOrDefault(const std::string& rootId, const std::string& schemaName);
 
-    /// Keeps the item's document of `record` in the master collection, with its schema when that is
-    /// not known there. Schemas that clients bring are kept up to a limit,
-    /// then the item's configured one takes their place.
+    /// Keeps the item's document of `record` in the master collection.
     void keepItem(const ManageableData& record, const std::string& rootId);
 
 private:
-    const std::string& configuredSchemaName(const std::string& tag) const;
-
     DxlCollection m_master;
     DxlCollection m_callFailing;
     ItemMaps m_maps;
-    std::atomic<unsigned> m_foreignSchemas{0};
 };
 
 }  // namespace vireo

@@ -9,22 +9,24 @@
 namespace vireo {
 namespace {
 
-/// The record's own schema of the document's name, else the master collection's of that name, else
-/// the item's configured one.
+/// The item's configured schema. Only an item that has none may bring its own.
 std::shared_ptr<const DxlSchema> rightSchema(const ItemCatalogue& catalogue,
                                              const ManageableData& record,
                                              const DxlDocument& document) {
-    if (auto schema = record.getSchema(document.schemaName())) {
+    const DxlCollection& master = catalogue.master();
+    if (auto schema = master.getSchema(catalogue.configuredSchemaName(document.getName()))) {
         return schema;
     }
-    if (auto schema = catalogue.master().getSchema(document.schemaName())) {
-        return schema;
-    }
-    return catalogue.master().getSchema(catalogue.findSchemaName(document.getName()));
+    auto schema = record.getSchema(document.schemaName());
+    return schema ? schema : master.getSchema(document.schemaName());
 }
 
-/// Whether a branch with named parts carries those alone. A branch without any takes everything.
+/// Whether a leaf carries text alone, and a branch with named parts those alone. A branch without
+/// named parts takes everything.
 bool conforms(const DxlNode& node, const DxlNode& schema) {
+    if (schema.kind() == DxlNode::Kind::eLeaf) {
+        return node.children().empty();
+    }
     if (schema.children().empty()) {
         return true;
     }
@@ -73,7 +75,7 @@ bool ItemRecords::adoptSchema(const ItemCatalogue& catalogue, ManageableData& re
         record.putDocument(std::make_shared<const DxlDocument>(
             rootId, std::make_shared<const DxlNode>(root, schema->getName())));
     }
-    return !isBranch || conforms(root, *schema->root());
+    return conforms(root, *schema->root());
 }
 
 void ItemRecords::copyItem(const ManageableData& source, ManageableData& target,

@@ -11,10 +11,10 @@ class ManageableData;
 /// Moves single items between records.
 class ItemRecords {
 public:
-    /// Gives the item's document in `record` its right schema: the record's of the document's name,
-    /// else the master collection's of that name, else the item's configured one. A document that a
-    /// client made without a schema is laid out by it. Without any schema the document stays.
-    /// False when the document is malformed for its schema: not the elements that a branch has.
+    /// Gives the item's document in `record` the item's configured schema; when there is none, the
+    /// record's or the master collection's of the document's name. A document that a client made
+    /// without a schema is laid out by it. Without any schema the document stays. False when the
+    /// document does not have the parts that the schema names.
     static bool adoptSchema(const ItemCatalogue& catalogue, ManageableData& record,
                             const std::string& rootId);
 

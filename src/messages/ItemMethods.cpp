@@ -15,8 +15,8 @@ constexpr const char* kRecord = "manageableData";
 
 // A message holds 4 MiB; this leaves room for what goes around the record.
 constexpr std::size_t kLongestRecord = (4U << 20U) - (64U << 10U);
-// An item has to stay readable, whatever is asked for together with it.
-constexpr std::size_t kLongestItem = 1U << 20U;
+// An item of several parts, each written for itself, has to stay readable.
+constexpr std::size_t kLongestItem = 512U << 10U;
 // No character of a request takes more than six in an answer.
 constexpr std::size_t kLongestGrowth = 8;
 
@@ -46,18 +46,16 @@ bool readRecord(MethodCall& call, ManageableData& record) {
 /// Whether what is to be written can be read back by message. A text can be several times as long
 /// in the answer as in the request, where a sender is free to write it shorter.
 bool canBeRead(const ManageableData& record) {
-    std::size_t whole = 0;
     for (const std::string& rootId : record.rootIds()) {
         const DxlDocumentPointer document = record.getDocument(rootId);
-        const std::size_t length = document ? document->text().size() : 0;
-        if (length > kLongestItem) {
+        if (document && document->text().size() > kLongestItem) {
             VIREO_LOG(kComponent, kLogWarning, "the value of %s is too long to be read back",
                       rootId.c_str());
             return false;
         }
-        whole += length;
     }
-    return whole <= kLongestRecord / 2;
+    // The schemas that the service adds, and refusals, need room as well.
+    return record.serialize().size() <= kLongestRecord / 2;
 }
 
 }  // namespace

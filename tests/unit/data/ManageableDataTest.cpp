@@ -169,7 +169,12 @@ TEST(ManageableData, DeserializeOverlaysAndMalformedTextChangesNothing) {
           // What looks like a comment in an attribute must not hide what follows.
           "<record><document name=\"a\" schema=\"s\" z=\"<!--\">&#1;</document>"
           "<document name=\"b\" schema=\"s\" z=\"-->\"/></record>",
-          "<record z='&#1;'/>", "<record", "<record z=\"/>",
+          "<record z='&#1;'/>",
+          "<record><document name=\"a\" schema=\"s\">x<!--><![CDATA[-->&#1;<!--]]>--></document>"
+          "</record>",
+          "<record><schema name=\"s\"><data name=\"a\" name=\"b\" "
+          "type=\"string\"/></schema></record>",
+          "<record><schema name=\"s\">text</schema></record>", "<record", "<record z=\"/>",
           "<record><rootId>a<b/></rootId></record>",
           "<record><rootId with=\"1\" with=\"2\">a</rootId></record>",
           "<record><document name=\"a\" name=\"b\" schema=\"s\"/></record>",

@@ -128,20 +128,32 @@ TEST_F(ItemWriterTest, RefusalsOfAnEarlierWriteDoNotCount) {
     EXPECT_EQ(observer.told, Texts{"melody=5"});
 }
 
-TEST_F(ItemWriterTest, SchemasThatClientsBringAreKeptUpToALimit) {
-    for (int i = 0; i < 300; ++i) {
-        auto root =
-            std::make_shared<DxlNode>("own-" + std::to_string(i), DxlNode::Kind::eLeaf, "v");
+TEST_F(ItemWriterTest, TheConfiguredSchemaHoldsWhateverADocumentNames) {
+    const auto write = [this](const char* tag, const std::shared_ptr<DxlNode>& root) {
         ManageableData record;
-        record.putSchema(std::make_shared<const DxlSchema>(root));
-        record.putDocument(std::make_shared<const DxlDocument>("plain", root));
-        record.addRootId("plain", nullptr);
-        ASSERT_TRUE(writer.setData(record));
+        record.putSchema(std::make_shared<const DxlSchema>(
+            std::make_shared<DxlNode>(root->getName(), DxlNode::Kind::eLeaf)));
+        record.putDocument(std::make_shared<const DxlDocument>(tag, root));
+        record.addRootId(tag, nullptr);
+        return writer.setData(record);
+    };
+    const std::string good = "<user>u</user><realm>r</realm>";
+    EXPECT_EQ(set({{"account", good}}, true), Texts{});
+    for (const char* schema : {"text", "account", "own", "masterItemMap"}) {
+        EXPECT_FALSE(
+            write("account", std::make_shared<DxlNode>(schema, DxlNode::Kind::eLeaf, "plain")))
+            << schema;
+        EXPECT_EQ(get("account"), good);
     }
-    EXPECT_TRUE(catalogue.master().getSchema("own-0"));
-    EXPECT_FALSE(catalogue.master().getSchema("own-299"));
-    set({{"plain", "still writable"}}, true);
-    EXPECT_EQ(get("plain"), "still writable");
+    const auto nested = std::make_shared<DxlNode>("own", DxlNode::Kind::eBranch);
+    nested->append(std::make_shared<DxlNode>("x", DxlNode::Kind::eLeaf, "1"));
+    EXPECT_FALSE(write("lazy", nested)) << "a leaf carries text alone";
+    EXPECT_TRUE(write("lazy", std::make_shared<DxlNode>("own", DxlNode::Kind::eLeaf, "1")));
+    EXPECT_EQ(catalogue.findSchemaName("lazy"), "preset");
+    EXPECT_FALSE(catalogue.master().getSchema("own"));
+    EXPECT_EQ(set({{"lazy", "2"}, {"account", "<user><x>1</x></user>"}}, false),
+              Texts{"account: Invalid data"});
+    EXPECT_EQ(get("lazy"), "2");
 }
 
 TEST_F(ItemWriterTest, SpecialItemsGoToTheirManagers) {

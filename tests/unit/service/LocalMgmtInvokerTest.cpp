@@ -71,10 +71,18 @@ TEST_F(LocalMgmtInvokerTest, WhatCouldNotBeReadBackIsNotWritten) {
     EXPECT_TRUE(service.getData("melody", value));
     EXPECT_EQ(value, "7");
 
+    // What comes back beside the value counts as well.
+    ManageableData longSchema;
+    longSchema.populate("melody", "short");
+    longSchema.putSchema(std::make_shared<const DxlSchema>(
+        std::make_shared<DxlNode>("q", DxlNode::Kind::eLeaf, std::string(900000, '>'))));
+    EXPECT_TRUE(isRefused("setData", longSchema, "Invalid data"));
+
     ManageableData everything;
-    for (const char* tag : {"melody", "volume", "lazy", "plain", "key-1"}) {
+    for (const char* tag : {"melody", "volume", "lazy", "plain", "key-1", "key-2", "lazy-2",
+                            "software-type", "guarded"}) {
         ManageableData longest;
-        longest.populate(tag, std::string(1000000, 'x'));
+        longest.populate(tag, std::string(500000, 'x'));
         EXPECT_TRUE(call(recordRequest("setData", longest.serialize()))
                         .getBoolParameter("result", Parameter::eOut));
         everything.addRootId(tag, nullptr);
