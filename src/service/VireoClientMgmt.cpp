@@ -82,6 +82,23 @@ void VireoClientMgmt::invalidateVCMSCache() {
     m_valueCache.invalidate();
 }
 
+std::string VireoClientMgmt::getValueFromVCMS(const std::string& tag) {
+    return guarded("getValueFromVCMS", std::string("???"),
+                   [&] { return m_reader.getValueFromVCMS(tag); });
+}
+
+bool VireoClientMgmt::fetchFromVCMSCache(const std::string& tag, std::string& value) {
+    return guarded("fetchFromVCMSCache", false, [&] { return m_valueCache.fetch(tag, value); });
+}
+
+void VireoClientMgmt::updateVCMSCache(const std::string& tag, const std::string& value) {
+    guardedCall("updateVCMSCache", [&] { m_valueCache.update(tag, value); });
+}
+
+void VireoClientMgmt::updateVCMSCache(const ManageableData& record) {
+    guardedCall("updateVCMSCache", [&] { m_valueCache.update(record); });
+}
+
 bool VireoClientMgmt::subscribeForRemoteProgress(RemoteMgmtCallbackIfc* callback) {
     return m_remoteSubscriber.subscribe(callback);
 }

@@ -45,6 +45,13 @@ public:
     bool subscribeForRemoteProgress(RemoteMgmtCallbackIfc* callback) override;
     bool unsubscribeForRemoteProgress(RemoteMgmtCallbackIfc* callback) override;
 
+    /// One simple value, "???" when it cannot be read.
+    std::string getValueFromVCMS(const std::string& tag);
+    // The value cache, for whoever learns of a value otherwise.
+    bool fetchFromVCMSCache(const std::string& tag, std::string& value);
+    void updateVCMSCache(const std::string& tag, const std::string& value);
+    void updateVCMSCache(const ManageableData& record);
+
     /// 1 "Varnick SIP", 2 "Varnick KSP", 3 "Varnick TDM"; 0, and asked again next time, while it is
     /// not known.
     int getSoftwareType();

@@ -46,6 +46,24 @@ TEST_F(VireoClientMgmtTest, SoftwareTypeIsAskedUntilItIsKnown) {
     EXPECT_EQ(become("Varnick SIP"), 3) << "once known it stays";
 }
 
+TEST_F(VireoClientMgmtTest, TheValueCacheTakesRecordsAndLeavesOutNeverCachedTags) {
+    start();
+    ManageableData record;
+    record.populate("lazy", "told");
+    record.populate("time", "12:00");
+    record.addRootId("lazy-2", nullptr);
+    service.updateVCMSCache(record);
+    std::string value;
+    EXPECT_TRUE(service.fetchFromVCMSCache("lazy", value));
+    EXPECT_EQ(value, "told");
+    EXPECT_FALSE(service.fetchFromVCMSCache("time", value));
+    EXPECT_FALSE(service.fetchFromVCMSCache("lazy-2", value));
+    service.invalidateVCMSCache();
+    EXPECT_FALSE(service.fetchFromVCMSCache("lazy", value));
+    EXPECT_EQ(service.getValueFromVCMS("melody"), "7");
+    EXPECT_EQ(service.getValueFromVCMS("nothing"), "???");
+}
+
 TEST_F(VireoClientMgmtTest, ManagersThatDoNothingYetRefuseHonestly) {
     start();
     ManageableData record;
