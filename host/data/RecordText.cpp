@@ -55,26 +55,28 @@ void appendDocuments(std::string& out, const ManageableData& record, const DxlCo
     }
 }
 
-bool readRefusal(const pugi::xml_node& element, ManageableData& record) {
+void readRefusal(const pugi::xml_node& element, ManageableData& record) {
     record.addRejectReason(element.attribute("rootId").value(), element.attribute("path").value(),
                            element.attribute("reason").value());
-    return true;
 }
 
-bool readRootId(const pugi::xml_node& element, ManageableData& record) {
+void readRootId(const pugi::xml_node& element, ManageableData& record) {
     const std::string rootId = element.text().get();
     if (const pugi::xml_attribute companion = element.attribute("with")) {
         record.addRootId(rootId, std::string(companion.value()));
     } else {
         record.addRootId(rootId, nullptr);
     }
-    return true;
 }
 
 bool readElement(const pugi::xml_node& element, ManageableData& record, std::string& error) {
     const std::string_view kind = element.name();
-    if (kind == "rootId") {
-        return XmlTree::checkElement(element, false, error) && readRootId(element, record);
+    if (kind == "rootId" || kind == "refusal") {
+        if (!XmlTree::checkElement(element, false, error)) {
+            return false;
+        }
+        kind == "rootId" ? readRootId(element, record) : readRefusal(element, record);
+        return true;
     }
     if (kind == "document") {
         auto document = XmlTree::readDocument(element, XmlTree::Space::eKeep, error);
@@ -89,9 +91,6 @@ bool readElement(const pugi::xml_node& element, ManageableData& record, std::str
             record.putSchema(schema);
         }
         return schema != nullptr;
-    }
-    if (kind == "refusal") {
-        return XmlTree::checkElement(element, false, error) && readRefusal(element, record);
     }
     error = "<" + std::string(kind) + "> does not belong into a record";
     return false;
