@@ -13,6 +13,29 @@ class ManageableData;
 /// message. Safe from every thread. Nothing is thrown.
 class VIREO_API LocalMgmtIfc {
 public:
+    /// The kinds of files that the phone receives. Values of 19 and above, and negative ones, come
+    /// from outside: every function takes them for unsupported.
+    enum eFiletype {
+        FILETYPE_INVALID = 0,
+        FILETYPE_SOFTWARE = 1,
+        FILETYPE_MUSIC_ON_HOLD = 2,
+        FILETYPE_PICTURE = 3,
+        FILETYPE_LOGO = 4,
+        FILETYPE_MIDLET = 5,
+        FILETYPE_LDAP = 6,
+        FILETYPE_TONE = 7,
+        FILETYPE_RESERVED_8 = 8,
+        FILETYPE_SCREENSAVER = 9,
+        FILETYPE_RESERVED_10 = 10,
+        FILETYPE_RINGER = 11,
+        FILETYPE_HELP = 13,
+        FILETYPE_JAR = 14,
+        FILETYPE_JAD = 15,
+        FILETYPE_PHD = 16,
+        FILETYPE_VR_AUDIO = 17,
+        FILETYPE_VR_PATTERN = 18,
+    };
+
     virtual ~LocalMgmtIfc() = default;
 
     /// Writes every item of the record. True when all were accepted; else the record carries the
@@ -31,6 +54,21 @@ public:
     virtual std::string exportSchema(const std::string& schemaName) = 0;
     /// Puts a schema into the record. False when it is unknown; the record is unchanged then.
     virtual bool getSchema(const std::string& schemaName, ManageableData& record) = 0;
+
+    /// How many files of the type a user may keep: 0 where nothing is laid down, -1 without end.
+    virtual int getFileTypeCountLimit(eFiletype type) = 0;
+    /// How many characters a file name of the type may have; 0 where nothing is laid down.
+    virtual int getFileTypeNameLimit(eFiletype type) = 0;
+    /// Empty: no type carries metadata.
+    virtual std::string getFileTypeMetadata(eFiletype type) = 0;
+
+    /// Adds reasons why the phone is busy to the mask of them, and writes the mask as a decimal
+    /// number to the item "phone-busy-status", so that its observers are told.
+    virtual void setPhoneBusyStatus(unsigned bits) = 0;
+    /// The same, taking reasons away.
+    virtual void clearPhoneBusyStatus(unsigned bits) = 0;
+    /// The mask: 0 when the phone is idle, bit value 1 a call, 512 a software update.
+    virtual unsigned retrievePhoneBusyStatus() = 0;
 
     /// Forgets the last known values of other owners' items.
     virtual void invalidateVCMSCache() = 0;

@@ -4,15 +4,27 @@
 
 namespace vireo {
 
-/// Why the phone is busy: a mask of reasons, 0 when it is idle. Bit value 1 is a call. Safe from
-/// every thread.
+class LocalMgmtIfc;
+
+/// Why the phone is busy: a mask of reasons, 0 when it is idle. Mirrored as a decimal number in the
+/// item "phone-busy-status". Safe from every thread.
 class PhoneBusyState {
 public:
+    /// The item is written through `service`; not owned, outlives this.
+    explicit PhoneBusyState(LocalMgmtIfc& service) : m_service(service) {}
+
     unsigned mask() const { return m_mask.load(); }
-    void set(unsigned bits) { m_mask.fetch_or(bits); }
-    void clear(unsigned bits) { m_mask.fetch_and(~bits); }
+    /// Adds reasons. The item shows them when this returns, or whatever another thread has made of
+    /// the mask meanwhile.
+    void set(unsigned bits);
+    /// The same, taking reasons away.
+    void clear(unsigned bits);
 
 private:
+    void publish();
+    void writeItem(unsigned mask);
+
+    LocalMgmtIfc& m_service;
     std::atomic<unsigned> m_mask{0};
 };
 

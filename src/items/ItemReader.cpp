@@ -4,6 +4,7 @@
 
 #include "Boundary.h"
 #include "MgmtAgentIfc.h"
+#include "data/DataCollection.h"
 #include "data/ManageableData.h"
 #include "items/AgentRegistry.h"
 #include "items/DasBridge.h"
@@ -15,9 +16,11 @@
 
 namespace vireo {
 
-ItemReader::ItemReader(ItemCatalogue& catalogue, AgentRegistry& registry, DasBridge& store,
-                       ValueCache& cache, OwnItems& ownItems)
+ItemReader::ItemReader(ItemCatalogue& catalogue, const DataCollection& collections,
+                       AgentRegistry& registry, DasBridge& store, ValueCache& cache,
+                       OwnItems& ownItems)
     : m_catalogue(catalogue),
+      m_collections(collections),
       m_registry(registry),
       m_store(store),
       m_cache(cache),
@@ -47,7 +50,8 @@ bool ItemReader::readItem(ManageableData& record, const std::string& rootId, Req
     VCMS_LOG(kLogDebug, "getData: Mgmt Id = \"%s\" for rootid = \"%s\"", managementId.c_str(),
              rootId.c_str());
     if (managementId.empty()) {
-        return readUnmapped(record, rootId);
+        return m_collections.empty(rootId) ? readUnmapped(record, rootId)
+                                           : readCollection(record, rootId);
     }
     bool result = true;
     const std::string schemaName = m_catalogue.findSchemaName(rootId);
@@ -169,6 +173,18 @@ bool ItemReader::askOwner(const std::string& managementId, ManageableData& reque
              managementId.c_str(), request.serialize().c_str());
     record.overlay(request);
     return true;
+}
+
+bool ItemReader::readCollection(ManageableData& record, const std::string& rootId) {
+    VCMS_LOG(kLogDebug, "getData - rootId = %s (this is a collection id)", rootId.c_str());
+    const std::vector<std::string> items = m_collections.items(rootId);
+    ManageableData collection;
+    ItemRecords::copyItems(record, collection, items);
+    collection.setRootId(rootId, nullptr);
+    const bool result = m_collections.getData(collection);
+    ItemRecords::copyItems(collection, record, items);
+    record.addRejectReasons(collection.rejections());
+    return result;
 }
 
 bool ItemReader::readUnmapped(ManageableData& record, const std::string& rootId) {

@@ -7,6 +7,7 @@ namespace vireo {
 
 class AgentRegistry;
 class DasBridge;
+class DataCollection;
 class ItemCatalogue;
 class ManageableData;
 class MgmtAgentIfc;
@@ -16,8 +17,8 @@ class ValueCache;
 /// Answers reads of items. Takes no lock of its own; safe from every thread.
 class ItemReader {
 public:
-    ItemReader(ItemCatalogue& catalogue, AgentRegistry& registry, DasBridge& store,
-               ValueCache& cache, OwnItems& ownItems);
+    ItemReader(ItemCatalogue& catalogue, const DataCollection& collections, AgentRegistry& registry,
+               DasBridge& store, ValueCache& cache, OwnItems& ownItems);
 
     /// Fills in every item of the record. Every one is tried; false when any failed.
     bool getData(ManageableData& record);
@@ -38,12 +39,14 @@ private:
                           const std::string& schemaName);
     bool readFromAgent(MgmtAgentIfc& agent, ManageableData& record, const std::string& rootId,
                        const std::string& schemaName);
+    bool readCollection(ManageableData& record, const std::string& rootId);
     bool readUnmapped(ManageableData& record, const std::string& rootId);
     bool askOwner(const std::string& managementId, ManageableData& request, ManageableData& record);
     void prepare(ManageableData& item, const ManageableData& record, const std::string& rootId,
                  const std::string& schemaName);
 
     ItemCatalogue& m_catalogue;
+    const DataCollection& m_collections;
     AgentRegistry& m_registry;
     DasBridge& m_store;
     ValueCache& m_cache;

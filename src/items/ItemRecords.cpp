@@ -88,4 +88,11 @@ void ItemRecords::copyItem(const ManageableData& source, ManageableData& target,
     }
 }
 
+void ItemRecords::copyItems(const ManageableData& source, ManageableData& target,
+                            const std::vector<std::string>& rootIds) {
+    for (const std::string& rootId : rootIds) {
+        copyItem(source, target, rootId);
+    }
+}
+
 }  // namespace vireo

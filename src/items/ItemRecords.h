@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace vireo {
 
@@ -22,6 +23,9 @@ public:
     /// target stays if it has it.
     static void copyItem(const ManageableData& source, ManageableData& target,
                          const std::string& rootId);
+    /// The same for those of the items that `source` has.
+    static void copyItems(const ManageableData& source, ManageableData& target,
+                          const std::vector<std::string>& rootIds);
 };
 
 }  // namespace vireo

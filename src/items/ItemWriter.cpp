@@ -4,6 +4,7 @@
 
 #include "Boundary.h"
 #include "MgmtAgentIfc.h"
+#include "data/DataCollection.h"
 #include "data/DxlResultSet.h"
 #include "data/ManageableData.h"
 #include "items/AgentRegistry.h"
@@ -53,13 +54,16 @@ struct ItemWriter::Write {
     StoreUpdate store;
     WriteBatches batches;
     std::vector<std::string> storedIds;  ///< acknowledged by the store, not yet committed
+    bool result = true;                  ///< of the items so far
     bool lockChanged = false;
     bool fileRequestSeen = false;
 };
 
-ItemWriter::ItemWriter(ItemCatalogue& catalogue, AgentRegistry& registry, DasBridge& store,
-                       ChangeNotifier& notifier, OwnItems& ownItems)
+ItemWriter::ItemWriter(ItemCatalogue& catalogue, const DataCollection& collections,
+                       AgentRegistry& registry, DasBridge& store, ChangeNotifier& notifier,
+                       OwnItems& ownItems)
     : m_catalogue(catalogue),
+      m_collections(collections),
       m_registry(registry),
       m_store(store),
       m_notifier(notifier),
@@ -87,14 +91,14 @@ bool ItemWriter::setData(ManageableData& record) {
 
 bool ItemWriter::writeItems(ManageableData& record, const std::vector<std::string>& rootIds) {
     Write write(record, m_store);
-    bool result = true;
     for (const std::string& rootId : rootIds) {
         VCMS_LOG(kLogDebug, "SetData: RootId = \"%s\"", rootId.c_str());
-        result = writeItem(write, rootId) && result;
+        write.result = writeItem(write, rootId) && write.result;
     }
     if (write.lockChanged) {
         m_ownItems.flushLockedDown();
     }
+    bool result = write.result;
     if (write.fileRequestSeen) {
         result = flushFileRequests(record) && result;
     }
@@ -112,8 +116,11 @@ bool ItemWriter::writeItem(Write& write, const std::string& rootId) {
     const std::string& managementId = m_catalogue.findManagementId(rootId);
     VCMS_LOG(kLogDebug, "SetData: Mgmt Id = \"%s\" for rootid = \"%s\"", managementId.c_str(),
              rootId.c_str());
+    if (managementId.empty()) {
+        return writeCollection(write, rootId);
+    }
     // Deliberate: an unknown item and one without a value get no refusal, only the false result.
-    if (managementId.empty() || !write.record.getDocument(rootId)) {
+    if (!write.record.getDocument(rootId)) {
         return false;
     }
     if (!ItemRecords::adoptSchema(m_catalogue, write.record, rootId)) {
@@ -132,6 +139,25 @@ bool ItemWriter::writeItem(Write& write, const std::string& rootId) {
     }
     write.batches.add(managementId, write.record, rootId);
     return true;
+}
+
+bool ItemWriter::writeCollection(Write& write, const std::string& rootId) {
+    if (m_collections.empty(rootId)) {
+        return false;
+    }
+    VCMS_LOG(kLogDebug, "setData - rootId = %s (this is a collection id)", rootId.c_str());
+    if (!write.result) {
+        return false;  // Deliberate: a collection is not written behind an item that failed.
+    }
+    const std::vector<std::string> items = m_collections.items(rootId);
+    ManageableData collection;
+    ItemRecords::copyItems(write.record, collection, items);
+    ItemRecords::copyItem(write.record, collection, rootId);
+    collection.setRootId(rootId, nullptr);
+    const bool result = m_collections.setData(collection);
+    ItemRecords::copyItems(collection, write.record, items);
+    write.record.addRejectReasons(collection.rejections());
+    return result;
 }
 
 bool ItemWriter::writeOwnItem(Write& write, const std::string& rootId) {

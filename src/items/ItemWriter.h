@@ -11,6 +11,7 @@ namespace vireo {
 class AgentRegistry;
 class ChangeNotifier;
 class DasBridge;
+class DataCollection;
 class ItemCatalogue;
 class ManageableData;
 class MgmtAgentIfc;
@@ -22,8 +23,8 @@ class WriteBatches;
 /// until it is done; observers are told afterwards.
 class ItemWriter {
 public:
-    ItemWriter(ItemCatalogue& catalogue, AgentRegistry& registry, DasBridge& store,
-               ChangeNotifier& notifier, OwnItems& ownItems);
+    ItemWriter(ItemCatalogue& catalogue, const DataCollection& collections, AgentRegistry& registry,
+               DasBridge& store, ChangeNotifier& notifier, OwnItems& ownItems);
 
     /// Writes every item of the record. True when all were accepted; else the record carries the
     /// refusals.
@@ -34,6 +35,7 @@ private:
 
     bool writeItems(ManageableData& record, const std::vector<std::string>& rootIds);
     bool writeItem(Write& write, const std::string& rootId);
+    bool writeCollection(Write& write, const std::string& rootId);
     bool writeOwnItem(Write& write, const std::string& rootId);
     bool writeOwnValue(Write& write, ManageableData& item, const std::string& rootId);
     bool changeFileRequest(Write& write, const std::string& rootId, const std::string& value);
@@ -46,6 +48,7 @@ private:
     void tellObservers(const ManageableData& record, bool result, ValueCache::Mark mark);
 
     ItemCatalogue& m_catalogue;
+    const DataCollection& m_collections;
     AgentRegistry& m_registry;
     DasBridge& m_store;
     ChangeNotifier& m_notifier;

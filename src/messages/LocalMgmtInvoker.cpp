@@ -45,22 +45,24 @@ void LocalMgmtInvoker::handle(Executable* executable, const char* message, int l
         VIREO_LOG(kComponent, kLogError, "Could not find PA for \"%s\"\n", protocol.c_str());
         return;
     }
-    callMethod(*service, *adapter, message, length, reply);
+    callMethod(*service, protocol, *adapter, std::string(message, static_cast<std::size_t>(length)),
+               reply);
 }
 
-void LocalMgmtInvoker::callMethod(LocalMgmtIfc& service, ProtocolAdapter& adapter,
-                                  const char* message, int length, std::string& reply) {
-    std::istringstream in(std::string(message, static_cast<std::size_t>(length)));
+void LocalMgmtInvoker::callMethod(LocalMgmtIfc& service, const std::string& protocol,
+                                  ProtocolAdapter& adapter, const std::string& message,
+                                  std::string& reply) {
+    std::istringstream in(message);
     Method request;
     if (!adapter.decode(in, request)) {
-        VIREO_LOG(kComponent, kLogWarning, "message of %d bytes is malformed", length);
+        VIREO_LOG(kComponent, kLogWarning, "message of %zu bytes is malformed", message.size());
     }
     const MethodRow* row = findMethod(request.name());
     if (row == nullptr) {
         VIREO_LOG(kComponent, kLogDebug, "Invalid Message, %s", request.name().c_str());
         return;
     }
-    MethodCall call{service, request, Method(request.name(), Method::eResponse)};
+    MethodCall call{service, protocol, request, Method(request.name(), Method::eResponse)};
     row->handler(call);
     std::ostringstream out;
     if (adapter.encode(call.reply, out)) {

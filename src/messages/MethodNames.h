@@ -3,6 +3,12 @@
 namespace vireo::methodNames {
 
 // The methods of the local management interface, as messages name them.
+inline constexpr const char* kGetFileTypeMetadata = "getFileTypeMetadata";
+inline constexpr const char* kGetFileTypeCountLimit = "getFileTypeCountLimit";
+inline constexpr const char* kGetFileTypeNameLimit = "getFileTypeNameLimit";
+inline constexpr const char* kSetPhoneBusyStatus = "setPhoneBusyStatus";
+inline constexpr const char* kRetrievePhoneBusyStatus = "retrievePhoneBusyStatus";
+inline constexpr const char* kClearPhoneBusyStatus = "clearPhoneBusyStatus";
 inline constexpr const char* kSetData = "setData";
 inline constexpr const char* kGetData = "getData";
 inline constexpr const char* kFindSchemaName = "findSchemaName";

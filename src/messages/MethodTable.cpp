@@ -1,5 +1,7 @@
 #include "messages/MethodTable.h"
 
+#include "messages/BusyMethods.h"
+#include "messages/FileTypeMethods.h"
 #include "messages/ItemMethods.h"
 #include "messages/MethodNames.h"
 #include "messages/SchemaMethods.h"
@@ -8,6 +10,12 @@ namespace vireo {
 namespace {
 
 constexpr MethodRow kMethods[] = {
+    {methodNames::kGetFileTypeMetadata, handleGetFileTypeMetadata},
+    {methodNames::kGetFileTypeCountLimit, handleGetFileTypeCountLimit},
+    {methodNames::kGetFileTypeNameLimit, handleGetFileTypeNameLimit},
+    {methodNames::kSetPhoneBusyStatus, handleSetPhoneBusyStatus},
+    {methodNames::kRetrievePhoneBusyStatus, handleRetrievePhoneBusyStatus},
+    {methodNames::kClearPhoneBusyStatus, handleClearPhoneBusyStatus},
     {methodNames::kSetData, handleSetData},
     {methodNames::kGetData, handleGetData},
     {methodNames::kFindSchemaName, handleFindSchemaName},

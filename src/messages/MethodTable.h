@@ -11,6 +11,7 @@ class LocalMgmtIfc;
 /// One call that came by message. Handlers read the request, call the service and fill the reply.
 struct MethodCall {
     LocalMgmtIfc& service;
+    const std::string& protocol;
     const Method& request;
     Method reply;
 };

@@ -2,18 +2,20 @@
 
 #include "Boundary.h"
 #include "data/ManageableData.h"
+#include "files/FileTypeCatalogue.h"
 #include "service/Context.h"
 
 namespace vireo {
 
 VireoClientMgmt::VireoClientMgmt()
-    : m_dataCollections(this),
+    : m_busyState(*this),
+      m_dataCollections(this),
       m_valueCache(m_catalogue),
       m_notifier(m_registry, m_valueCache, m_catalogue.master()),
       m_store(m_catalogue, [this] { return m_directory.dataAccessIfc(); }),
       m_ownItems(m_busyState, m_remoteSubscriber),
-      m_reader(m_catalogue, m_registry, m_store, m_valueCache, m_ownItems),
-      m_writer(m_catalogue, m_registry, m_store, m_notifier, m_ownItems) {}
+      m_reader(m_catalogue, m_dataCollections, m_registry, m_store, m_valueCache, m_ownItems),
+      m_writer(m_catalogue, m_dataCollections, m_registry, m_store, m_notifier, m_ownItems) {}
 
 VireoClientMgmt::~VireoClientMgmt() = default;
 
@@ -75,6 +77,32 @@ std::string VireoClientMgmt::exportSchema(const std::string& schemaName) {
 bool VireoClientMgmt::getSchema(const std::string& schemaName, ManageableData& record) {
     return guarded("getSchema", false,
                    [&] { return record.copySchema(schemaName, m_catalogue.master()); });
+}
+
+int VireoClientMgmt::getFileTypeCountLimit(eFiletype type) {
+    VCMS_LOG(kLogDebug, "getFileTypeCountLimit");
+    return FileTypeCatalogue::row(type).countLimit;
+}
+
+int VireoClientMgmt::getFileTypeNameLimit(eFiletype type) {
+    VCMS_LOG(kLogDebug, "getFileTypeNameLimit");
+    return FileTypeCatalogue::row(type).nameLimit;
+}
+
+std::string VireoClientMgmt::getFileTypeMetadata(eFiletype /*type*/) {
+    return {};
+}
+
+void VireoClientMgmt::setPhoneBusyStatus(unsigned bits) {
+    guardedCall("setPhoneBusyStatus", [&] { m_busyState.set(bits); });
+}
+
+void VireoClientMgmt::clearPhoneBusyStatus(unsigned bits) {
+    guardedCall("clearPhoneBusyStatus", [&] { m_busyState.clear(bits); });
+}
+
+unsigned VireoClientMgmt::retrievePhoneBusyStatus() {
+    return m_busyState.mask();
 }
 
 void VireoClientMgmt::invalidateVCMSCache() {

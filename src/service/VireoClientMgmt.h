@@ -40,6 +40,12 @@ public:
     std::string findSchemaName(const std::string& tag) override;
     std::string exportSchema(const std::string& schemaName) override;
     bool getSchema(const std::string& schemaName, ManageableData& record) override;
+    int getFileTypeCountLimit(eFiletype type) override;
+    int getFileTypeNameLimit(eFiletype type) override;
+    std::string getFileTypeMetadata(eFiletype type) override;
+    void setPhoneBusyStatus(unsigned bits) override;
+    void clearPhoneBusyStatus(unsigned bits) override;
+    unsigned retrievePhoneBusyStatus() override;
     void invalidateVCMSCache() override;
 
     bool subscribeForRemoteProgress(RemoteMgmtCallbackIfc* callback) override;

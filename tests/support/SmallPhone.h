@@ -60,6 +60,33 @@ inline void installSmallPhone(TestPorts& ports) {
             <item><rootId>key-2</rootId><dasIndexValue>2</dasIndexValue>
                 <dasItemName>Label</dasItemName></item>
         </document>
+        <document name="VcmsDataCollection" schema="collections">
+            <collection><collectionId>pair</collectionId>
+                <collectionDataList>pairItems</collectionDataList></collection>
+            <collection><collectionId>overlap</collectionId>
+                <collectionDataList>overlapItems</collectionDataList></collection>
+            <collection><collectionId>nest</collectionId>
+                <collectionDataList>nestItems</collectionDataList></collection>
+            <collection><collectionId>loop</collectionId>
+                <collectionDataList>loopItems</collectionDataList></collection>
+            <collection><collectionId>odd</collectionId>
+                <collectionDataList>oddItems</collectionDataList></collection>
+            <collection><collectionId>plain</collectionId>
+                <collectionDataList>pairItems</collectionDataList></collection>
+            <collection><collectionId>hollow</collectionId>
+                <collectionDataList>missing</collectionDataList></collection>
+        </document>
+        <document name="pairItems" schema="members">
+            <rootId>melody</rootId><rootId>lazy</rootId></document>
+        <document name="overlapItems" schema="members">
+            <rootId>lazy</rootId><rootId>volume</rootId></document>
+        <document name="nestItems" schema="members">
+            <rootId>guarded</rootId><rootId>pair</rootId><rootId>overlap</rootId></document>
+        <document name="loopItems" schema="members">
+            <rootId>loop</rootId><rootId>key-1</rootId><rootId>nest</rootId>
+            <rootId>loop</rootId><rootId>plain</rootId></document>
+        <document name="oddItems" schema="members">
+            <rootId>nothing</rootId><rootId>melody</rootId><rootId>eager</rootId></document>
         <document name="VcmsToDasMapping" schema="mapping">
             <item><rootId>melody</rootId><nodeId>melody</nodeId>
                 <dasSchemaName>Settings</dasSchemaName><dasItemName>Melody</dasItemName>

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "LocalMgmtIfc.h"
 #include "MgmtAgentIfc.h"
 #include "data/DataCollection.h"
 #include "data/ManageableData.h"
@@ -65,6 +66,33 @@ struct OwnItemsInHand : OwnItems {
     FileRequestStatuses statuses;
     unsigned busy = 0;
     bool lockAccepts = true;
+};
+
+/// The item functions of the service's face; the others are not called here.
+struct ItemFace : LocalMgmtIfc {
+    using Access = std::function<bool(ManageableData&)>;
+
+    ItemFace(Access read, Access write, std::function<std::string(const std::string&)> schema)
+        : onGet(std::move(read)), onSet(std::move(write)), onSchemaName(std::move(schema)) {}
+
+    bool setData(ManageableData& record) override { return onSet(record); }
+    bool getData(ManageableData& record) override { return onGet(record); }
+    std::string findSchemaName(const std::string& tag) override { return onSchemaName(tag); }
+
+    bool getData(std::string, std::string&) override { return false; }
+    std::string exportSchema(const std::string&) override { return {}; }
+    bool getSchema(const std::string&, ManageableData&) override { return false; }
+    int getFileTypeCountLimit(eFiletype) override { return 0; }
+    int getFileTypeNameLimit(eFiletype) override { return 0; }
+    std::string getFileTypeMetadata(eFiletype) override { return {}; }
+    void setPhoneBusyStatus(unsigned) override {}
+    void clearPhoneBusyStatus(unsigned) override {}
+    unsigned retrievePhoneBusyStatus() override { return 0; }
+    void invalidateVCMSCache() override {}
+
+    Access onGet;
+    Access onSet;
+    std::function<std::string(const std::string&)> onSchemaName;
 };
 
 /// The real store with its requests written down.
@@ -150,15 +178,18 @@ protected:
     TemporaryDirectory directory;
     std::unique_ptr<SqliteDataAccess> sqlite;
     std::optional<WatchedStore> store;
-    DataCollection collections{nullptr};
+    ItemFace face{[this](ManageableData& record) { return reader.getData(record); },
+                  [this](ManageableData& record) { return writer.setData(record); },
+                  [this](const std::string& tag) { return catalogue.findSchemaName(tag); }};
+    DataCollection collections{&face};
     ItemCatalogue catalogue;
     AgentRegistry registry;
     ValueCache cache{catalogue};
     ChangeNotifier notifier{registry, cache, catalogue.master()};
     DasBridge bridge{catalogue, [this] { return store ? &*store : nullptr; }};
     OwnItemsInHand ownItems;
-    ItemReader reader{catalogue, registry, bridge, cache, ownItems};
-    ItemWriter writer{catalogue, registry, bridge, notifier, ownItems};
+    ItemReader reader{catalogue, collections, registry, bridge, cache, ownItems};
+    ItemWriter writer{catalogue, collections, registry, bridge, notifier, ownItems};
 };
 
 using Texts = std::vector<std::string>;

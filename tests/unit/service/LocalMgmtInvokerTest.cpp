@@ -111,6 +111,62 @@ TEST_F(LocalMgmtInvokerTest, AnswersSchemaQuestions) {
               ManageableData().serialize());
 }
 
+TEST_F(LocalMgmtInvokerTest, TheBusyMaskIsSetClearedAndTold) {
+    const auto busy = [this](const char* method, int bits) {
+        Method request(method, Method::eRequest);
+        request.addIntParameter("busyStatus", Parameter::eIn, bits);
+        const Method reply = call(request);
+        EXPECT_EQ(reply.name(), method);
+        EXPECT_TRUE(reply.parameters().empty());
+        const Method mask = call(Method("retrievePhoneBusyStatus", Method::eRequest));
+        EXPECT_EQ(mask.parameters().size(), 1U);
+        return mask.getIntParameter("busyStatus", Parameter::eOut);
+    };
+    const auto value = [this] {
+        std::string text;
+        EXPECT_TRUE(service.getData("phone-busy-status", text));
+        return text;
+    };
+    EXPECT_EQ(value(), "false");
+    EXPECT_EQ(busy("setPhoneBusyStatus", 1), 1);
+    EXPECT_EQ(value(), "true");
+    EXPECT_EQ(busy("setPhoneBusyStatus", 512), 513);
+    ManageableData record;
+    record.populate("guarded", "off");
+    record.populate("melody", "1");
+    EXPECT_FALSE(service.setData(record));
+    ASSERT_EQ(record.rejections().size(), 1U);
+    EXPECT_EQ(record.rejections()[0].rootId(), "guarded");
+    EXPECT_EQ(busy("clearPhoneBusyStatus", 1), 512);
+    EXPECT_TRUE(service.setData(record)) << "a software update alone refuses nothing";
+    EXPECT_EQ(busy("setPhoneBusyStatus", -1), -1) << "every bit is carried";
+    EXPECT_EQ(service.retrievePhoneBusyStatus(), 0xFFFFFFFFU);
+    EXPECT_EQ(busy("clearPhoneBusyStatus", -1), 0);
+    EXPECT_EQ(value(), "false");
+}
+
+TEST_F(LocalMgmtInvokerTest, AnswersTheLimitsOfFileTypes) {
+    const struct {
+        const char* type;
+        int count;
+        int name;
+    } cases[] = {{"images", 20, 15}, {"midlets", -1, 15}, {"swBind", 0, 0},
+                 {"ringer", 0, 0},   {"Images", 0, 0},    {"", 0, 0}};
+    for (const auto& [type, count, name] : cases) {
+        SCOPED_TRACE(type);
+        Method reply = call(textRequest("getFileTypeCountLimit", "FileType", type));
+        EXPECT_EQ(reply.getIntParameter("getFileTypeCountLimit", Parameter::eOut), count);
+        reply = call(textRequest("getFileTypeNameLimit", "FileType", type));
+        EXPECT_EQ(reply.getIntParameter("getFileTypeNameLimit", Parameter::eOut), name);
+        reply = call(textRequest("getFileTypeMetadata", "FileType", type));
+        EXPECT_EQ(reply.getStringParameter("FileTypeMetadata", Parameter::eOut),
+                  std::to_string(count) + ";" + std::to_string(name) + ";");
+    }
+    EXPECT_EQ(service.getFileTypeCountLimit(static_cast<LocalMgmtIfc::eFiletype>(-1)), 0);
+    EXPECT_EQ(service.getFileTypeNameLimit(static_cast<LocalMgmtIfc::eFiletype>(19)), 0);
+    EXPECT_EQ(service.getFileTypeMetadata(LocalMgmtIfc::FILETYPE_PICTURE), "");
+}
+
 TEST_F(LocalMgmtInvokerTest, InvalidateRepliesWithoutParameters) {
     const Method reply = call(Method("invalidateVCMSCache", Method::eRequest));
     EXPECT_EQ(reply.name(), "invalidateVCMSCache");

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace vireo {
+
+struct MethodCall;
+
+void handleSetPhoneBusyStatus(MethodCall& call);
+void handleRetrievePhoneBusyStatus(MethodCall& call);
+void handleClearPhoneBusyStatus(MethodCall& call);
+
+}  // namespace vireo

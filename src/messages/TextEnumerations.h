@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+#include "LocalMgmtIfc.h"
+
+namespace vireo {
+
+/// The file type of that name. A name that is unknown stands for the software image.
+LocalMgmtIfc::eFiletype convertXMLStringToFileTypeEnum(const std::string& name);
+
+}  // namespace vireo
