@@ -16,6 +16,8 @@ const char* describe(CallStatus status) {
             return "the connection to the service ended";
         case CallStatus::eTooLarge:
             return "larger than one message may be";
+        case CallStatus::eNotCarried:
+            return "it holds bytes that the chosen protocol cannot carry";
     }
     return "unknown call status";
 }

@@ -12,6 +12,7 @@ enum class CallStatus {
     eTimedOut,        ///< no reply in time; the service may have done the work all the same
     eDisconnected,    ///< the connection ended, now or earlier; it does not come back by itself
     eTooLarge,        ///< more than one message carries; nothing was sent
+    eNotCarried,      ///< a text of the call is none that the protocol can carry; nothing was sent
 };
 
 /// A few words for a person, such as "no answer in time". Static text.

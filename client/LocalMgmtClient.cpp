@@ -1,21 +1,66 @@
 #include "LocalMgmtClient.h"
 
 #include <algorithm>
+#include <charconv>
+#include <system_error>
 #include <utility>
 
 #include "PeerConnection.h"
 #include "messages/RpcAdapter.h"
+#include "messages/ServiceXmlAdapter.h"
+#include "service/ClientUtils.h"
+#include "service/Serializer.h"
 
 namespace vireo {
 namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::string_view kProtocol = "vireo_rpc";
 constexpr std::string_view kInterface = "LocalMgmtIfc";
 constexpr std::size_t kMaximumName = 255;
 // Keeps deadlines within what a clock can count.
 constexpr milliseconds kLongestTimeout = std::chrono::hours(24 * 365);
+
+bool encode(LocalMgmtClient::Protocol protocol, const Method& method, std::string& payload) {
+    if (protocol == LocalMgmtClient::Protocol::eXml) {
+        return ServiceXmlAdapter::encodeText(method, payload);
+    }
+    RpcAdapter::encodeText(method, payload);
+    return true;
+}
+
+bool decode(LocalMgmtClient::Protocol protocol, std::string_view payload, Method& method) {
+    return protocol == LocalMgmtClient::Protocol::eXml
+               ? ServiceXmlAdapter::decodeText(payload, method)
+               : RpcAdapter::decodeText(payload, method);
+}
+
+bool takeElement(const std::string& xml, const char* name, int& number) {
+    const std::string text = ClientUtils::extractValueFromXMLString(xml, name);
+    const char* const end = text.data() + text.size();
+    const auto [next, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && next == end;
+}
+
+// The service gives the limits in another form in each protocol.
+bool takeLimits(LocalMgmtClient::Protocol protocol, const Method& reply,
+                LocalMgmtClient::FileTypeLimits& limits) {
+    constexpr const char* kAnswer = "FileTypeMetadata";
+    if (protocol == LocalMgmtClient::Protocol::eXml) {
+        const std::string& xml = reply.getXMLParameter(kAnswer, Parameter::eOut);
+        return takeElement(xml, "maxFileTypeEntries", limits.entries) &&
+               takeElement(xml, "maxFileTypeNameChars", limits.nameCharacters);
+    }
+    std::string_view text = reply.getStringParameter(kAnswer, Parameter::eOut);
+    return Serializer::deserialize(text, limits.entries) &&
+           Serializer::deserialize(text, limits.nameCharacters) && text.empty();
+}
+
+Method fileTypeRequest(const char* methodName, const std::string& fileType) {
+    Method request(methodName, Method::eRequest);
+    request.addStringParameter("FileType", Parameter::eIn, fileType);
+    return request;
+}
 
 // Takes values out of a reply; one that lacks them is malformed.
 template <class Take>
@@ -47,11 +92,13 @@ std::unique_ptr<LocalMgmtClient> LocalMgmtClient::connect(const Options& options
     if (!connection) {
         return nullptr;
     }
-    return std::unique_ptr<LocalMgmtClient>(new LocalMgmtClient(std::move(connection), timeout));
+    return std::unique_ptr<LocalMgmtClient>(
+        new LocalMgmtClient(std::move(connection), timeout, options.protocol));
 }
 
-LocalMgmtClient::LocalMgmtClient(std::unique_ptr<PeerConnection> connection, milliseconds timeout)
-    : m_connection(std::move(connection)), m_timeout(timeout) {}
+LocalMgmtClient::LocalMgmtClient(std::unique_ptr<PeerConnection> connection, milliseconds timeout,
+                                 Protocol protocol)
+    : m_connection(std::move(connection)), m_protocol(protocol), m_timeout(timeout) {}
 
 LocalMgmtClient::~LocalMgmtClient() = default;
 
@@ -90,14 +137,18 @@ CallStatus LocalMgmtClient::callRaw(std::string_view protocol, std::string_view 
 
 CallStatus LocalMgmtClient::call(const Method& request, Method& reply) {
     std::string payload;
-    RpcAdapter::encodeText(request, payload);
+    if (!encode(m_protocol, request, payload)) {
+        return CallStatus::eNotCarried;
+    }
+    const char* const protocol =
+        m_protocol == Protocol::eXml ? VireoProtocols::SERVICE_XML : VireoProtocols::DEFAULT;
     std::string received;
-    if (const CallStatus status = callRaw(kProtocol, payload, received);
+    if (const CallStatus status = callRaw(protocol, payload, received);
         status != CallStatus::eDone) {
         return status;
     }
     Method decoded;
-    if (!RpcAdapter::decodeText(received, decoded) || decoded.type() != Method::eResponse) {
+    if (!decode(m_protocol, received, decoded) || decoded.type() != Method::eResponse) {
         return CallStatus::eMalformedReply;
     }
     reply = std::move(decoded);
@@ -120,6 +171,17 @@ CallStatus LocalMgmtClient::askText(const Method& request, const char* answer, s
     }
     return takeFrom([&] {
         text = reply.getStringParameter(answer, Parameter::eOut);
+        return true;
+    });
+}
+
+CallStatus LocalMgmtClient::askNumber(const Method& request, const char* answer, int& number) {
+    Method reply;
+    if (const CallStatus status = callNamed(request, reply); status != CallStatus::eDone) {
+        return status;
+    }
+    return takeFrom([&] {
+        number = reply.getIntParameter(answer, Parameter::eOut);
         return true;
     });
 }
@@ -189,6 +251,57 @@ CallStatus LocalMgmtClient::getSchema(const std::string& schemaName, ManageableD
 CallStatus LocalMgmtClient::invalidateVCMSCache() {
     Method reply;
     return callNamed(Method("invalidateVCMSCache", Method::eRequest), reply);
+}
+
+CallStatus LocalMgmtClient::retrievePhoneBusyStatus(unsigned& mask) {
+    int bits = 0;  // the 32 bits travel as an int
+    const CallStatus status =
+        askNumber(Method("retrievePhoneBusyStatus", Method::eRequest), "busyStatus", bits);
+    if (status == CallStatus::eDone) {
+        mask = static_cast<unsigned>(bits);
+    }
+    return status;
+}
+
+CallStatus LocalMgmtClient::sendBusyBits(const char* methodName, unsigned bits) {
+    Method request(methodName, Method::eRequest);
+    request.addIntParameter("busyStatus", Parameter::eIn, static_cast<int>(bits));
+    Method reply;
+    return callNamed(request, reply);
+}
+
+CallStatus LocalMgmtClient::setPhoneBusyStatus(unsigned bits) {
+    return sendBusyBits("setPhoneBusyStatus", bits);
+}
+
+CallStatus LocalMgmtClient::clearPhoneBusyStatus(unsigned bits) {
+    return sendBusyBits("clearPhoneBusyStatus", bits);
+}
+
+CallStatus LocalMgmtClient::getFileTypeMetadata(const std::string& fileType,
+                                                FileTypeLimits& limits) {
+    Method reply;
+    if (const CallStatus status =
+            callNamed(fileTypeRequest("getFileTypeMetadata", fileType), reply);
+        status != CallStatus::eDone) {
+        return status;
+    }
+    FileTypeLimits taken;
+    const CallStatus status = takeFrom([&] { return takeLimits(m_protocol, reply, taken); });
+    if (status == CallStatus::eDone) {
+        limits = taken;
+    }
+    return status;
+}
+
+CallStatus LocalMgmtClient::getFileTypeCountLimit(const std::string& fileType, int& entries) {
+    constexpr const char* kName = "getFileTypeCountLimit";
+    return askNumber(fileTypeRequest(kName, fileType), kName, entries);
+}
+
+CallStatus LocalMgmtClient::getFileTypeNameLimit(const std::string& fileType, int& nameCharacters) {
+    constexpr const char* kName = "getFileTypeNameLimit";
+    return askNumber(fileTypeRequest(kName, fileType), kName, nameCharacters);
 }
 
 }  // namespace vireo

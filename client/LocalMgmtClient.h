@@ -26,6 +26,13 @@ class PeerConnection;
 /// After eDisconnected every further call answers that at once; connect again.
 class VIREO_API LocalMgmtClient {
 public:
+    /// How calls are encoded. The functions are the same; XML cannot carry control characters
+    /// and invalid UTF-8.
+    enum class Protocol {
+        eRpc,  ///< the default protocol "vireo_rpc"
+        eXml,  ///< "vireo_svc_xml"
+    };
+
     struct Options {
         std::string socketPath;
         /// The name under which the service knows this connection, 1 to 64 letters,
@@ -33,6 +40,7 @@ public:
         std::string channelName = "client-*";
         /// How long connecting, and then each call, may take.
         std::chrono::milliseconds timeout{5000};
+        Protocol protocol = Protocol::eRpc;
     };
 
     /// Null on failure; `error` then holds one line that names the path and the cause.
@@ -50,7 +58,7 @@ public:
 
     // The out parameters of all calls are changed by eDone only.
 
-    /// Calls any method of the interface in the default protocol.
+    /// Calls any method of the interface.
     CallStatus call(const Method& request, Method& reply);
     /// Sends `payload` as it is in a protocol of the service.
     CallStatus callRaw(std::string_view protocol, std::string_view payload,
@@ -74,14 +82,36 @@ public:
     /// Makes the service forget the last known values of other owners' items.
     CallStatus invalidateVCMSCache();
 
+    /// The phone's busy mask: a bit for each thing that keeps it busy, 0 when it is idle.
+    CallStatus retrievePhoneBusyStatus(unsigned& mask);
+    /// Sets, or takes away, the bits of `bits` in it.
+    CallStatus setPhoneBusyStatus(unsigned bits);
+    CallStatus clearPhoneBusyStatus(unsigned bits);
+
+    /// How many files of a type the phone keeps, and how many characters their names may have.
+    struct FileTypeLimits {
+        int entries = 0;  ///< -1: as many as there is room for
+        int nameCharacters = 0;
+    };
+    /// The limits of the type that bears the name `fileType` in messages, such as "images". The
+    /// service takes an unknown name for the software type.
+    CallStatus getFileTypeMetadata(const std::string& fileType, FileTypeLimits& limits);
+    /// One of the two.
+    CallStatus getFileTypeCountLimit(const std::string& fileType, int& entries);
+    CallStatus getFileTypeNameLimit(const std::string& fileType, int& nameCharacters);
+
 private:
-    LocalMgmtClient(std::unique_ptr<PeerConnection> connection, std::chrono::milliseconds timeout);
+    LocalMgmtClient(std::unique_ptr<PeerConnection> connection, std::chrono::milliseconds timeout,
+                    Protocol protocol);
 
     CallStatus callNamed(const Method& request, Method& reply);
     CallStatus askText(const Method& request, const char* answer, std::string& text);
+    CallStatus askNumber(const Method& request, const char* answer, int& number);
+    CallStatus sendBusyBits(const char* methodName, unsigned bits);
     CallStatus exchangeRecord(const char* methodName, ManageableData& record, bool& result);
 
     const std::unique_ptr<PeerConnection> m_connection;
+    const Protocol m_protocol;
     std::chrono::milliseconds m_timeout;
     mutable std::mutex m_mutex;  // guards the time-out and the connection's state
 };

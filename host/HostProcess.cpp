@@ -82,6 +82,7 @@ bool HostProcess::loadService(const std::string& plugin, std::string& error) {
 
 void HostProcess::startService() {
     m_framework.registerProtocol(VireoProtocols::DEFAULT, m_rpcAdapter);
+    m_framework.registerProtocol(VireoProtocols::SERVICE_XML, m_serviceXmlAdapter);
     m_service->init(m_context);
     m_invoker->initInvoker(&m_framework);
     m_service->run();

@@ -11,6 +11,7 @@
 #include "messages/HostFramework.h"
 #include "messages/MessageLoop.h"
 #include "messages/RpcAdapter.h"
+#include "messages/ServiceXmlAdapter.h"
 #include "runtime/ConfigDirectory.h"
 #include "runtime/DeviceRoot.h"
 #include "runtime/HostContext.h"
@@ -61,6 +62,7 @@ private:
     std::unique_ptr<SqliteDataAccess> m_store;
     std::optional<PluginLoader> m_plugin;
     RpcAdapter m_rpcAdapter;
+    ServiceXmlAdapter m_serviceXmlAdapter;
     HostFramework m_framework;
     ServiceRegistry m_services;
     MessageLoop m_loop;

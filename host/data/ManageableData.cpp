@@ -151,6 +151,10 @@ DxlDocumentPointer ManageableData::getDocument(const std::string& rootId) const 
     return m_items.getDocument(rootId);
 }
 
+std::vector<DxlDocumentPointer> ManageableData::documents() const {
+    return m_items.documents();
+}
+
 std::shared_ptr<const DxlSchema> ManageableData::getSchema(const std::string& name) const {
     auto schema = m_items.getSchema(name);
     return schema || m_dictionary == nullptr ? schema : m_dictionary->findSchema(name);

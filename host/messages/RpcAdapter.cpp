@@ -1,8 +1,8 @@
 #include "messages/RpcAdapter.h"
 
-#include <streambuf>
 #include <utility>
 
+#include "messages/StreamText.h"
 #include "service/Serializer.h"
 
 namespace vireo {
@@ -104,19 +104,7 @@ bool RpcAdapter::encode(const Method& method, std::ostream& out) {
 }
 
 bool RpcAdapter::decode(std::istream& in, Method& method) {
-    // Messages arrive in memory: what is there is taken in one piece.
-    std::string text;
-    std::streambuf& buffer = *in.rdbuf();
-    for (std::streamsize ready = buffer.in_avail(); ready > 0; ready = buffer.in_avail()) {
-        const std::size_t start = text.size();
-        text.resize(start + static_cast<std::size_t>(ready));
-        const std::streamsize got = buffer.sgetn(text.data() + start, ready);
-        if (got < ready) {
-            text.resize(start + static_cast<std::size_t>(got < 0 ? 0 : got));
-            break;
-        }
-    }
-    return decodeText(text, method);
+    return decodeText(StreamText::takeAll(in), method);
 }
 
 }  // namespace vireo

@@ -83,6 +83,8 @@ public:
     // -- documents and schemas -----------------------------------------------------------------
 
     DxlDocumentPointer getDocument(const std::string& rootId) const;
+    /// All documents, ordered by name: those of the root ids and what the record holds beside them.
+    std::vector<DxlDocumentPointer> documents() const;
     std::shared_ptr<const DxlSchema> getSchema(const std::string& name) const;
     void putDocument(DxlDocumentPointer document);
     void putSchema(std::shared_ptr<const DxlSchema> schema);

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "LocalMgmtClient.h"
 #include "data/RejectionSpec.h"
 #include "service/Method.h"
 
@@ -30,6 +31,8 @@ public:
     /// The answer of `methodName` with its only parameter, which a person reads as it is.
     virtual void text(const std::string& methodName, const std::string& parameterName,
                       const std::string& value) = 0;
+    virtual void busyStatus(unsigned mask) = 0;
+    virtual void limits(const LocalMgmtClient::FileTypeLimits& limits) = 0;
     virtual void emptyReply() = 0;
 
 protected:

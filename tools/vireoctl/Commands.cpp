@@ -1,6 +1,8 @@
 #include "Commands.h"
 
+#include <string_view>
 #include <unordered_set>
+#include <utility>
 
 #include "data/ManageableData.h"
 #include "data/XmlText.h"
@@ -48,19 +50,53 @@ ExitCode Commands::get(const std::vector<std::string>& tags) {
         return code;
     }
     answer.refusals = record.rejections();
+    std::vector<std::string> missing;
     for (const std::string& tag : asked) {
         std::string value;
         if (record.interogate(tag, tag, value)) {
             answer.items.emplace_back(tag, std::move(value));
         } else {
-            answer.remarks.push_back(explainMissing(tag));
+            missing.push_back(tag);
         }
     }
+    takeMembers(record, asked, missing, answer);
     if (!answer.result && answer.refusals.empty() && answer.remarks.empty()) {
         answer.remarks.emplace_back(
             "read failed: the owner of an item failed, its value may be old");
     }
     return print(answer);
+}
+
+// What the record holds that was not asked for by name are the members of collections. A tag
+// without a document of its own is one of those, or could not be read.
+void Commands::takeMembers(const ManageableData& record, const std::vector<std::string>& asked,
+                           const std::vector<std::string>& missing, RecordAnswer& answer) {
+    const std::unordered_set<std::string_view> named(asked.begin(), asked.end());
+    bool hasMembers = false;
+    for (const DxlDocumentPointer& document : record.documents()) {
+        std::string value;
+        const std::string& member = document->getName();
+        if (!named.contains(member) && record.interogate(member, member, value)) {
+            answer.items.emplace_back(member, std::move(value));
+            hasMembers = true;
+        }
+    }
+    if (answer.result || (hasMembers && missing.size() == 1)) {
+        return;
+    }
+    for (const std::string& tag : missing) {
+        if (!hasMembers || !bringsMembers(tag)) {
+            answer.remarks.push_back(explainMissing(tag));
+        }
+    }
+}
+
+// Whether the tag alone is answered with documents.
+bool Commands::bringsMembers(const std::string& tag) {
+    ManageableData record;
+    record.addRootId(tag, nullptr);
+    bool result = false;
+    return m_client.getData(record, result) == CallStatus::eDone && !record.documents().empty();
 }
 
 ExitCode Commands::set(const std::vector<Assignment>& assignments) {
@@ -126,9 +162,31 @@ ExitCode Commands::schemaOf(const std::string& tag) {
 }
 
 ExitCode Commands::invalidateCache() {
+    return printDone(m_client.invalidateVCMSCache(), "invalidateVCMSCache");
+}
+
+ExitCode Commands::showBusy() {
+    unsigned mask = 0;
     ExitCode code = ExitCode::eDone;
-    if (!reportFailure(m_client.invalidateVCMSCache(), code)) {
-        m_printer.method(Method("invalidateVCMSCache", Method::eResponse));
+    if (!reportFailure(m_client.retrievePhoneBusyStatus(mask), code)) {
+        m_printer.busyStatus(mask);
+    }
+    return code;
+}
+
+ExitCode Commands::setBusy(unsigned bits) {
+    return printDone(m_client.setPhoneBusyStatus(bits), "setPhoneBusyStatus");
+}
+
+ExitCode Commands::clearBusy(unsigned bits) {
+    return printDone(m_client.clearPhoneBusyStatus(bits), "clearPhoneBusyStatus");
+}
+
+ExitCode Commands::limits(const std::string& fileType) {
+    LocalMgmtClient::FileTypeLimits limits;
+    ExitCode code = ExitCode::eDone;
+    if (!reportFailure(m_client.getFileTypeMetadata(fileType, limits), code)) {
+        m_printer.limits(limits);
     }
     return code;
 }
@@ -165,6 +223,7 @@ bool Commands::reportFailure(CallStatus status, ExitCode& code) {
             break;
         case CallStatus::eMalformedReply:
         case CallStatus::eTooLarge:
+        case CallStatus::eNotCarried:
             m_errors << "vireoctl: " << describe(status) << '\n';
             code = ExitCode::eRefused;
             break;
@@ -175,6 +234,15 @@ bool Commands::reportFailure(CallStatus status, ExitCode& code) {
 ExitCode Commands::print(const RecordAnswer& answer) {
     m_printer.record(answer);
     return answer.result ? ExitCode::eDone : ExitCode::eRefused;
+}
+
+// The end of a command whose reply holds nothing.
+ExitCode Commands::printDone(CallStatus status, const char* methodName) {
+    ExitCode code = ExitCode::eDone;
+    if (!reportFailure(status, code)) {
+        m_printer.method(Method(methodName, Method::eResponse));
+    }
+    return code;
 }
 
 ExitCode Commands::printName(CallStatus status, const char* methodName, const char* parameterName,

@@ -23,13 +23,18 @@ public:
              std::chrono::milliseconds timeout)
         : m_client(client), m_printer(printer), m_errors(errors), m_timeout(timeout) {}
 
-    /// Reads all items with one record.
+    /// Reads all items with one record. For a collection its members are printed.
     ExitCode get(const std::vector<std::string>& tags);
     /// Writes all items with one record. Nothing is sent when one of them cannot be.
     ExitCode set(const std::vector<Assignment>& assignments);
     ExitCode schema(const std::string& name);
     ExitCode schemaOf(const std::string& tag);
     ExitCode invalidateCache();
+    ExitCode showBusy();
+    ExitCode setBusy(unsigned bits);
+    ExitCode clearBusy(unsigned bits);
+    /// `fileType` is one of the names that the service knows; it takes others for software.
+    ExitCode limits(const std::string& fileType);
     ExitCode call(const std::string& methodName, const std::vector<Parameter>& parameters);
 
 private:
@@ -39,6 +44,10 @@ private:
                        const std::string& value, const std::string& unknown);
     std::optional<bool> isKnown(const std::string& tag);
     std::string explainMissing(const std::string& tag);
+    void takeMembers(const ManageableData& record, const std::vector<std::string>& asked,
+                     const std::vector<std::string>& missing, RecordAnswer& answer);
+    bool bringsMembers(const std::string& tag);
+    ExitCode printDone(CallStatus status, const char* methodName);
     void sortOutWritten(const std::vector<Assignment>& assignments, RecordAnswer& answer);
 
     LocalMgmtClient& m_client;

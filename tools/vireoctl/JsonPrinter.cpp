@@ -11,6 +11,10 @@ void printLine(std::ostream& out, const Json& object) {
     out << object.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
+void printMethod(std::ostream& out, const std::string& name, Json parameters) {
+    printLine(out, Json{{"method", name}, {"parameters", std::move(parameters)}});
+}
+
 Json valueOf(const Parameter& parameter) {
     switch (parameter.type) {
         case Parameter::types::eInt:
@@ -51,12 +55,22 @@ void JsonPrinter::method(const Method& reply) {
         parameters.emplace(parameter.name,
                            valueOf(parameter));  // of two of a name the first counts
     }
-    printLine(m_out, Json{{"method", reply.name()}, {"parameters", std::move(parameters)}});
+    printMethod(m_out, reply.name(), std::move(parameters));
 }
 
 void JsonPrinter::text(const std::string& methodName, const std::string& parameterName,
                        const std::string& value) {
-    printLine(m_out, Json{{"method", methodName}, {"parameters", Json{{parameterName, value}}}});
+    printMethod(m_out, methodName, Json{{parameterName, value}});
+}
+
+void JsonPrinter::busyStatus(unsigned mask) {
+    printMethod(m_out, "retrievePhoneBusyStatus", Json{{"busyStatus", mask}});
+}
+
+void JsonPrinter::limits(const LocalMgmtClient::FileTypeLimits& limits) {
+    printMethod(m_out, "getFileTypeMetadata",
+                Json{{"maxFileTypeEntries", limits.entries},
+                     {"maxFileTypeNameChars", limits.nameCharacters}});
 }
 
 void JsonPrinter::emptyReply() {

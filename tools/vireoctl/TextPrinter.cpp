@@ -1,5 +1,6 @@
 #include "TextPrinter.h"
 
+#include "BusyMask.h"
 #include "CallStatus.h"
 
 namespace vireo {
@@ -41,6 +42,15 @@ void TextPrinter::text(const std::string& /*methodName*/, const std::string& /*p
     if (!value.empty()) {
         m_out << value << '\n';
     }
+}
+
+void TextPrinter::busyStatus(unsigned mask) {
+    m_out << "busy = " << mask << " (" << BusyMask::describe(mask) << ")\n";
+}
+
+void TextPrinter::limits(const LocalMgmtClient::FileTypeLimits& limits) {
+    m_out << "entries = " << limits.entries << (limits.entries == -1 ? " (no limit)" : "")
+          << "\nname characters = " << limits.nameCharacters << '\n';
 }
 
 void TextPrinter::emptyReply() {

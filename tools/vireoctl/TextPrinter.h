@@ -15,6 +15,8 @@ public:
     void method(const Method& reply) override;
     void text(const std::string& methodName, const std::string& parameterName,
               const std::string& value) override;
+    void busyStatus(unsigned mask) override;
+    void limits(const LocalMgmtClient::FileTypeLimits& limits) override;
     void emptyReply() override;
 };
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Assignment.h"
+#include "BusyMask.h"
 #include "Commands.h"
 #include "ExitCode.h"
 #include "JsonPrinter.h"
@@ -21,6 +22,11 @@
 
 namespace vireo {
 namespace {
+
+// The names that the service knows. It takes any other for software without a word.
+const std::vector<std::string> kFileTypes{"images", "moh",         "swBind", "help",    "midlets",
+                                          "logo",   "screensaver", "tone",   "ldap",    "ringer",
+                                          "jar",    "jad",         "phd",    "vraudio", "vrpat"};
 
 struct CommandLine;
 using Command = std::function<ExitCode(Commands&)>;
@@ -33,7 +39,9 @@ struct CommandLine {
     std::string protocol = "rpc";
     bool json = false;
     int timeout = 5000;
-    std::string name;                    // of a method, schema or item
+    std::string name;             // of a method, schema, item or file type
+    std::string action = "show";  // of "busy"
+    std::string number;
     std::vector<std::string> arguments;  // of the command
     Binder bind = nullptr;
 };
@@ -60,6 +68,28 @@ std::optional<Command> bindSchemaOf(const CommandLine& line, std::string& /*erro
 
 std::optional<Command> bindInvalidateCache(const CommandLine& /*line*/, std::string& /*error*/) {
     return [](Commands& commands) { return commands.invalidateCache(); };
+}
+
+std::optional<Command> bindBusy(const CommandLine& line, std::string& error) {
+    const bool shows = line.action == "show";
+    if (shows != line.number.empty()) {
+        error = shows ? "'show' takes no bits" : "'" + line.action + "' needs the bits";
+        return std::nullopt;
+    }
+    if (shows) {
+        return [](Commands& commands) { return commands.showBusy(); };
+    }
+    const std::optional<unsigned> bits = BusyMask::parse(line.number, error);
+    if (!bits) {
+        return std::nullopt;
+    }
+    return [bits = *bits, sets = line.action == "set"](Commands& commands) {
+        return sets ? commands.setBusy(bits) : commands.clearBusy(bits);
+    };
+}
+
+std::optional<Command> bindLimits(const CommandLine& line, std::string& /*error*/) {
+    return [fileType = line.name](Commands& commands) { return commands.limits(fileType); };
 }
 
 std::optional<Command> bindCall(const CommandLine& line, std::string& error) {
@@ -92,7 +122,7 @@ void declareOptions(CLI::App& app, CommandLine& line) {
         ->type_name("NAME")
         ->capture_default_str();
     app.add_option("--protocol", line.protocol, "How requests are encoded")
-        ->check(CLI::IsMember({"rpc"}))
+        ->check(CLI::IsMember({"rpc", "xml"}))
         ->capture_default_str();
     app.add_flag("--json", line.json, "Print one JSON object per answer");
     app.add_option("--timeout", line.timeout, "How long to wait for the service")
@@ -128,6 +158,19 @@ void declareCommands(CLI::App& app, CommandLine& line) {
     addCommand(app, line, "invalidate-cache",
                "Make the service forget the last known values of other owners' items",
                bindInvalidateCache);
+    CLI::App& busy =
+        addCommand(app, line, "busy", "Show or change what keeps the phone busy", bindBusy);
+    busy.add_option("ACTION", line.action, "What to do: show, set or clear")
+        ->check(CLI::IsMember({"show", "set", "clear"}))
+        ->type_name("")
+        ->capture_default_str();
+    busy.add_option("BITS", line.number, "The bits to set or clear, decimal or 0x and hexadecimal")
+        ->type_name("");
+    addCommand(app, line, "limits", "Print how many files of a type the phone keeps", bindLimits)
+        .add_option("TYPE", line.name, "The file type")
+        ->required()
+        ->check(CLI::IsMember(kFileTypes))
+        ->type_name("");
     CLI::App& call =
         addCommand(app, line, "call", "Call any method of the local interface", bindCall);
     call.add_option("METHOD", line.name, "The method")->required()->type_name("");
@@ -140,6 +183,8 @@ ExitCode runCommand(const CommandLine& line, const Command& command) {
     options.socketPath = line.socketPath;
     options.channelName = line.channelName;
     options.timeout = std::chrono::milliseconds(line.timeout);
+    options.protocol =
+        line.protocol == "xml" ? LocalMgmtClient::Protocol::eXml : LocalMgmtClient::Protocol::eRpc;
     std::string error;
     const std::unique_ptr<LocalMgmtClient> client = LocalMgmtClient::connect(options, error);
     if (!client) {
