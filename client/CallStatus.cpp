@@ -17,7 +17,7 @@ const char* describe(CallStatus status) {
         case CallStatus::eTooLarge:
             return "larger than one message may be";
         case CallStatus::eNotCarried:
-            return "it holds bytes that the chosen protocol cannot carry";
+            return "the call holds a character that the chosen protocol cannot carry";
     }
     return "unknown call status";
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "BusyMask.h"
 #include "Commands.h"
 #include "JsonPrinter.h"
 #include "TextPrinter.h"
@@ -139,6 +140,43 @@ TEST(Commands, GetPrintsWhatWasReadAndExplainsTheRest) {
     });
 }
 
+TEST(Commands, GetPrintsTheMembersOfCollections) {
+    const Request getBoth = [](Commands& commands) {
+        return commands.get({"sounds", "other", "b"});
+    };
+    auto members = recordOf({{"d", "4"}, {"c", "3"}, {"b", "2"}});
+    for (const char* collection : {"sounds", "other"}) {
+        members.addRootId(collection, nullptr);
+    }
+    expectRows({
+        {"every member once, those asked for by name first",
+         getBoth,
+         {recordReply("getData", true, members)},
+         ExitCode::eDone,
+         "b = 2\nc = 3\nd = 4\n",
+         "",
+         R"({"result":true,"items":{"b":"2","c":"3","d":"4"},"refusals":[]})"
+         "\n"},
+        {"a collection of which a member failed",
+         [](Commands& commands) { return commands.get({"sounds"}); },
+         {recordReply("getData", false, recordOf({{"c", "3"}}))},
+         ExitCode::eRefused,
+         "c = 3\n",
+         "read failed: the owner of an item failed, its value may be old\n",
+         R"({"result":false,"items":{"c":"3"},"refusals":[]})"
+         "\n"},
+        {"a collection beside an unknown item",
+         getBoth,
+         {recordReply("getData", false, members), recordReply("getData", true, members),
+          recordReply("getData", false, ManageableData()), schemaNameReply("")},
+         ExitCode::eRefused,
+         "b = 2\nc = 3\nd = 4\n",
+         "other: no value (unknown item)\n",
+         R"({"result":false,"items":{"b":"2","c":"3","d":"4"},"refusals":[]})"
+         "\n"},
+    });
+}
+
 TEST(Commands, SetPrintsWhatWasWrittenAndWhatWasNot) {
     const auto both = recordOf({{"a", "1"}, {"b", "2"}});
     const Request setBoth = [](Commands& commands) {
@@ -261,6 +299,67 @@ TEST(Commands, CallPrintsEveryParameterOfTheReply) {
          "why\n",
          "{\"method\":null}\n"},
     });
+}
+
+Method busyReply(unsigned mask) {
+    Method reply("retrievePhoneBusyStatus", Method::eResponse);
+    reply.addIntParameter("busyStatus", Parameter::eOut, static_cast<int>(mask));
+    return reply;
+}
+
+TEST(Commands, BusyAndLimitsSayWhatTheNumbersMean) {
+    expectRows({
+        {"nothing keeps it busy",
+         [](Commands& commands) { return commands.showBusy(); },
+         {encoded(busyReply(0))},
+         ExitCode::eDone,
+         "busy = 0 (idle)\n",
+         "",
+         R"({"method":"retrievePhoneBusyStatus","parameters":{"busyStatus":0}})"
+         "\n"},
+        {"known bits and others",
+         [](Commands& commands) { return commands.showBusy(); },
+         {encoded(busyReply(0x80000205U))},
+         ExitCode::eDone,
+         "busy = 2147484165 (1 call, 512 software update, 2147483652 other)\n",
+         "",
+         R"({"method":"retrievePhoneBusyStatus","parameters":{"busyStatus":2147484165}})"
+         "\n"},
+        {"a change",
+         [](Commands& commands) { return commands.clearBusy(512); },
+         {encoded(Method("clearPhoneBusyStatus", Method::eResponse))},
+         ExitCode::eDone,
+         "",
+         "",
+         R"({"method":"clearPhoneBusyStatus","parameters":{}})"
+         "\n"},
+        {"no limit",
+         [](Commands& commands) { return commands.limits("midlets"); },
+         {textReply("getFileTypeMetadata", "FileTypeMetadata", "-1;15;")},
+         ExitCode::eDone,
+         "entries = -1 (no limit)\nname characters = 15\n",
+         "",
+         R"({"method":"getFileTypeMetadata","parameters":{"maxFileTypeEntries":-1,)"
+         R"("maxFileTypeNameChars":15}})"
+         "\n"},
+    });
+}
+
+TEST(BusyMask, ReadsWhatAPersonTypesAndNothingElse) {
+    const struct {
+        const char* argument;
+        std::optional<unsigned> mask;
+    } rows[] = {
+        {"0", 0U},           {"513", 513U},       {"0x201", 513U},    {"0XfF", 255U},
+        {"4294967295", ~0U}, {"0xFFFFFFFF", ~0U}, {"", std::nullopt}, {"4294967296", {}},
+        {"0x100000000", {}}, {"0x", {}},          {"-1", {}},         {"+1", {}},
+        {" 1", {}},          {"1 ", {}},          {"f", {}},
+    };
+    for (const auto& row : rows) {
+        std::string error;
+        EXPECT_EQ(BusyMask::parse(row.argument, error), row.mask) << row.argument;
+        EXPECT_EQ(error.empty(), row.mask.has_value()) << error;
+    }
 }
 
 TEST(Commands, WithoutAnAnswerSaysWhyOnStandardErrorAlone) {
