@@ -55,6 +55,8 @@ void declare(CLI::App& app, HostOptions& options) {
         ->type_name("N")
         ->check(CLI::Range(std::size_t{1}, kMostPeers))
         ->capture_default_str();
+    app.add_flag("--check-config", options.isCheck,
+                 "Say what does not fit together in the configuration files, and end");
     app.set_version_flag("--version", std::string("vireod ") + VIREO_VERSION);
 }
 

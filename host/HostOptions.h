@@ -15,6 +15,7 @@ struct HostOptions {
     std::string logFile;  ///< empty: standard error
     int logLevel = 0;
     std::size_t maximumPeers = 0;
+    bool isCheck = false;  ///< check the configuration instead of serving it
 
     /// Nothing when the process ends here, with `exitCode`: 2 for a wrong usage, which was
     /// explained on standard error, 0 when help or version were asked for and printed.

@@ -8,6 +8,7 @@
 
 #include "HostOptions.h"
 #include "HostProcess.h"
+#include "check/CheckConfiguration.h"
 
 namespace {
 
@@ -54,5 +55,8 @@ int main(int argc, char** argv) {
     int exitCode = 0;
     const std::optional<vireo::HostOptions> options =
         vireo::HostOptions::parse(argc, argv, exitCode);
+    if (options && options->isCheck) {
+        return vireo::checkConfiguration(options->configDirectory, options->plugin);
+    }
     return options ? serve(*options, stopSignals) : exitCode;
 }

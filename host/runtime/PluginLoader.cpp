@@ -62,4 +62,8 @@ PluginInvoker PluginLoader::createInvoker(const char* symbol, std::string& error
     return create<Invoker>(symbol, error);
 }
 
+PluginCheck PluginLoader::createCheck(const char* symbol, std::string& error) const {
+    return create<ConfigurationCheck>(symbol, error);
+}
+
 }  // namespace vireo

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "service/ConfigurationCheck.h"
 #include "service/Invoker.h"
 #include "service/Service.h"
 
@@ -21,6 +22,7 @@ struct PluginDeleter {
 
 using PluginService = std::unique_ptr<Service, PluginDeleter>;
 using PluginInvoker = std::unique_ptr<Invoker, PluginDeleter>;
+using PluginCheck = std::unique_ptr<ConfigurationCheck, PluginDeleter>;
 
 /// A shared library whose factories make services and invokers. The library stays loaded as long as
 /// the loader or one of its objects lives. Tasks and other closures that the plug-in left elsewhere
@@ -29,6 +31,7 @@ class PluginLoader {
 public:
     static constexpr const char* kServiceFactory = "createVireoClientMgmt";
     static constexpr const char* kLocalInvokerFactory = "createLocalMgmtInvoker";
+    static constexpr const char* kCheckFactory = "createConfigurationCheck";
 
     /// Loads `file`, with all its symbols resolved. Empty with a one-line `error` that names the
     /// file and what is missing.
@@ -38,6 +41,7 @@ public:
     /// with a one-line `error` that names file and symbol.
     PluginService createService(const char* symbol, std::string& error) const;
     PluginInvoker createInvoker(const char* symbol, std::string& error) const;
+    PluginCheck createCheck(const char* symbol, std::string& error) const;
 
 private:
     PluginLoader(std::string file, std::shared_ptr<void> library)

@@ -1,5 +1,6 @@
 #include "Boundary.h"
 #include "Visibility.h"
+#include "check/CatalogueCheck.h"
 #include "messages/LocalMgmtInvoker.h"
 #include "service/VireoClientMgmt.h"
 
@@ -14,4 +15,10 @@ extern "C" VIREO_API vireo::Service* createVireoClientMgmt() {
 extern "C" VIREO_API vireo::Invoker* createLocalMgmtInvoker() {
     return vireo::guarded("createLocalMgmtInvoker", static_cast<vireo::Invoker*>(nullptr),
                           [] { return new vireo::LocalMgmtInvoker(); });
+}
+
+extern "C" VIREO_API vireo::ConfigurationCheck* createConfigurationCheck() {
+    return vireo::guarded("createConfigurationCheck",
+                          static_cast<vireo::ConfigurationCheck*>(nullptr),
+                          [] { return new vireo::CatalogueCheck(); });
 }
