@@ -56,7 +56,7 @@ int main(int argc, char** argv) {
     const std::optional<vireo::HostOptions> options =
         vireo::HostOptions::parse(argc, argv, exitCode);
     if (options && options->isCheck) {
-        return vireo::checkConfiguration(options->configDirectory, options->plugin);
+        return vireo::checkConfiguration(*options);
     }
     return options ? serve(*options, stopSignals) : exitCode;
 }

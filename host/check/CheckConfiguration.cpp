@@ -61,15 +61,15 @@ void reportUnusedFiles(const std::string& directory, const NotedFiles& files,
 
 }  // namespace
 
-int checkConfiguration(const std::string& directory, const std::string& plugin) {
+int checkConfiguration(const HostOptions& options) {
     std::string error;
-    const auto library = PluginLoader::load(plugin, error);
+    const auto library = PluginLoader::load(options.plugin, error);
     const auto check = library ? library->createCheck(PluginLoader::kCheckFactory, error) : nullptr;
     if (!check) {
         std::fprintf(stderr, "vireod: cannot check: %s\n", error.c_str());
         return 1;
     }
-    NotedFiles files(directory);
+    NotedFiles files(options.configDirectory);
     FindingPrinter printer(stdout);
     const CheckPorts ports(printer, files);
     const auto catalogue = readCatalogue(files, printer);
@@ -78,7 +78,7 @@ int checkConfiguration(const std::string& directory, const std::string& plugin) 
         layout.emplace(*catalogue);
     }
     const ConfigurationSize size = check->check(layout ? &*layout : nullptr, printer);
-    reportUnusedFiles(directory, files, printer);
+    reportUnusedFiles(options.configDirectory, files, printer);
     printer.printSummary(size);
     return printer.errors() == 0 ? 0 : 1;
 }

@@ -1,5 +1,8 @@
 #include "check/FindingPrinter.h"
 
+#include <algorithm>
+#include <string>
+
 #include "log/Log.h"
 
 namespace vireo {
@@ -52,9 +55,12 @@ void FindingPrinter::print(Severity severity, std::string_view where, std::strin
                            std::string_view remedy) {
     const bool isError = severity == Severity::eError;
     ++(isError ? m_errors : m_warnings);
-    const auto size = [](std::string_view text) { return static_cast<int>(text.size()); };
-    std::fprintf(m_output, "%s: %.*s: %.*s; %.*s\n", isError ? "error" : "warning", size(where),
-                 where.data(), size(what), what.data(), size(remedy), remedy.data());
+    std::string line(isError ? "error: " : "warning: ");
+    line.append(where).append(": ").append(what).append("; ").append(remedy);
+    // Texts from the files may have line ends; a finding is one line.
+    std::replace_if(
+        line.begin(), line.end(), [](unsigned char c) { return c < ' '; }, ' ');
+    std::fprintf(m_output, "%s\n", line.c_str());
 }
 
 void FindingPrinter::printSummary(const ConfigurationSize& size) const {

@@ -1,6 +1,7 @@
 #include "check/ItemMapCheck.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
 #include "items/ItemCatalogue.h"
@@ -22,15 +23,14 @@ bool isFileRequestTag(std::string_view tag) {
     return tag.starts_with("file-") && dash > 5 && isNumber(tag.substr(dash + 1));
 }
 
+constexpr std::string_view kLockLists[] = {"locked-config-menus", "locked-local-function-menus"};
+
 /// The list's own name, or that and a number.
 bool isLockListTag(std::string_view tag) {
-    for (const std::string_view list : {"locked-config-menus", "locked-local-function-menus"}) {
-        if (tag == list || (tag.starts_with(list) && tag[list.size()] == '-' &&
-                            isNumber(tag.substr(list.size() + 1)))) {
-            return true;
-        }
-    }
-    return false;
+    return std::any_of(std::begin(kLockLists), std::end(kLockLists), [tag](std::string_view list) {
+        return tag == list || (tag.starts_with(list) && tag[list.size()] == '-' &&
+                               isNumber(tag.substr(list.size() + 1)));
+    });
 }
 
 }  // namespace
