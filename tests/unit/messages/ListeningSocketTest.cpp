@@ -9,7 +9,7 @@
 #include <string>
 
 #include "../runtime/ScratchDirectory.h"
-#include "FramePeer.h"
+#include "support/FramePeer.h"
 #include "messages/ListeningSocket.h"
 
 namespace vireo::test {

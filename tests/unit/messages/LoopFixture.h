@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "../runtime/ScratchDirectory.h"
-#include "FramePeer.h"
+#include "support/FramePeer.h"
 #include "messages/MessageLoop.h"
 #include "service/Executable.h"
 #include "service/Invoker.h"

@@ -1,4 +1,4 @@
-#include "FramePeer.h"
+#include "support/FramePeer.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -94,12 +94,13 @@ std::string FramePeer::hello(std::string_view channel) {
     return answer->kind == FrameKind::eWelcome ? answer->payload : "refused: " + answer->payload;
 }
 
-std::string FramePeer::ask(std::string_view payload, std::string_view interfaceName) {
+std::string FramePeer::ask(std::string_view payload, std::string_view interfaceName,
+                           std::string_view protocol) {
     const std::uint32_t correlation = ++m_lastCorrelation;
-    write(frame(FrameKind::eRequest, correlation, payload, "vireo_rpc", interfaceName));
+    write(frame(FrameKind::eRequest, correlation, payload, protocol, interfaceName));
     const auto answer = read();
     if (!answer || answer->kind != FrameKind::eReply || answer->correlation != correlation ||
-        answer->protocol != "vireo_rpc" || answer->interfaceName != interfaceName) {
+        answer->protocol != protocol || answer->interfaceName != interfaceName) {
         return "no reply";
     }
     return answer->payload;

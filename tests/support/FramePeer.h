@@ -39,7 +39,8 @@ public:
     /// Says hello and answers the channel name given, or "refused: " and the reason.
     std::string hello(std::string_view channel);
     /// One request and the payload of its reply; "no reply" for anything else.
-    std::string ask(std::string_view payload, std::string_view interfaceName = "EchoIfc");
+    std::string ask(std::string_view payload, std::string_view interfaceName = "EchoIfc",
+                    std::string_view protocol = "vireo_rpc");
 
     static std::string frame(FrameKind kind, std::uint32_t correlation, std::string_view payload,
                              std::string_view protocol = "vireo_rpc",

@@ -1,0 +1,72 @@
+#include "support/ProcessState.h"
+#include "support/RunningPhone.h"
+#include "support/StressRun.h"
+
+namespace vireo::test {
+namespace {
+
+/// Calls by message. Every call has to be answered.
+class MessageCaller : public StressCaller {
+public:
+    explicit MessageCaller(std::unique_ptr<LocalMgmtClient> client) : m_client(std::move(client)) {
+        m_client->setTimeout(std::chrono::seconds(60));
+    }
+
+    bool setData(ManageableData& record) override {
+        bool result = false;
+        EXPECT_EQ(m_client->setData(record, result), CallStatus::eDone);
+        return result;
+    }
+    bool getData(ManageableData& record) override {
+        bool result = false;
+        EXPECT_EQ(m_client->getData(record, result), CallStatus::eDone);
+        return result;
+    }
+    bool getValue(const std::string& tag, std::string& value) override {
+        ManageableData record;
+        record.setRootId(tag, nullptr);
+        return getData(record) && record.interogate(tag, tag, value);
+    }
+    void callOther(unsigned choice, const std::string& tag) override {
+        std::string name;
+        std::string text;
+        ManageableData record;
+        bool result = false;
+        EXPECT_EQ(m_client->findSchemaName(tag, name), CallStatus::eDone);
+        switch (choice % 3) {
+            case 0:
+                EXPECT_EQ(m_client->invalidateVCMSCache(), CallStatus::eDone);
+                break;
+            case 1:
+                EXPECT_EQ(m_client->exportSchema(name, text), CallStatus::eDone);
+                EXPECT_NE(text.find('"' + name + '"'), std::string::npos) << text;
+                break;
+            default:
+                EXPECT_EQ(m_client->getSchema(name, record, result), CallStatus::eDone);
+                EXPECT_TRUE(result && record.getSchema(name));
+        }
+    }
+
+private:
+    std::unique_ptr<LocalMgmtClient> m_client;
+};
+
+TEST(Stress, TwentyClientsReadWhatWasWrittenAndLoseNothing) {
+    RunningPhone phone;
+    // Those of the media service are kept for it in memory, the others in the store.
+    StressRun(
+        {"ringer-melody", "ringer-volume", "language", "country", "phone-name", "sip-realm",
+         "key-label-1", "key-label-2", "handset-volume", "headset-volume", "time-format",
+         "display-theme", "date-format", "display-contrast", "sip-user", "display-brightness"},
+        [&phone]() -> std::unique_ptr<StressCaller> {
+            auto client = phone.connect();
+            return client ? std::make_unique<MessageCaller>(std::move(client)) : nullptr;
+        })
+        .run();
+    if (!kIsSanitized) {
+        EXPECT_LT(peakMemory(phone.process->pid()), 256L << 10);
+    }
+}
+
+}  // namespace
+}  // namespace vireo::test
