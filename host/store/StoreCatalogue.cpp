@@ -34,8 +34,12 @@ std::string folded(std::string_view name) {
     return result;
 }
 
+/// Any text of the file, for a fault, which stays one line.
 std::string quoted(std::string_view text) {
-    return std::string(1, '"').append(text).append(1, '"');
+    std::string result = std::string(1, '"').append(text).append(1, '"');
+    std::replace_if(
+        result.begin(), result.end(), [](unsigned char c) { return c < 0x20; }, '?');
+    return result;
 }
 
 /// Fills a list of tables from the elements. The first fault ends it; `fault` names it.

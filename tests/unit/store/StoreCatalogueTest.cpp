@@ -35,6 +35,7 @@ TEST(StoreCatalogue, IsRefusedAsAWholeWithAnErrorThatNamesTheFault) {
         {R"(<table><column name="a"/></table>)", "a table without a name"},
         {R"(<table name="T"/>)", "table \"T\" has no columns"},
         {R"(<table name="9T"><column name="a"/></table>)", "bad table name \"9T\""},
+        {R"(<table name="T&#10;x"><column name="a"/></table>)", "bad table name \"T?x\""},
         {R"(<table name="T"><column/></table>)", "table \"T\": a column without a name"},
         {R"(<table name="T"><column name=""/></table>)", "bad column name \"\""},
         {R"(<table name="T"><column name="a b"/></table>)", "bad column name \"a b\""},
