@@ -4,17 +4,19 @@
 PREFIX ?= /usr/local
 JOBS := $(shell nproc)
 BUILD := build/release
+FUZZ_SECONDS ?= 60
 PROGRAMS := vireod vireoctl vireo_client_mgmt
 
 .DEFAULT_GOAL := help
 .NOTPARALLEL:
-.PHONY: help run demo test sanitize lint format install clean programs
+.PHONY: help run demo test sanitize fuzz lint format install clean programs
 
 help:
 	@echo "make run       install what is missing, build, and run the service on the sample phone"
 	@echo "make demo      a tour that starts and stops everything itself"
 	@echo "make test      build and run all tests"
 	@echo "make sanitize  all tests under the address, undefined behaviour and thread sanitizers"
+	@echo "make fuzz      feed the decoders with made-up input, FUZZ_SECONDS ($(FUZZ_SECONDS)) for each"
 	@echo "make lint      format, static analysis, include direction, sample configuration"
 	@echo "make format    format all sources in place"
 	@echo "make install   install below PREFIX ($(PREFIX)); DESTDIR is put before it"
@@ -41,6 +43,12 @@ sanitize:
 	cmake --build --preset tsan --parallel $(JOBS)
 	@ctest --preset tsan --parallel $(JOBS)
 
+fuzz:
+	scripts/install-deps build fuzz
+	cmake --preset fuzz
+	cmake --build --preset fuzz --parallel $(JOBS)
+	@scripts/fuzz build/fuzz $(FUZZ_SECONDS)
+
 lint:
 	scripts/install-deps build test lint
 	cmake --preset release -D VIREO_BUILD_TESTS=ON
@@ -54,7 +62,7 @@ install: programs
 	cmake --install $(BUILD) --prefix $(PREFIX)
 
 clean:
-	rm -rf build/release build/asan build/tsan
+	rm -rf build/release build/asan build/tsan build/fuzz
 
 # Running the service takes fewer packages than testing it.
 programs:
