@@ -1,10 +1,13 @@
+#include <algorithm>
 #include <memory>
+#include <sstream>
 #include <string>
 
 #include "Fuzz.h"
 #include "data/ManageableData.h"
 #include "messages/LocalMgmtInvoker.h"
 #include "messages/RpcAdapter.h"
+#include "messages/ServiceXmlAdapter.h"
 #include "service/Context.h"
 #include "service/VireoClientMgmt.h"
 #include "store/SqliteDataAccess.h"
@@ -27,21 +30,26 @@ struct PhoneContext : SvcRTEContext {
 };
 
 struct OneReply : InvokerResponse {
+    explicit OneReply(const char* protocol) : name(protocol) {}
     const std::string& protocol() const override { return name; }
     void send() override { ++sends; }
     void setPayload(const char* text, int length) override {
         payload.assign(text, static_cast<std::size_t>(length));
     }
-    std::string name = VireoProtocols::DEFAULT;
+    std::string name;
     std::string payload;
     int sends = 0;
 };
 
 struct Framework : FrameworkContext {
     ProtocolAdapter* findProtocolAdapter(const std::string& protocol) override {
+        if (protocol == VireoProtocols::SERVICE_XML) {
+            return &xml;
+        }
         return protocol == VireoProtocols::DEFAULT ? &rpc : nullptr;
     }
     RpcAdapter rpc;
+    ServiceXmlAdapter xml;
 };
 
 /// The whole service on a small phone with its store. It lives on from input to input.
@@ -59,17 +67,18 @@ public:
     }
 
     /// Sends a message of any bytes and answers the decoded reply; unnamed when it was empty.
-    Method send(std::string_view message) {
+    Method send(std::string_view message, const char* protocol = VireoProtocols::DEFAULT) {
         m_ports.forgetLines();
-        OneReply reply;
+        OneReply reply(protocol);
         m_invoker.handleMessage(&m_service, message.data(), static_cast<int>(message.size()),
                                 &reply);
         require(reply.sends == 1, "every message gets exactly one reply");
-        Method decoded;
-        require(reply.payload.empty() || RpcAdapter::decodeText(reply.payload, decoded),
-                "a reply can be read");
-        require(reply.payload.empty() || decoded.type() == Method::eResponse,
-                "a reply is a response");
+        Method decoded("", Method::eResponse);
+        std::istringstream in(reply.payload);
+        require(
+            reply.payload.empty() || m_framework.findProtocolAdapter(protocol)->decode(in, decoded),
+            "a reply can be read");
+        require(decoded.type() == Method::eResponse, "a reply is a response");
         return decoded;
     }
 
@@ -113,7 +122,7 @@ void write(Phone& phone, std::string_view text) {
     ManageableData answer;
     const bool isWritten = exchangeRecord(phone, "setData", std::string(text), answer);
     require(isRecord || !isWritten, "what is no record is not written");
-    for (const char* tag : {"melody", "volume", "plain", "key-1", "lazy", "guarded"}) {
+    for (const char* tag : {"melody", "volume", "key-1", "lazy", "lazy-2", "software-type"}) {
         const auto& tags = sent.rootIds();
         const DxlDocumentPointer document = sent.getDocument(tag);
         if (!isWritten || !document || std::find(tags.begin(), tags.end(), tag) == tags.end()) {
@@ -152,6 +161,9 @@ void sendOne(Phone& phone, std::string_view message) {
             phone.call(
                 requestWith("getSchema", "schemaName", Parameter::eIn, std::string(message)));
             break;
+        case 'x':
+            phone.send(message, VireoProtocols::SERVICE_XML);
+            break;
         default:
             phone.send(message);
     }
@@ -160,7 +172,8 @@ void sendOne(Phone& phone, std::string_view message) {
 }  // namespace
 
 /// Messages, one after the other. The first byte of each: 's', 'g' a record to write or to read,
-/// 'f', 'e', 'c' the text of a schema question, anything else: the message itself.
+/// 'f', 'e', 'c' the text of a schema question, 'x' an XML message; anything else: the message
+/// itself.
 void run(std::string_view input) {
     static Phone phone;
     for (std::size_t end = 0; end != std::string_view::npos;) {

@@ -9,7 +9,7 @@
 namespace vireo::test {
 namespace {
 
-constexpr int kThreads = 20;
+constexpr unsigned kThreads = 20;
 
 long seconds() {
     const char* wanted = std::getenv("VIREO_STRESS_SECONDS");
@@ -37,7 +37,7 @@ bool StressRun::goesOn() const {
 }
 
 void StressRun::run() {
-    const auto caller = m_newCaller();
+    const auto caller = m_newCaller(kThreads);
     ASSERT_TRUE(caller);
     std::vector<Item*> all;
     for (Item& item : m_items) {
@@ -49,7 +49,7 @@ void StressRun::run() {
     std::vector<std::thread> threads;
     for (unsigned i = 0; i < kThreads; ++i) {
         threads.emplace_back([this, i, writers] {
-            const auto own = m_newCaller();
+            const auto own = m_newCaller(i);
             if (own == nullptr) {
                 return;  // the caller's maker has said why
             }

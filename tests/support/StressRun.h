@@ -31,8 +31,8 @@ public:
 /// ended.
 class StressRun {
 public:
-    /// Makes the way to the service of one thread; called by that thread.
-    using NewCaller = std::function<std::unique_ptr<StressCaller>()>;
+    /// Makes the way to the service of one thread; called by that thread with its number, from 0.
+    using NewCaller = std::function<std::unique_ptr<StressCaller>(unsigned thread)>;
 
     /// `tags`: items of one text each, an even number of them; every two have one writer.
     StressRun(const std::vector<std::string>& tags, NewCaller newCaller);

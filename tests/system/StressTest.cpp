@@ -8,7 +8,8 @@ namespace {
 /// Calls by message. Every call has to be answered.
 class MessageCaller : public StressCaller {
 public:
-    explicit MessageCaller(std::unique_ptr<LocalMgmtClient> client) : m_client(std::move(client)) {
+    MessageCaller(std::unique_ptr<LocalMgmtClient> client, unsigned thread)
+        : m_client(std::move(client)), m_busyBit(2U << thread) {
         m_client->setTimeout(std::chrono::seconds(60));
     }
 
@@ -33,13 +34,16 @@ public:
         ManageableData record;
         bool result = false;
         EXPECT_EQ(m_client->findSchemaName(tag, name), CallStatus::eDone);
-        switch (choice % 3) {
+        switch (choice % 4) {
             case 0:
                 EXPECT_EQ(m_client->invalidateVCMSCache(), CallStatus::eDone);
                 break;
             case 1:
                 EXPECT_EQ(m_client->exportSchema(name, text), CallStatus::eDone);
                 EXPECT_NE(text.find('"' + name + '"'), std::string::npos) << text;
+                break;
+            case 2:
+                keepBusy();
                 break;
             default:
                 EXPECT_EQ(m_client->getSchema(name, record, result), CallStatus::eDone);
@@ -48,7 +52,17 @@ public:
     }
 
 private:
+    /// Only this thread knows its bit.
+    void keepBusy() {
+        unsigned mask = 0;
+        EXPECT_EQ(m_client->setPhoneBusyStatus(m_busyBit), CallStatus::eDone);
+        EXPECT_EQ(m_client->retrievePhoneBusyStatus(mask), CallStatus::eDone);
+        EXPECT_NE(mask & m_busyBit, 0U);
+        EXPECT_EQ(m_client->clearPhoneBusyStatus(m_busyBit), CallStatus::eDone);
+    }
+
     std::unique_ptr<LocalMgmtClient> m_client;
+    unsigned m_busyBit;  // never that of a call, which refuses writes
 };
 
 TEST(Stress, TwentyClientsReadWhatWasWrittenAndLoseNothing) {
@@ -58,11 +72,14 @@ TEST(Stress, TwentyClientsReadWhatWasWrittenAndLoseNothing) {
         {"ringer-melody", "ringer-volume", "language", "country", "phone-name", "sip-realm",
          "key-label-1", "key-label-2", "handset-volume", "headset-volume", "time-format",
          "display-theme", "date-format", "display-contrast", "sip-user", "display-brightness"},
-        [&phone]() -> std::unique_ptr<StressCaller> {
+        [&phone](unsigned thread) -> std::unique_ptr<StressCaller> {
             auto client = phone.connect();
-            return client ? std::make_unique<MessageCaller>(std::move(client)) : nullptr;
+            return client ? std::make_unique<MessageCaller>(std::move(client), thread) : nullptr;
         })
         .run();
+    unsigned mask = 1;
+    EXPECT_EQ(phone.connect()->retrievePhoneBusyStatus(mask), CallStatus::eDone);
+    EXPECT_EQ(mask, 0U);
     if (!kIsSanitized) {
         EXPECT_LT(peakMemory(phone.process->pid()), 256L << 10);
     }

@@ -12,7 +12,8 @@ struct Subscriber : RemoteMgmtCallbackIfc {
 /// Calls the service itself, on the thread that calls: by message there is only one.
 class DirectCaller : public StressCaller {
 public:
-    explicit DirectCaller(VireoClientMgmt& service) : m_service(service) {}
+    DirectCaller(VireoClientMgmt& service, unsigned thread)
+        : m_service(service), m_busyBit(2U << thread) {}
 
     bool setData(ManageableData& record) override { return m_service.setData(record); }
     bool getData(ManageableData& record) override { return m_service.getData(record); }
@@ -21,7 +22,7 @@ public:
     }
     void callOther(unsigned choice, const std::string& tag) override {
         ManageableData record;
-        switch (choice % 7) {
+        switch (choice % 9) {
             case 0:
                 m_service.invalidateVCMSCache();
                 break;
@@ -40,6 +41,17 @@ public:
             case 5:
                 m_service.updateVCMSCache("nobody's", tag);
                 break;
+            case 6:
+                m_service.setPhoneBusyStatus(m_busyBit);
+                EXPECT_NE(m_service.retrievePhoneBusyStatus() & m_busyBit, 0U);
+                m_service.clearPhoneBusyStatus(m_busyBit);
+                break;
+            case 7:
+                record.addRootId("pair", nullptr);
+                record.addRootId("overlap", nullptr);
+                EXPECT_TRUE(m_service.getData(record));
+                EXPECT_TRUE(record.getDocument("melody") && record.getDocument("volume"));
+                break;
             default:
                 if (m_service.subscribeForRemoteProgress(&m_subscriber)) {
                     warnOfMemory();
@@ -56,6 +68,7 @@ private:
     }
 
     VireoClientMgmt& m_service;
+    unsigned m_busyBit;  // of this thread alone, and never that of a call, which refuses writes
     Subscriber m_subscriber;
 };
 
@@ -64,9 +77,10 @@ using ServiceStress = ServiceHouse;
 TEST_F(ServiceStress, TwentyThreadsReadWhatWasWrittenAndLoseNothing) {
     setLogLevel(kLogError);
     start();
-    StressRun({"melody", "volume", "lazy", "key-1", "plain", "lazy-2", "key-2", "guarded"}, [this] {
-        return std::make_unique<DirectCaller>(service);
+    StressRun({"melody", "volume", "lazy", "key-1", "lazy-2", "guarded"}, [this](unsigned thread) {
+        return std::make_unique<DirectCaller>(service, thread);
     }).run();
+    EXPECT_EQ(service.retrievePhoneBusyStatus(), 0U);
     EXPECT_EQ(ports.lines(kLogError), std::vector<std::string>());
 }
 
