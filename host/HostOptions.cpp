@@ -1,16 +1,17 @@
 #include "HostOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <filesystem>
 
+#include "SettingsFile.h"
 #include "log/Log.h"
-#include "messages/MessageLoop.h"
 
 namespace vireo {
 namespace {
 
 constexpr int kWrongUsage = 2;
-constexpr std::size_t kMostPeers = 1U << 16U;
+constexpr const char* kSettingsName = "vireod.conf";
 
 /// The directory above that of the program: where its other parts lie, wherever it is installed.
 std::filesystem::path installationPrefix() {
@@ -23,18 +24,35 @@ HostOptions defaults() {
     const std::filesystem::path prefix = installationPrefix();
     HostOptions options;
     options.configDirectory = prefix / "share/vireo/config";
-    options.root = "/var/lib/vireo";
-    options.socket = "/run/vireo/vireo.sock";
     options.plugin = prefix / VIREO_PLUGIN_DIR / "libvireo_client_mgmt.so";
-    options.logLevel = kLogWarning;  // information has every message in it, passwords too
-    options.maximumPeers = MessageLoop::kDefaultMaximumPeers;
     return options;
 }
 
-void declare(CLI::App& app, HostOptions& options) {
-    app.add_option("--config", options.configDirectory, "Directory of the configuration files")
-        ->type_name("DIR")
+/// A path that stays below the directory that it is relative to.
+std::string checkBelow(const std::string& text) {
+    const std::filesystem::path path(text);
+    bool staysBelow = !text.empty() && path.is_relative() && path.has_filename();
+    for (const std::filesystem::path& part : path) {
+        staysBelow = staysBelow && part != "..";
+    }
+    return staysBelow ? std::string() : "\"" + text + "\" is no relative path without \"..\"";
+}
+
+std::string checkPlainName(const std::string& text) {
+    const bool isPlain = !text.empty() && text.front() != '.' && text.find('/') == text.npos;
+    return isPlain ? std::string() : "\"" + text + "\" is no plain file name";
+}
+
+template <class Number>
+void declareNumber(CLI::App& app, const char* name, Number& value, Number least, Number most,
+                   const char* description) {
+    app.add_option(name, value, description)
+        ->type_name("N")
+        ->check(CLI::Range(least, most))
         ->capture_default_str();
+}
+
+void declarePaths(CLI::App& app, HostOptions& options) {
     app.add_option("--root", options.root, "Directory that holds everything the phone keeps")
         ->type_name("DIR")
         ->capture_default_str();
@@ -44,35 +62,127 @@ void declare(CLI::App& app, HostOptions& options) {
     app.add_option("--plugin", options.plugin, "Service library")
         ->type_name("FILE")
         ->capture_default_str();
-    app.add_option("--log-level", options.logLevel,
-                   "2 errors, 3 warnings, 4 information, 5 debugging, 6 with whole records")
-        ->type_name("N")
-        ->check(CLI::Range(kLogError, kLogDump))
-        ->capture_default_str();
+}
+
+void declareLog(CLI::App& app, HostOptions& options) {
+    declareNumber(app, "--log-level", options.logLevel, int{kLogError}, int{kLogDump},
+                  "2 errors, 3 warnings, 4 information, 5 debugging, 6 with whole records");
     app.add_option("--log-file", options.logFile, "Log file instead of standard error")
         ->type_name("FILE");
-    app.add_option("--max-peers", options.maximumPeers, "Peers that are served at the same time")
-        ->type_name("N")
-        ->check(CLI::Range(std::size_t{1}, kMostPeers))
+    declareNumber(app, "--log-flush-seconds", options.logFlushSeconds, 1, 3600,
+                  "How long lines that are no errors may wait to be written");
+}
+
+void declareLimits(CLI::App& app, HostOptions& options) {
+    MessageLimits& limits = options.messages;
+    declareNumber(app, "--max-peers", limits.maximumPeers, std::size_t{1}, std::size_t{1} << 16U,
+                  "Peers that are served at the same time");
+    declareNumber(app, "--max-message-bytes", limits.maximumRequest, std::uint32_t{1024},
+                  FrameCodec::kMaximumPayload, "Longest message that is taken");
+    declareNumber(app, "--max-unsent-bytes", limits.maximumUnsent, std::size_t{64} << 10U,
+                  std::size_t{1} << 30U, "Unsent replies to a peer before it is not read from");
+    declareNumber(app, "--max-config-file-bytes", options.maximumConfigFile, std::uintmax_t{1024},
+                  std::uintmax_t{1} << 30U, "Largest configuration file");
+    declareNumber(app, "--socket-backlog", limits.backlog, 1, 4096,
+                  "Peers that may wait to be accepted");
+    declareNumber(app, "--accept-pause-ms", limits.acceptPauseMs, 1, 60'000,
+                  "Pause when the machine has no means for one more peer");
+}
+
+void declareStore(CLI::App& app, HostOptions& options) {
+    app.add_option("--store-file", options.storeFile, "Database of the store, below the root")
+        ->type_name("PATH")
+        ->check(checkBelow)
         ->capture_default_str();
+    app.add_option("--store-catalogue", options.storeCatalogue,
+                   "Configuration file that says what the store consists of")
+        ->type_name("NAME")
+        ->check(checkPlainName)
+        ->capture_default_str();
+    declareNumber(app, "--store-busy-ms", options.store.busyTimeoutMs, 0, 60'000,
+                  "How long a write waits for another program that uses the store");
+    declareNumber(app, "--store-retry-ms", options.store.retryIntervalMs, 0, 3'600'000,
+                  "Pause between attempts to open a store that cannot be used");
+}
+
+/// Every option is a setting of the same name, but for those that say which files to read.
+void declare(CLI::App& app, HostOptions& options, std::string& settings) {
+    app.add_option("--config", options.configDirectory, "Directory of the configuration files")
+        ->type_name("DIR")
+        ->configurable(false)
+        ->capture_default_str();
+    app.add_option("--settings", settings,
+                   std::string("File of the settings below (default: ") + kSettingsName +
+                       " in the configuration directory, if it is there)")
+        ->type_name("FILE")
+        ->configurable(false);
+    declarePaths(app, options);
+    declareLog(app, options);
+    declareLimits(app, options);
+    declareStore(app, options);
     app.add_flag("--check-config", options.isCheck,
-                 "Say what does not fit together in the configuration files, and end");
+                 "Say what does not fit together in the configuration files, and end")
+        ->configurable(false);
     app.set_version_flag("--version", std::string("vireod ") + VIREO_VERSION);
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return std::string("vireod: ") + error.what() + " (vireod --help lists the options)\n";
+    });
+}
+
+/// Gives the values of the settings file to `options`. False: it was said why.
+bool readSettings(const std::string& configDirectory, const std::string& named,
+                  HostOptions& options) {
+    std::string path = named;
+    std::error_code ignored;
+    if (path.empty()) {
+        path = std::filesystem::path(configDirectory) / kSettingsName;
+        if (std::filesystem::status(path, ignored).type() ==
+            std::filesystem::file_type::not_found) {
+            return true;
+        }
+    }
+    CLI::App app;
+    std::string unused;
+    declare(app, options, unused);
+    std::string error;
+    if (!SettingsFile::apply(path, app, error)) {
+        std::fprintf(stderr, "vireod: %s\n", error.c_str());
+        return false;
+    }
+    return true;
+}
+
+bool parseCommandLine(int argc, const char* const* argv, HostOptions& options,
+                      std::string& settings, int& exitCode) {
+    CLI::App app("Client management service of the phone", "vireod");
+    declare(app, options, settings);
+    try {
+        app.parse(argc, argv);
+        return true;
+    } catch (const CLI::ParseError& wish) {
+        exitCode = app.exit(wish) == 0 ? 0 : kWrongUsage;
+        return false;
+    }
 }
 
 }  // namespace
 
 std::optional<HostOptions> HostOptions::parse(int argc, const char* const* argv, int& exitCode) {
+    // Which settings file to read is known after a first time; the second overrides what it says.
     HostOptions options = defaults();
-    CLI::App app("Client management service of the phone", "vireod");
-    declare(app, options);
-    try {
-        app.parse(argc, argv);
-        return options;
-    } catch (const CLI::ParseError& wish) {
-        exitCode = app.exit(wish) == 0 ? 0 : kWrongUsage;
+    HostOptions first = options;
+    std::string settings;
+    if (!parseCommandLine(argc, argv, first, settings, exitCode)) {
         return std::nullopt;
     }
+    if (!readSettings(first.configDirectory, settings, options)) {
+        exitCode = kWrongUsage;
+        return std::nullopt;
+    }
+    if (!parseCommandLine(argc, argv, options, settings, exitCode)) {
+        return std::nullopt;
+    }
+    return options;
 }
 
 }  // namespace vireo

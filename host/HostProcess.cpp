@@ -3,7 +3,9 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
+#include <filesystem>
 
 #include "Ports.h"
 #include "log/Log.h"
@@ -14,10 +16,15 @@ namespace {
 
 constexpr const char* kStoreInterface = "DataAccessServiceIfc";
 constexpr const char* kLocalInterface = "LocalMgmtIfc";
-constexpr const char* kCatalogueFile = "store.xml";
 
 // Descriptors that the service needs besides those of its peers.
 constexpr rlim_t kOwnDescriptors = 64;
+
+void logLine(int level, int line, const std::string& text) {
+    if (loggingOnUni(level)) {
+        logAppUni("vireod", "./host/HostProcess", level, line, "%s", text.c_str());
+    }
+}
 
 /// As far as the machine allows; peers that find no descriptor wait.
 void allowDescriptors(std::size_t peers) {
@@ -27,44 +34,52 @@ void allowDescriptors(std::size_t peers) {
         limit.rlim_cur = wanted < limit.rlim_max ? wanted : limit.rlim_max;
         ::setrlimit(RLIMIT_NOFILE, &limit);
     }
-    if (limit.rlim_cur < wanted && loggingOnUni(kLogWarning)) {
-        logAppUni("vireod", "./host/HostProcess", kLogWarning, __LINE__,
-                  "this process may open %lu files: fewer than %zu peers will be served at a time",
-                  static_cast<unsigned long>(limit.rlim_cur), peers);
+    if (limit.rlim_cur < wanted) {
+        logLine(kLogWarning, __LINE__,
+                "this process may open " + std::to_string(limit.rlim_cur) + " files: fewer than " +
+                    std::to_string(peers) + " peers will be served at a time");
+    }
+}
+
+/// The service starts without configuration, too: it can then be asked at least.
+void warnOfConfigDirectory(const std::string& path) {
+    std::error_code failure;
+    const std::filesystem::directory_iterator readable(path, failure);
+    if (failure) {
+        logLine(kLogError, __LINE__,
+                "cannot read the configuration directory " + path + ": " + failure.message() +
+                    ". The phone has no items; --config names the directory");
     }
 }
 
 }  // namespace
 
-bool HostProcess::Ports::install(const HostOptions& options, std::string& error) {
-    m_log = options.logFile.empty() ? SpdlogPort::toStandardError()
-                                    : SpdlogPort::toFile(options.logFile, error);
-    if (!m_log) {
-        return false;
+void HostProcess::Ports::install(const HostOptions& options) {
+    const std::chrono::seconds flushInterval(options.logFlushSeconds);
+    std::string error;
+    if (!options.logFile.empty()) {
+        m_log = SpdlogPort::toFile(options.logFile, error, flushInterval);
     }
-    m_config = std::make_unique<ConfigDirectory>(options.configDirectory);
+    if (!m_log) {
+        m_log = SpdlogPort::toStandardError(flushInterval);
+    }
+    m_config =
+        std::make_unique<ConfigDirectory>(options.configDirectory, options.maximumConfigFile);
     setLogLevel(options.logLevel);
     installPorts({.log = m_log.get(), .config = m_config.get()});
-    return true;
+    if (!error.empty()) {
+        logLine(kLogError, __LINE__, error + "; log lines go to standard error");
+    }
 }
 
 HostProcess::Ports::~Ports() {
     installPorts({});
 }
 
-bool HostProcess::openStore(const DeviceRoot& root, std::string& error) {
-    std::string catalogueText;
-    if (!installedPorts().config->readConfigFile(kCatalogueFile, catalogueText, error)) {
-        return false;
-    }
-    std::string reason;
-    auto catalogue = StoreCatalogue::parse(catalogueText, reason);
-    if (!catalogue) {
-        error = std::string("the store's catalogue ") + kCatalogueFile + ": " + reason;
-        return false;
-    }
-    m_store = SqliteDataAccess::open(root.storeFile(), std::move(*catalogue), error);
-    return m_store != nullptr && m_services.add(kStoreInterface, *m_store);
+void HostProcess::openStore(const HostOptions& options) {
+    m_store = std::make_unique<StoreGate>((m_root->path() / options.storeFile).string(),
+                                          options.storeCatalogue, options.store);
+    m_services.add(kStoreInterface, *m_store);
 }
 
 bool HostProcess::loadService(const std::string& plugin, std::string& error) {
@@ -97,14 +112,16 @@ void HostProcess::startService() {
 }
 
 bool HostProcess::start(const HostOptions& options, std::string& error) {
-    if (!m_ports.install(options, error)) {
-        return false;
-    }
-    allowDescriptors(options.maximumPeers);
+    m_ports.install(options);
+    warnOfConfigDirectory(options.configDirectory);
+    allowDescriptors(options.messages.maximumPeers);
     m_root = DeviceRoot::prepare(options.root, error);
     // The socket comes early: a service that cannot be reached should not touch the store.
-    if (!m_root || !m_loop.listen(options.socket, options.maximumPeers, error) ||
-        !openStore(*m_root, error) || !loadService(options.plugin, error)) {
+    if (!m_root || !m_loop.listen(options.socket, options.messages, error)) {
+        return false;
+    }
+    openStore(options);
+    if (!loadService(options.plugin, error)) {
         return false;
     }
     startService();

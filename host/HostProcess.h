@@ -17,7 +17,7 @@
 #include "runtime/HostContext.h"
 #include "runtime/PluginLoader.h"
 #include "runtime/ServiceRegistry.h"
-#include "store/SqliteDataAccess.h"
+#include "store/StoreGate.h"
 
 namespace vireo {
 
@@ -43,7 +43,7 @@ private:
     /// The ports stay installed as long as anything can log.
     class Ports {
     public:
-        bool install(const HostOptions& options, std::string& error);
+        void install(const HostOptions& options);
         ~Ports();
 
     private:
@@ -51,7 +51,7 @@ private:
         std::unique_ptr<ConfigDirectory> m_config;
     };
 
-    bool openStore(const DeviceRoot& root, std::string& error);
+    void openStore(const HostOptions& options);
     bool loadService(const std::string& plugin, std::string& error);
     void startService();
 
@@ -59,7 +59,7 @@ private:
     // whose code is the plug-in's, so it ends before the plug-in is unloaded.
     Ports m_ports;
     std::optional<DeviceRoot> m_root;
-    std::unique_ptr<SqliteDataAccess> m_store;
+    std::unique_ptr<StoreGate> m_store;
     std::optional<PluginLoader> m_plugin;
     RpcAdapter m_rpcAdapter;
     ServiceXmlAdapter m_serviceXmlAdapter;

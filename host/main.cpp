@@ -35,7 +35,7 @@ int serve(const vireo::HostOptions& options, const sigset_t& stopSignals) {
         return kCannotStart;
     }
     std::printf("vireod: ready on %s (%zu peers at most)\n", options.socket.c_str(),
-                options.maximumPeers);
+                options.messages.maximumPeers);
     std::fflush(stdout);
     sd_notify(0, "READY=1");
     int signal = 0;

@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdio>
 #include <exception>
 
 #include "log/Log.h"
@@ -83,6 +84,19 @@ void appendVisibly(fmt::memory_buffer& out, std::string_view text) {
     out.append(text.substr(start));
 }
 
+/// Says on standard error that lines are lost, once a minute.
+void reportLostLines(const std::string& reason) {
+    using Clock = std::chrono::steady_clock;
+    static constinit std::atomic<Clock::rep> nextTime{0};
+    const Clock::time_point now = Clock::now();
+    Clock::rep due = nextTime.load();
+    if (now.time_since_epoch().count() >= due &&
+        nextTime.compare_exchange_strong(
+            due, (now + std::chrono::minutes(1)).time_since_epoch().count())) {
+        std::fprintf(stderr, "vireod: log lines are lost: %s\n", reason.c_str());
+    }
+}
+
 /// Loggers are known by name to the thread that flushes them.
 std::string newLoggerName() {
     static constinit std::atomic<unsigned> count{0};
@@ -91,13 +105,16 @@ std::string newLoggerName() {
 
 }  // namespace
 
-SpdlogPort::SpdlogPort(std::shared_ptr<spdlog::logger> logger) : m_logger(std::move(logger)) {
+SpdlogPort::SpdlogPort(std::shared_ptr<spdlog::logger> logger,
+                       std::chrono::seconds flushInterval)
+    : m_logger(std::move(logger)) {
     // Which levels are written was decided before a line comes here.
     m_logger->set_level(spdlog::level::trace);
     m_logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %v");
     m_logger->flush_on(spdlog::level::err);
+    m_logger->set_error_handler(reportLostLines);
     spdlog::register_logger(m_logger);
-    spdlog::flush_every(std::chrono::seconds(1));
+    spdlog::flush_every(flushInterval);
 }
 
 SpdlogPort::~SpdlogPort() {
@@ -105,17 +122,20 @@ SpdlogPort::~SpdlogPort() {
     m_logger->flush();
 }
 
-std::unique_ptr<SpdlogPort> SpdlogPort::toStandardError() {
-    return std::unique_ptr<SpdlogPort>(new SpdlogPort(std::make_shared<spdlog::logger>(
-        newLoggerName(), std::make_shared<spdlog::sinks::stderr_sink_mt>())));
+std::unique_ptr<SpdlogPort> SpdlogPort::toStandardError(std::chrono::seconds flushInterval) {
+    return std::unique_ptr<SpdlogPort>(
+        new SpdlogPort(std::make_shared<spdlog::logger>(
+                           newLoggerName(), std::make_shared<spdlog::sinks::stderr_sink_mt>()),
+                       flushInterval));
 }
 
-std::unique_ptr<SpdlogPort> SpdlogPort::toFile(const std::string& file, std::string& error) {
+std::unique_ptr<SpdlogPort> SpdlogPort::toFile(const std::string& file, std::string& error,
+                                               std::chrono::seconds flushInterval) {
     try {
         auto sink = std::make_shared<spdlog::sinks::basic_file_sink_mt>(file);
         makePrivate(file);
-        return std::unique_ptr<SpdlogPort>(
-            new SpdlogPort(std::make_shared<spdlog::logger>(newLoggerName(), std::move(sink))));
+        return std::unique_ptr<SpdlogPort>(new SpdlogPort(
+            std::make_shared<spdlog::logger>(newLoggerName(), std::move(sink)), flushInterval));
     } catch (const std::exception& exception) {
         error = "cannot write the log file \"" + file + "\": " + exception.what();
         return nullptr;

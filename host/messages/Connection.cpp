@@ -53,7 +53,7 @@ Connection::Next Connection::next(Frame& frame) {
         case FrameCodec::Verdict::eHeader:
             break;
     }
-    const bool oversized = frame.header.payloadLength > FrameCodec::kMaximumPayload;
+    const bool oversized = frame.header.payloadLength > m_maximumPayload;
     const std::size_t payloadLength = oversized ? 0 : frame.header.payloadLength;
     const std::size_t payloadStart = FrameCodec::kHeaderSize + frame.header.nameLength();
     if (bytes.size() < payloadStart + payloadLength) {

@@ -34,10 +34,13 @@ public:
     };
     enum class Received { eBytes, eNothing, eEnd };
 
-    /// Takes over a connected, non-blocking stream socket.
-    explicit Connection(FileDescriptor socket) : m_socket(std::move(socket)) {}
+    /// Takes over a connected, non-blocking stream socket. Payloads of more than `maximumPayload`
+    /// bytes are not taken.
+    Connection(FileDescriptor socket, std::uint32_t maximumPayload)
+        : m_socket(std::move(socket)), m_maximumPayload(maximumPayload) {}
 
     int descriptor() const { return m_socket.get(); }
+    std::uint32_t maximumPayload() const { return m_maximumPayload; }
 
     /// Reads what is there, at most `InputBuffer::kReadSize` bytes. A broken connection is an end.
     Received receive();
@@ -70,6 +73,7 @@ private:
     void skipOversized();
 
     FileDescriptor m_socket;
+    std::uint32_t m_maximumPayload;
     InputBuffer m_input;
     std::string m_output;
     std::size_t m_sent = 0;       ///< how much of the output's front is out

@@ -15,8 +15,6 @@
 namespace vireo {
 namespace {
 
-constexpr int kBacklog = 128;
-
 bool makeAddress(const std::string& path, sockaddr_un& address, std::string& error) {
     if (path.empty() || path.size() >= sizeof address.sun_path) {
         error = path.empty() ? "the path is empty"
@@ -61,13 +59,13 @@ bool removeStale(const std::string& path, const sockaddr_un& address, std::strin
     return true;
 }
 
-FileDescriptor bindPrivately(const sockaddr_un& address, std::string& error) {
+FileDescriptor bindPrivately(const sockaddr_un& address, int backlog, std::string& error) {
     FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     // The socket's mode is set before it has a name: there is no moment at which others can
     // connect, and the process-wide umask is left alone.
     if (!socket || ::fchmod(socket.get(), 0600) != 0 ||
         ::bind(socket.get(), generic(address), sizeof address) != 0 ||
-        ::listen(socket.get(), kBacklog) != 0) {
+        ::listen(socket.get(), backlog) != 0) {
         error = std::generic_category().message(errno);
         return {};
     }
@@ -76,8 +74,8 @@ FileDescriptor bindPrivately(const sockaddr_un& address, std::string& error) {
 
 }  // namespace
 
-std::unique_ptr<ListeningSocket> ListeningSocket::open(const std::string& path,
-                                                       std::string& error) {
+std::unique_ptr<ListeningSocket> ListeningSocket::open(const std::string& path, std::string& error,
+                                                       int backlog) {
     std::string reason;
     sockaddr_un address{};
     std::optional<LockFile> lock;
@@ -87,7 +85,7 @@ std::unique_ptr<ListeningSocket> ListeningSocket::open(const std::string& path,
         lock = LockFile::acquire(path + ".lock", reason);
     }
     if (lock && removeStale(path, address, reason)) {
-        socket = bindPrivately(address, reason);
+        socket = bindPrivately(address, backlog, reason);
     }
     if (!lock || !socket) {
         error = "cannot listen on \"" + path + "\": " + reason;

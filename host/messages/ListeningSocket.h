@@ -5,6 +5,7 @@
 
 #include "messages/FileDescriptor.h"
 #include "messages/LockFile.h"
+#include "messages/MessageLimits.h"
 
 namespace vireo {
 
@@ -17,7 +18,9 @@ class ListeningSocket {
 public:
     /// Null with a one-line `error` that names `path` and the reason: another live service, a file
     /// that is no socket, a path that is too long for an address, no permission.
-    static std::unique_ptr<ListeningSocket> open(const std::string& path, std::string& error);
+    /// `backlog` peers may wait to be accepted.
+    static std::unique_ptr<ListeningSocket> open(const std::string& path, std::string& error,
+                                                 int backlog = MessageLimits().backlog);
 
     ListeningSocket(const ListeningSocket&) = delete;
     ListeningSocket& operator=(const ListeningSocket&) = delete;

@@ -15,11 +15,17 @@ public:
     /// Creates `path` (mode 0600) when it is missing and takes the lock without waiting. Empty with
     /// a one-line `error`, which names the holder's process id where it is known.
     static std::optional<LockFile> acquire(const std::string& path, std::string& error);
+    /// Takes a lock on the directory itself, which works where no file can be made. The lock of
+    /// `<directory>/.lock` is taken as well if it can be had, for the sake of the holder's id.
+    /// Empty with a one-line `error`.
+    static std::optional<LockFile> acquireDirectory(const std::string& directory,
+                                                    std::string& error);
 
 private:
     explicit LockFile(FileDescriptor file) : m_file(std::move(file)) {}
 
     FileDescriptor m_file;
+    FileDescriptor m_note;  ///< of a directory: the file that names the holder
 };
 
 }  // namespace vireo

@@ -18,8 +18,6 @@ constexpr const char* kFile = "./host/messages/MessageLoop";
 constexpr std::size_t kEventsAtOnce = 64;
 // Replies are written before the turn ends once this much has gathered.
 constexpr std::size_t kEarlyFlush = 256U << 10U;
-// How soon connections are accepted again after the machine had no means for one more.
-constexpr int kAcceptPauseMilliseconds = 100;
 
 bool isTransient(int reason) {
     return reason == EINTR || reason == ECONNABORTED || reason == EPROTO;
@@ -42,14 +40,14 @@ bool MessageLoop::watch(int descriptor) {
     return ::epoll_ctl(m_epoll.get(), EPOLL_CTL_ADD, descriptor, &event) == 0;
 }
 
-bool MessageLoop::listen(const std::string& socketPath, std::size_t maximumPeers,
+bool MessageLoop::listen(const std::string& socketPath, const MessageLimits& limits,
                          std::string& error) {
     if (!m_epoll || !m_wakeUp || !watch(m_wakeUp.get())) {
         error = "cannot wait for messages: " + std::generic_category().message(errno);
         return false;
     }
-    m_listener = ListeningSocket::open(socketPath, error);
-    m_maximumPeers = maximumPeers;
+    m_listener = ListeningSocket::open(socketPath, error, limits.backlog);
+    m_limits = limits;
     if (m_listener) {
         setAccepting(true);
     }
@@ -94,7 +92,7 @@ bool MessageLoop::run() {
 
 bool MessageLoop::waitAndServe() {
     const int count = ::epoll_wait(m_epoll.get(), m_events.data(), static_cast<int>(kEventsAtOnce),
-                                   m_accepting ? -1 : kAcceptPauseMilliseconds);
+                                   m_accepting ? -1 : m_limits.acceptPauseMs);
     if (count < 0 && errno != EINTR) {
         if (loggingOnUni(kLogError)) {
             logAppUni(kComponent, kFile, kLogError, __LINE__, "cannot wait for messages: %s",
@@ -158,10 +156,10 @@ void MessageLoop::pauseAccepting(int reason) {
 
 void MessageLoop::admit(FileDescriptor socket) {
     const int descriptor = socket.get();
-    auto connection = std::make_shared<Connection>(std::move(socket));
-    if (m_connections.size() >= m_maximumPeers) {
+    auto connection = std::make_shared<Connection>(std::move(socket), m_limits.maximumRequest);
+    if (m_connections.size() >= m_limits.maximumPeers) {
         PeerProtocol::refuse(*connection, 0,
-                             "there are " + std::to_string(m_maximumPeers) +
+                             "there are " + std::to_string(m_limits.maximumPeers) +
                                  " peers already, the most that are served");
         connection->flush();
         return;
@@ -176,7 +174,7 @@ void MessageLoop::admit(FileDescriptor socket) {
 }
 
 bool MessageLoop::readable(const Connection& connection) const {
-    return !connection.finishing() && connection.unsent() <= kOutputLimit && !stopping();
+    return !connection.finishing() && connection.unsent() <= m_limits.maximumUnsent && !stopping();
 }
 
 void MessageLoop::turn(const ConnectionPointer& connection, std::uint32_t events) {
@@ -220,12 +218,12 @@ bool MessageLoop::serveReceived(const ConnectionPointer& connection) {
     }
     // Over the limit, whole frames may be left in the buffer. Nothing is flushed then: the event
     // that the socket takes more is what brings the loop back to them.
-    return connection->unsent() > kOutputLimit || connection->flush();
+    return connection->unsent() > m_limits.maximumUnsent || connection->flush();
 }
 
 void MessageLoop::updateInterest(Connection& connection) {
     const std::uint32_t wanted =
-        (connection.finishing() || connection.unsent() > kOutputLimit ? 0U : EPOLLIN) |
+        (connection.finishing() || connection.unsent() > m_limits.maximumUnsent ? 0U : EPOLLIN) |
         (connection.unsent() > 0 ? EPOLLOUT : 0U);
     if (wanted == connection.interest()) {
         return;

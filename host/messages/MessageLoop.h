@@ -13,6 +13,7 @@
 #include "messages/Connection.h"
 #include "messages/FileDescriptor.h"
 #include "messages/ListeningSocket.h"
+#include "messages/MessageLimits.h"
 #include "messages/PeerDirectory.h"
 #include "messages/PeerProtocol.h"
 #include "messages/RequestDispatcher.h"
@@ -28,10 +29,6 @@ namespace vireo {
 /// the others do not notice.
 class MessageLoop {
 public:
-    static constexpr std::size_t kDefaultMaximumPeers = 1024;
-    /// More unsent bytes than this, and a connection's requests wait. Above one maximal frame.
-    static constexpr std::size_t kOutputLimit = 8U << 20U;
-
     MessageLoop();
     MessageLoop(const MessageLoop&) = delete;
     MessageLoop& operator=(const MessageLoop&) = delete;
@@ -40,7 +37,7 @@ public:
 
     /// Opens the socket; peers that connect from now on wait until `run`. Call once, before `run`.
     /// False with a one-line `error` when the socket cannot be had.
-    bool listen(const std::string& socketPath, std::size_t maximumPeers, std::string& error);
+    bool listen(const std::string& socketPath, const MessageLimits& limits, std::string& error);
     /// See `RequestDispatcher::serve`. Before `run` only.
     void serve(std::string interfaceName, Invoker& invoker, Executable& executable) {
         m_dispatcher.serve(std::move(interfaceName), invoker, executable);
@@ -79,7 +76,7 @@ private:
     FileDescriptor m_epoll;
     FileDescriptor m_wakeUp;
     std::unique_ptr<ListeningSocket> m_listener;
-    std::size_t m_maximumPeers = kDefaultMaximumPeers;
+    MessageLimits m_limits;
     bool m_accepting = false;
     bool m_acceptFailed = false;
     std::unordered_map<int, ConnectionPointer> m_connections;

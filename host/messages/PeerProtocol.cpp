@@ -112,7 +112,7 @@ void PeerProtocol::handleOversized(Connection& connection, const Frame& frame) {
         logAppUni(kComponent, kFile, kLogWarning, __LINE__,
                   "threw away a frame of %s: %u bytes, and %u are the most",
                   connection.label().c_str(), frame.header.payloadLength,
-                  FrameCodec::kMaximumPayload);
+                  connection.maximumPayload());
     }
     if (frame.header.kind == FrameKind::eRequest) {
         m_dispatcher.answerEmpty(connection, frame);

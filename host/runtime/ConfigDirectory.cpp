@@ -16,8 +16,13 @@ bool isPlainName(const std::string& name) {
            name.find_first_of(std::string_view("/\0", 2)) == std::string::npos;
 }
 
+std::string tooLarge(std::uintmax_t largest) {
+    return "it is larger than " + std::to_string(largest) + " bytes";
+}
+
 /// Reads to the end, which may lie elsewhere than the file's size said a moment ago.
-bool readAll(int file, std::size_t expected, std::string& content, std::string& error) {
+bool readAll(int file, std::size_t expected, std::uintmax_t largest, std::string& content,
+             std::string& error) {
     std::size_t used = 0;
     content.resize(expected + 1);
     for (;;) {
@@ -34,8 +39,8 @@ bool readAll(int file, std::size_t expected, std::string& content, std::string& 
             return true;
         }
         used += static_cast<std::size_t>(count);
-        if (used > ConfigDirectory::kLargestFile) {
-            error = "it is larger than 64 MiB";
+        if (used > largest) {
+            error = tooLarge(largest);
             return false;
         }
         if (used == content.size()) {
@@ -44,7 +49,8 @@ bool readAll(int file, std::size_t expected, std::string& content, std::string& 
     }
 }
 
-bool readFile(const std::string& path, std::string& content, std::string& error) {
+bool readFile(const std::string& path, std::uintmax_t largest, std::string& content,
+              std::string& error) {
     // Non-blocking, so that a named pipe in the directory is refused instead of waited for.
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status {};
@@ -56,11 +62,11 @@ bool readFile(const std::string& path, std::string& content, std::string& error)
         error = "it is no regular file";
         return false;
     }
-    if (static_cast<std::uintmax_t>(status.st_size) > ConfigDirectory::kLargestFile) {
-        error = "it is larger than 64 MiB";
+    if (static_cast<std::uintmax_t>(status.st_size) > largest) {
+        error = tooLarge(largest);
         return false;
     }
-    return readAll(file.get(), static_cast<std::size_t>(status.st_size), content, error);
+    return readAll(file.get(), static_cast<std::size_t>(status.st_size), largest, content, error);
 }
 
 }  // namespace
@@ -74,7 +80,7 @@ bool ConfigDirectory::readConfigFile(const std::string& name, std::string& conte
     const std::string path = (m_directory / name).string();
     std::string text;
     std::string reason;
-    if (!readFile(path, text, reason)) {
+    if (!readFile(path, m_largestFile, text, reason)) {
         error = "cannot read " + path + ": " + reason;
         return false;
     }

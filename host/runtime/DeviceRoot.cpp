@@ -11,9 +11,9 @@ std::optional<DeviceRoot> DeviceRoot::prepare(const std::filesystem::path& path,
     if (path.empty()) {
         reason = "the path is empty";
     } else if (PrivateDirectory::create(path, reason)) {
-        lock = LockFile::acquire((path / ".lock").string(), reason);
+        lock = LockFile::acquireDirectory(path.string(), reason);
     }
-    if (!lock || !PrivateDirectory::create(path / kDataDirectory, reason)) {
+    if (!lock) {
         error = "cannot use the device root \"" + path.string() + "\": " + reason;
         return std::nullopt;
     }

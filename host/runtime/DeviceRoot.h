@@ -11,18 +11,14 @@ namespace vireo {
 /// The directory below which everything lies that the phone keeps. One service at a time holds it.
 class DeviceRoot {
 public:
-    /// Creates the directory and its data directory, mode 0700, where they are missing, and locks
-    /// `<path>/.lock`. Empty with a one-line `error` that names the path, also when another service
-    /// holds it.
+    /// Creates the directory, mode 0700, where it is missing, and locks it. It may be on a
+    /// read-only file system. Empty with a one-line `error` that names the path, also when another
+    /// service holds it.
     static std::optional<DeviceRoot> prepare(const std::filesystem::path& path, std::string& error);
 
     const std::filesystem::path& path() const { return m_path; }
-    /// The database file of the persistent store.
-    std::string storeFile() const { return (m_path / kDataDirectory / "das/store.db").string(); }
 
 private:
-    static constexpr const char* kDataDirectory = "data";
-
     DeviceRoot(std::filesystem::path path, LockFile lock)
         : m_path(std::move(path)), m_lock(std::move(lock)) {}
 

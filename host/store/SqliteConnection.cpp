@@ -1,14 +1,39 @@
 #include "store/SqliteConnection.h"
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 
+#include <filesystem>
 #include <new>
+#include <system_error>
 
 namespace vireo {
 namespace {
 
-// Nobody else writes to the file for long: a person with a tool, a backup.
-constexpr int kBusyTimeoutMs = 1000;
+// SQLite's file system layer without locks. With exclusive locking it keeps the index of a
+// write-ahead log in memory instead of a file.
+constexpr const char* kSystemWithoutLocks = "unix-none";
+
+bool hasContent(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 && status.st_size > 0;
+}
+
+/// The URI of a file that does not change. Without a log, SQLite reads one on a read-only file
+/// system in no other way.
+std::string immutableUri(const std::string& path) {
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string uri = "file://";
+    for (const char c : std::filesystem::absolute(path).string()) {
+        if (c == '%' || c == '?' || c == '#') {
+            const auto byte = static_cast<unsigned char>(c);
+            uri.append({'%', kDigits[byte >> 4U], kDigits[byte & 0xfU]});
+        } else {
+            uri += c;
+        }
+    }
+    return uri + "?immutable=1";
+}
 
 }  // namespace
 
@@ -59,23 +84,15 @@ void SqliteConnection::Closer::operator()(sqlite3* database) const noexcept {
     sqlite3_close_v2(database);
 }
 
-SqliteConnection::Health SqliteConnection::open(const std::string& path, std::string& error) {
-    sqlite3* database = nullptr;
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
-    const int result = sqlite3_open_v2(path.c_str(), &database, flags, nullptr);
-    m_database.reset(database);
-    Health health = Health::eGood;
-    if (database == nullptr) {
-        error = sqlite3_errstr(result);
-        health = Health::eUnusable;
-    } else if (result != SQLITE_OK) {
-        error = errorText();
-        health = healthOfLastFailure();
-    } else {
+SqliteConnection::Health SqliteConnection::open(const std::string& path, int busyTimeoutMs,
+                                                std::string& error) {
+    Health health = openWith(path, SQLITE_OPEN_READWRITE, nullptr, error);
+    if (health == Health::eGood) {
+        sqlite3_busy_timeout(m_database.get(), busyTimeoutMs);
         health = checkContent(error);
     }
     if (health == Health::eGood && !makeDurable(error)) {
-        health = Health::eUnusable;
+        health = healthOfLastFailure() == Health::eInUse ? Health::eInUse : Health::eUnusable;
     }
     if (health != Health::eGood) {
         m_database.reset();
@@ -83,8 +100,40 @@ SqliteConnection::Health SqliteConnection::open(const std::string& path, std::st
     return health;
 }
 
+SqliteConnection::Health SqliteConnection::openForReading(const std::string& path,
+                                                          std::string& error) {
+    const bool hasLog = hasContent(path + "-wal") || hasContent(path + "-journal");
+    Health health = hasLog ? openWith(path, SQLITE_OPEN_READONLY, kSystemWithoutLocks, error)
+                           : openWith(immutableUri(path), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI,
+                                      nullptr, error);
+    if (health == Health::eGood) {
+        execute("PRAGMA locking_mode=EXCLUSIVE");
+        health = checkContent(error);
+    }
+    if (health != Health::eGood) {
+        m_database.reset();
+    }
+    return health;
+}
+
+SqliteConnection::Health SqliteConnection::openWith(const std::string& name, int flags,
+                                                    const char* system, std::string& error) {
+    sqlite3* database = nullptr;
+    const int result = sqlite3_open_v2(name.c_str(), &database,
+                                       flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, system);
+    m_database.reset(database);
+    if (database == nullptr) {
+        error = sqlite3_errstr(result);
+        return Health::eUnusable;
+    }
+    if (result != SQLITE_OK) {
+        error = errorText();
+        return healthOfLastFailure();
+    }
+    return Health::eGood;
+}
+
 SqliteConnection::Health SqliteConnection::checkContent(std::string& error) {
-    sqlite3_busy_timeout(m_database.get(), kBusyTimeoutMs);
     // Closing a damaged file must neither write into it nor delete its log.
     sqlite3_db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 
@@ -128,6 +177,9 @@ bool SqliteConnection::pragmaAnswers(const char* sql, std::string_view expected,
 
 SqliteConnection::Health SqliteConnection::healthOfLastFailure() const noexcept {
     const int code = sqlite3_errcode(m_database.get()) & 0xff;
+    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) {
+        return Health::eInUse;
+    }
     return code == SQLITE_NOTADB || code == SQLITE_CORRUPT ? Health::eDamaged : Health::eUnusable;
 }
 
@@ -143,7 +195,7 @@ SqliteStatement SqliteConnection::prepare(const std::string& sql) noexcept {
 }
 
 bool SqliteConnection::isInTransaction() const noexcept {
-    return sqlite3_get_autocommit(m_database.get()) == 0;
+    return m_database != nullptr && sqlite3_get_autocommit(m_database.get()) == 0;
 }
 
 long long SqliteConnection::changedRows() const noexcept {
@@ -152,7 +204,13 @@ long long SqliteConnection::changedRows() const noexcept {
 
 std::string SqliteConnection::errorText() const noexcept {
     try {
-        return sqlite3_errmsg(m_database.get());
+        std::string text = sqlite3_errmsg(m_database.get());
+        const int code = sqlite3_errcode(m_database.get()) & 0xff;
+        const int reason = sqlite3_system_errno(m_database.get());
+        if (reason != 0 && (code == SQLITE_IOERR || code == SQLITE_CANTOPEN)) {
+            text.append(" (").append(std::generic_category().message(reason)).append(1, ')');
+        }
+        return text;
     } catch (const std::bad_alloc&) {
         return "out of memory";  // short enough to need none
     }

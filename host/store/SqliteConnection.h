@@ -44,12 +44,22 @@ public:
     enum class Health {
         eGood,
         eDamaged,  ///< the content is not a sound database; the connection is closed
+        eInUse,    ///< another program has it locked; the connection is closed
         eUnusable  ///< it cannot be told, or not be worked with; the connection is closed
     };
 
     /// Opens the existing file, checks all of its content, and sees to it that what is committed is
     /// on stable storage. Changes nothing in a damaged file and keeps what lies beside it.
-    Health open(const std::string& path, std::string& error);
+    /// Waits at most `busyTimeoutMs` milliseconds, here and later, for others that use the file.
+    Health open(const std::string& path, int busyTimeoutMs, std::string& error);
+
+    /// Opens the existing file for reading, with what is in its write-ahead log, and checks all of
+    /// its content. Works on a read-only or full file system, takes no locks and makes no files:
+    /// for a file that nobody writes meanwhile.
+    Health openForReading(const std::string& path, std::string& error);
+
+    bool isOpen() const noexcept { return m_database != nullptr; }
+    void close() noexcept { m_database.reset(); }
 
     /// Executes statements that have no result. False: `errorText` says why.
     bool execute(const char* sql) noexcept;
@@ -68,6 +78,7 @@ private:
         void operator()(sqlite3* database) const noexcept;
     };
 
+    Health openWith(const std::string& name, int flags, const char* system, std::string& error);
     Health checkContent(std::string& error);
     bool makeDurable(std::string& error);
     bool pragmaAnswers(const char* sql, std::string_view expected, std::string& error);

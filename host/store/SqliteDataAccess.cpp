@@ -17,9 +17,9 @@ constexpr char kComponent[] = "DataAccessService";
 constexpr char kFile[] = "./host/store/SqliteDataAccess";
 
 /// The answer to what cannot be done, and its log line.
-std::string refuse(std::string_view table, const std::string& what) {
-    if (loggingOnUni(kLogWarning)) {
-        logAppUni(kComponent, kFile, kLogWarning, __LINE__, "request refused, table \"%.*s\": %s",
+std::string refuse(std::string_view table, const std::string& what, int level = kLogWarning) {
+    if (loggingOnUni(level)) {
+        logAppUni(kComponent, kFile, level, __LINE__, "request refused, table \"%.*s\": %s",
                   static_cast<int>(table.size()), table.data(), what.c_str());
     }
     return StoreAnswer::error(table, what);
@@ -37,69 +37,104 @@ std::string describe(const StoreRequestFault& fault) {
 
 std::unique_ptr<SqliteDataAccess> SqliteDataAccess::open(const std::string& path,
                                                          StoreCatalogue catalogue,
-                                                         std::string& error) {
+                                                         std::string& error,
+                                                         const StoreOptions& options) {
     try {
-        SqliteConnection connection;
-        if (!connect(path, connection, error)) {
-            return nullptr;
+        std::unique_ptr<SqliteDataAccess> store(new SqliteDataAccess(path, std::move(catalogue)));
+        if (store->openForWriting(options, error)) {
+            return store;
         }
-        std::unique_ptr<SqliteDataAccess> store(
-            new SqliteDataAccess(std::move(catalogue), std::move(connection)));
-        StoreSchema schema(store->m_connection, store->m_catalogue);
-        if (!schema.establish(error) || !schema.load(store->m_rows, error)) {
-            error.insert(0, path + ": ");
-            return nullptr;
+        // What another program is writing cannot be read without its locks.
+        std::string readError;
+        if (!store->m_isInUse && store->openForReading(readError)) {
+            return store;
         }
-        return store;
     } catch (const std::exception& exception) {
         logExc(kComponent, kFile, __LINE__, "open", exception);
         error = exception.what();
-        return nullptr;
+    }
+    return nullptr;
+}
+
+SqliteDataAccess::SqliteDataAccess(std::string path, StoreCatalogue catalogue)
+    : m_path(std::move(path)), m_catalogue(std::move(catalogue)), m_rows(m_catalogue) {
+    for (const StoreTable& table : m_catalogue.tables()) {
+        m_statements.emplace_back(table.columns.size());
     }
 }
 
-bool SqliteDataAccess::connect(const std::string& path, SqliteConnection& connection,
-                               std::string& error) {
-    const StoreFile file(path);
+bool SqliteDataAccess::openForWriting(const StoreOptions& options, std::string& error) {
+    const bool wasEmpty = StoreFile(m_path).isEmpty();
+    const SqliteConnection::Health health = connect(options, error);
+    m_isInUse = health == SqliteConnection::Health::eInUse;
+    if (health != SqliteConnection::Health::eGood) {
+        return false;
+    }
+    StoreSchema schema(m_connection, m_catalogue);
+    if (!schema.establish(error) || !schema.load(m_rows, error)) {
+        error.insert(0, m_path + ": ");
+        m_connection.close();
+        return false;
+    }
+    if (wasEmpty && loggingOnUni(kLogWarning)) {
+        logAppUni(kComponent, kFile, kLogWarning, __LINE__,
+                  "the store %s was there but empty: all settings have their defaults",
+                  m_path.c_str());
+    }
+    return true;
+}
+
+bool SqliteDataAccess::openForReading(std::string& error) {
+    const StoreFile file(m_path);
+    m_rows = StoreRows(m_catalogue);
+    m_hasFile = !file.isMissing();
+    if (file.hasOrphanedLog()) {
+        return false;
+    }
+    if (!m_hasFile) {
+        return true;
+    }
+    SqliteConnection reader;
+    return file.isRegular() &&
+           reader.openForReading(m_path, error) == SqliteConnection::Health::eGood &&
+           StoreSchema(reader, m_catalogue).load(m_rows, error);
+}
+
+SqliteConnection::Health SqliteDataAccess::connect(const StoreOptions& options,
+                                                   std::string& error) {
+    using Health = SqliteConnection::Health;
+    const StoreFile file(m_path);
     std::string damage = "its write-ahead log stands alone";
     if (!file.hasOrphanedLog()) {
         if (!file.makeUsable(error)) {
-            return false;
+            return Health::eUnusable;
         }
-        const SqliteConnection::Health health = connection.open(path, damage);
-        if (health == SqliteConnection::Health::eGood) {
-            return true;
-        }
-        if (health == SqliteConnection::Health::eUnusable) {
-            error = path + ": " + damage;
-            return false;
+        const Health health = m_connection.open(m_path, options.busyTimeoutMs, damage);
+        if (health != Health::eDamaged) {
+            error = m_path + ": " + damage;
+            return health;
         }
     }
-    const std::string newName = file.setAside(error);
+    if (!setDamagedAside(damage, error) || !file.makeUsable(error)) {
+        return Health::eUnusable;
+    }
+    const Health health = m_connection.open(m_path, options.busyTimeoutMs, damage);
+    error = m_path + ": " + damage;
+    return health;
+}
+
+bool SqliteDataAccess::setDamagedAside(const std::string& damage, std::string& error) const {
+    const std::string newName = StoreFile(m_path).setAside(error);
     if (newName.empty()) {
-        error = path + " is damaged (" + damage + "); " + error;
+        error = m_path + " is damaged (" + damage + "); " + error;
         return false;
     }
     if (loggingOnUni(kLogError)) {
         logAppUni(kComponent, kFile, kLogError, __LINE__,
                   "STORE DAMAGED: %s: %s. Set aside as %s; a new, empty store is made",
-                  path.c_str(), damage.c_str(), newName.c_str());
-    }
-    if (!file.makeUsable(error)) {
-        return false;
-    }
-    if (connection.open(path, damage) != SqliteConnection::Health::eGood) {
-        error = path + ": " + damage;
-        return false;
+                  m_path.c_str(), damage.c_str(), newName.c_str());
     }
     return true;
-}
-
-SqliteDataAccess::SqliteDataAccess(StoreCatalogue catalogue, SqliteConnection connection)
-    : m_catalogue(std::move(catalogue)), m_connection(std::move(connection)), m_rows(m_catalogue) {
-    for (const StoreTable& table : m_catalogue.tables()) {
-        m_statements.emplace_back(table.columns.size());
-    }
 }
 
 SqliteDataAccess::~SqliteDataAccess() {
@@ -162,8 +197,12 @@ std::string SqliteDataAccess::update(const StoreRequest& request) {
         std::unique_lock lock(m_writeMutex);
         const Outcome outcome = store(request);
         lock.unlock();
+        report(outcome);
         if (outcome.failure != nullptr) {
-            failure = "column \"" + request.column->name + "\": " + outcome.text();
+            // A lasting fault is reported when it begins and when it ends.
+            return refuse(request.table->name,
+                          "column \"" + request.column->name + "\": " + outcome.text(),
+                          takesWrites() && !m_writeFault.isRaised() ? kLogWarning : kLogDebug);
         }
     }
     if (!failure.empty()) {
@@ -189,6 +228,9 @@ SqliteDataAccess::Outcome SqliteDataAccess::store(const StoreRequest& request) {
         return commitPending();
     }
 
+    if (!takesWrites()) {
+        return {"the store takes no writes", {}};
+    }
     // All memory first: once SQLite has the value nothing may fail on our side.
     std::string value(request.value);
     std::unique_lock rowsLock(m_rowsMutex);
@@ -207,10 +249,10 @@ SqliteDataAccess::Outcome SqliteDataAccess::store(const StoreRequest& request) {
     rowsLock.unlock();
     if (bracket != nullptr) {
         bracket->hasPending = true;
-    } else {
-        settle();
+        return {};
     }
-    return {};
+    settle();
+    return {.isDurable = true};
 }
 
 SqliteDataAccess::Outcome SqliteDataAccess::writeRow(const StoreRequest& request) {
@@ -245,6 +287,7 @@ SqliteDataAccess::Outcome SqliteDataAccess::commitPending() noexcept {
             return failPending();
         }
         settle();
+        return {.isDurable = true};
     }
     return {};
 }
@@ -315,11 +358,33 @@ bool SqliteDataAccess::commitUpdate() {
             m_brackets.erase(std::this_thread::get_id());
         }
     }
-    if (outcome.failure != nullptr && loggingOnUni(kLogError)) {
-        logAppUni(kComponent, kFile, kLogError, __LINE__, "commitUpdate: %s%s%s", outcome.failure,
+    report(outcome);
+    const int level = m_writeFault.isRaised() ? kLogDebug : kLogError;
+    if (outcome.failure != nullptr && loggingOnUni(level)) {
+        logAppUni(kComponent, kFile, level, __LINE__, "commitUpdate: %s%s%s", outcome.failure,
                   outcome.detail.empty() ? "" : ": ", outcome.detail.c_str());
     }
     return outcome.failure == nullptr;
+}
+
+void SqliteDataAccess::report(const Outcome& outcome) noexcept {
+    if (!outcome.detail.empty()) {
+        bool isNews = true;
+        try {
+            isNews = m_writeFault.raise(outcome.detail);
+        } catch (const std::exception&) {
+            // Deliberate: without memory a line too many is better than none.
+        }
+        if (isNews && loggingOnUni(kLogError)) {
+            logAppUni(kComponent, kFile, kLogError, __LINE__,
+                      "STORE NOT WRITTEN: %s: %s. Old values stay and can be read, writes are "
+                      "refused until this is put right; no restart is needed",
+                      m_path.c_str(), outcome.detail.c_str());
+        }
+    } else if (outcome.isDurable && m_writeFault.clear() && loggingOnUni(kLogWarning)) {
+        logAppUni(kComponent, kFile, kLogWarning, __LINE__, "STORE WRITTEN AGAIN: %s",
+                  m_path.c_str());
+    }
 }
 
 bool SqliteDataAccess::isRebootRequired() {

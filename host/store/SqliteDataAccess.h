@@ -12,10 +12,12 @@
 #include <vector>
 
 #include "Visibility.h"
+#include "log/FaultNotice.h"
 #include "service/Executable.h"
 #include "services/DataAccessServiceIfc.h"
 #include "store/SqliteConnection.h"
 #include "store/StoreCatalogue.h"
+#include "store/StoreOptions.h"
 #include "store/StoreRequest.h"
 #include "store/StoreRows.h"
 
@@ -34,13 +36,24 @@ class VIREO_API SqliteDataAccess : public Executable, public DataAccessServiceIf
 public:
     /// Opens the file, or makes it and the directories above it, and brings its tables in step
     /// with the catalogue. A damaged file is set aside under a new name, with an error line, and a
-    /// new one is made. Null with a one-line `error` when the file cannot be used, or has one of
-    /// the tables in another shape; the file is then as it was.
+    /// new one is made.
+    ///
+    /// A file that cannot be written, or not be made, is read instead: `takesWrites` is false then,
+    /// and `error` says why. Null with a one-line `error` when the file cannot be used, another
+    /// program has it locked, or it has one of the tables in another shape; the file is then as it
+    /// was.
     static std::unique_ptr<SqliteDataAccess> open(const std::string& path, StoreCatalogue catalogue,
-                                                  std::string& error);
+                                                  std::string& error,
+                                                  const StoreOptions& options = {});
     ~SqliteDataAccess() override;
     SqliteDataAccess(const SqliteDataAccess&) = delete;
     SqliteDataAccess& operator=(const SqliteDataAccess&) = delete;
+
+    /// Whether updates reach a file. Never changes. If not, the values are those that the file had
+    /// when it was opened, and updates are answered with an error.
+    bool takesWrites() const { return m_connection.isOpen(); }
+    /// Whether there was a file to read.
+    bool hasFile() const { return m_hasFile; }
 
     /// An answer that finds no memory even for its error is empty.
     std::string request(const std::string& requestText) override;
@@ -59,14 +72,19 @@ private:
     /// What became of an update or a commit. Moving it needs no memory.
     struct Outcome {
         const char* failure = nullptr;  ///< null: done
-        std::string detail;             ///< what SQLite said, may be empty
+        std::string detail{};           ///< what SQLite said, may be empty
+        bool isDurable = false;         ///< something new is on stable storage
 
         std::string text() const;
     };
 
-    SqliteDataAccess(StoreCatalogue catalogue, SqliteConnection connection);
+    SqliteDataAccess(std::string path, StoreCatalogue catalogue);
 
-    static bool connect(const std::string& path, SqliteConnection& connection, std::string& error);
+    bool openForWriting(const StoreOptions& options, std::string& error);
+    bool openForReading(std::string& error);
+    SqliteConnection::Health connect(const StoreOptions& options, std::string& error);
+    bool setDamagedAside(const std::string& damage, std::string& error) const;
+    void report(const Outcome& outcome) noexcept;
 
     std::string answer(const std::string& requestText);
     std::string read(const StoreRequest& request);
@@ -82,7 +100,10 @@ private:
     void settle() noexcept;
     void undo() noexcept;
 
+    const std::string m_path;
     const StoreCatalogue m_catalogue;
+    bool m_isInUse = false;  ///< another program had the file when it was opened
+    bool m_hasFile = true;
 
     /// Guards the connection, the brackets, and who may change m_rows. Taken before m_rowsMutex.
     std::mutex m_writeMutex;
@@ -95,6 +116,7 @@ private:
     StoreRows m_rows;
 
     std::atomic<bool> m_isRebootRequired{false};
+    FaultNotice m_writeFault;
 };
 
 }  // namespace vireo

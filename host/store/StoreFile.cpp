@@ -12,8 +12,6 @@
 #include <system_error>
 #include <utility>
 
-#include "log/Log.h"
-
 namespace vireo {
 namespace {
 
@@ -107,11 +105,6 @@ bool StoreFile::makeUsable(std::string& error) const {
             error = failureText("cannot read and write", m_path, errno);
             return false;
         }
-        if (status.st_size == 0 && loggingOnUni(kLogWarning)) {
-            logAppUni("DataAccessService", "./host/store/StoreFile", kLogWarning, __LINE__,
-                      "the store %s was there but empty: all settings have their defaults",
-                      m_path.c_str());
-        }
         return true;
     }
     const int fd = ::open(m_path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
@@ -122,6 +115,21 @@ bool StoreFile::makeUsable(std::string& error) const {
     ::close(fd);
     syncDirectory(directory);
     return true;
+}
+
+bool StoreFile::isEmpty() const {
+    struct stat status {};
+    return ::stat(m_path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0;
+}
+
+bool StoreFile::isMissing() const {
+    struct stat status {};
+    return !m_path.empty() && ::stat(m_path.c_str(), &status) != 0 && errno == ENOENT;
+}
+
+bool StoreFile::isRegular() const {
+    struct stat status {};
+    return ::stat(m_path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 bool StoreFile::hasOrphanedLog() const {

@@ -14,6 +14,12 @@ public:
     /// with `error` when it cannot be read and written, or is no ordinary file.
     bool makeUsable(std::string& error) const;
 
+    /// Whether it is there without any content.
+    bool isEmpty() const;
+    /// Whether it certainly is not there.
+    bool isMissing() const;
+    bool isRegular() const;
+
     /// Whether a write-ahead log with content stands beside a missing or empty file. SQLite would
     /// delete it, and with it the last updates.
     bool hasOrphanedLog() const;

@@ -95,6 +95,11 @@ bool StoreSchema::establishTable(const StoreTable& table, std::string& error) {
     if (shape.columns.empty()) {
         return createTable(table, error) && makeOnlyRow(table, error);
     }
+    return fits(table, shape, error) && addColumns(table, shape, error) &&
+           makeOnlyRow(table, error);
+}
+
+bool StoreSchema::fits(const StoreTable& table, const Shape& shape, std::string& error) {
     const std::string keys = shape.keys();
     if (!isSameName(keys, table.indexColumn)) {
         error = "the file has it with index " + quoted(keys) + ", the catalogue with " +
@@ -104,7 +109,13 @@ bool StoreSchema::establishTable(const StoreTable& table, std::string& error) {
     if (table.isIndexed() && !shape.find(table.indexColumn)->isText(error)) {
         return false;
     }
-    return addColumns(table, shape, error) && makeOnlyRow(table, error);
+    for (const StoreColumn& column : table.columns) {
+        const Shape::Column* present = shape.find(column.name);
+        if (present != nullptr && !present->isText(error)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 bool StoreSchema::readShape(const StoreTable& table, Shape& shape, std::string& error) {
@@ -140,12 +151,8 @@ bool StoreSchema::createTable(const StoreTable& table, std::string& error) {
 bool StoreSchema::addColumns(const StoreTable& table, const Shape& shape, std::string& error) {
     const std::string alter = "ALTER TABLE " + quoted(table.name) + " ADD COLUMN ";
     for (const StoreColumn& column : table.columns) {
-        const Shape::Column* present = shape.find(column.name);
-        if (present == nullptr) {
-            if (!execute(alter + quoted(column.name) + " TEXT", error)) {
-                return false;
-            }
-        } else if (!present->isText(error)) {
+        if (shape.find(column.name) == nullptr &&
+            !execute(alter + quoted(column.name) + " TEXT", error)) {
             return false;
         }
     }
@@ -183,9 +190,19 @@ bool StoreSchema::load(StoreRows& rows, std::string& error) {
 }
 
 bool StoreSchema::loadTable(const StoreTable& table, StoreRows& rows, std::string& error) {
+    Shape shape;
+    if (!readShape(table, shape, error)) {
+        return false;
+    }
+    if (shape.columns.empty()) {
+        return true;
+    }
+    if (!fits(table, shape, error)) {
+        return false;
+    }
     std::string sql = "SELECT " + (table.isIndexed() ? quoted(table.indexColumn) : "''");
     for (const StoreColumn& column : table.columns) {
-        sql += "," + quoted(column.name);
+        sql += "," + (shape.find(column.name) != nullptr ? quoted(column.name) : "NULL");
     }
     SqliteStatement select = m_connection.prepare(sql + " FROM " + quoted(table.name));
     Step step = Step::eFailed;

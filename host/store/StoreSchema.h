@@ -22,7 +22,9 @@ public:
     /// another shape, or SQLite fails; the file is then as it was.
     bool establish(std::string& error);
 
-    /// Reads all values. Those that an answer cannot carry are marked and logged.
+    /// Reads all values; tables and columns that are absent have none. False with `error` when the
+    /// file has a table of another shape, or SQLite fails. Values that an answer cannot carry are
+    /// marked and logged.
     bool load(StoreRows& rows, std::string& error);
 
     /// The SQL that writes one value: parameter 1 is the value, 2 the key of the row.
@@ -34,6 +36,7 @@ private:
     bool establishAll(std::string& error);
     bool establishTable(const StoreTable& table, std::string& error);
     bool readShape(const StoreTable& table, Shape& shape, std::string& error);
+    static bool fits(const StoreTable& table, const Shape& shape, std::string& error);
     bool createTable(const StoreTable& table, std::string& error);
     bool addColumns(const StoreTable& table, const Shape& shape, std::string& error);
     bool makeOnlyRow(const StoreTable& table, std::string& error);

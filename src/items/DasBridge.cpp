@@ -58,8 +58,12 @@ bool parseAnswer(DasResponseParser& parser, const std::string& answer, const cha
         return true;
     }
     std::string error;
-    parser.getItemValue("Error", error);
-    VCMS_LOG(kLogError, "VCMS - no %s from the persistent store: %s", reason, error.c_str());
+    if (parser.getItemValue("Error", error)) {
+        // The store has said what is wrong with it, once; requests come by the thousand.
+        VCMS_LOG(kLogDebug, "VCMS - no %s from the persistent store: %s", reason, error.c_str());
+    } else {
+        VCMS_LOG(kLogError, "VCMS - no %s from the persistent store", reason);
+    }
     return false;
 }
 

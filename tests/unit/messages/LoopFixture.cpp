@@ -36,7 +36,9 @@ void EchoInvoker::handleMessage(Executable* executable, const char* message, int
 
 void LoopFixture::start(std::size_t maximumPeers) {
     std::string error;
-    ASSERT_TRUE(m_loop.listen(m_socket, maximumPeers, error)) << error;
+    MessageLimits limits;
+    limits.maximumPeers = maximumPeers;
+    ASSERT_TRUE(m_loop.listen(m_socket, limits, error)) << error;
     m_loop.serve("EchoIfc", m_invoker, m_executable);
     m_thread = std::thread([this] { m_loop.run(); });
 }

@@ -33,7 +33,7 @@ class LoopFixture : public ::testing::Test {
 protected:
     void TearDown() override { stop(); }
 
-    void start(std::size_t maximumPeers = MessageLoop::kDefaultMaximumPeers);
+    void start(std::size_t maximumPeers = MessageLimits().maximumPeers);
     void stop();
 
     ScratchDirectory m_directory;

@@ -171,7 +171,7 @@ TEST_F(MessageLoopTest, APeerThatNeverReadsHoldsUpNobodyAndLosesNothing) {
     ASSERT_TRUE(stuck.write(
         requestsFor(std::vector<std::string>(kRequests, "big:" + std::to_string(kReply)))));
     EXPECT_EQ(other.ask("served"), "served");
-    EXPECT_LE(m_invoker.bigHandled, static_cast<int>(MessageLoop::kOutputLimit / kReply) + 2);
+    EXPECT_LE(m_invoker.bigHandled, static_cast<int>(MessageLimits().maximumUnsent / kReply) + 2);
     expectEchoes(stuck, std::vector<std::string>(kRequests, std::string(kReply, 'b')));
     EXPECT_EQ(stuck.ask("awake"), "awake");
 }
@@ -253,7 +253,7 @@ TEST_F(MessageLoopTest, StopEndsTheLoopFromAnyThreadAndClosesConnections) {
 
 TEST_F(MessageLoopTest, StopBeforeRunEndsItAtOnce) {
     std::string error;
-    ASSERT_TRUE(m_loop.listen(m_socket, 1, error)) << error;
+    ASSERT_TRUE(m_loop.listen(m_socket, MessageLimits(), error)) << error;
     m_loop.stop();
     EXPECT_TRUE(m_loop.run());
 }

@@ -20,10 +20,10 @@ TEST(ConfigDirectory, ReadsPlainFilesByteForByteAndRefusesTheRest) {
     std::ofstream(directory / "config/.hidden") << "x";
     std::ofstream(directory / "outside.xml") << "x";
     std::ofstream(directory / "config/huge.xml");
-    std::filesystem::resize_file(directory / "config/huge.xml", ConfigDirectory::kLargestFile + 1);
+    std::filesystem::resize_file(directory / "config/huge.xml", 1025);
     std::filesystem::create_directory(directory / "config/folder");
     ::mkfifo((directory / "config/pipe").c_str(), 0600);
-    ConfigDirectory config(directory / "config");
+    ConfigDirectory config(directory / "config", 1024);
     const struct {
         std::string name;
         bool found;
@@ -35,7 +35,7 @@ TEST(ConfigDirectory, ReadsPlainFilesByteForByteAndRefusesTheRest) {
         {"missing.xml", false, "", "missing.xml: No such file"},
         {"folder", false, "", "no regular file"},
         {"pipe", false, "", "no regular file"},
-        {"huge.xml", false, "", "larger than 64 MiB"},
+        {"huge.xml", false, "", "larger than 1024 bytes"},
         {"", false, "", "no plain file name"},
         {".hidden", false, "", "\".hidden\" is no plain file name"},
         {"..", false, "", "no plain file name"},

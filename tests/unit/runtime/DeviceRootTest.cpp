@@ -20,12 +20,10 @@ TEST(DeviceRoot, IsCreatedPrivatelyAndUsedAgain) {
     ::umask(before);
     ASSERT_TRUE(root) << error;
     EXPECT_EQ(modeOf(path), 0700U);
-    EXPECT_EQ(modeOf(path + "/data"), 0700U);
-    EXPECT_EQ(root->storeFile(), path + "/data/das/store.db");
-    std::ofstream(path + "/data/kept") << "x";
+    std::ofstream(path + "/kept") << "x";
     root.reset();
     EXPECT_TRUE(DeviceRoot::prepare(path, error)) << error;
-    EXPECT_TRUE(std::filesystem::exists(path + "/data/kept"));
+    EXPECT_TRUE(std::filesystem::exists(path + "/kept"));
 }
 
 TEST(DeviceRoot, TwoServicesNeverShareOne) {
@@ -36,6 +34,9 @@ TEST(DeviceRoot, TwoServicesNeverShareOne) {
     ASSERT_TRUE(root) << error;
     EXPECT_FALSE(DeviceRoot::prepare(path + "/../phone/", error));
     EXPECT_NE(error.find("is locked by process"), std::string::npos) << error;
+    std::filesystem::remove(path + "/.lock");
+    EXPECT_FALSE(DeviceRoot::prepare(path, error)) << "the directory itself is locked";
+    EXPECT_NE(error.find("is locked by another process"), std::string::npos) << error;
 }
 
 TEST(DeviceRoot, AnUnusablePathIsNamed) {
@@ -47,9 +48,7 @@ TEST(DeviceRoot, AnUnusablePathIsNamed) {
     std::ofstream(file) << "x";
     EXPECT_FALSE(DeviceRoot::prepare(file, error));
     EXPECT_NE(error.find("device root \"" + file + "\""), std::string::npos) << error;
-    std::filesystem::create_directory(directory / "root");
-    std::ofstream(directory / "root/data") << "x";
-    EXPECT_FALSE(DeviceRoot::prepare(directory / "root", error));
+    EXPECT_FALSE(DeviceRoot::prepare(file + "/root", error));
     EXPECT_NE(error.find("cannot create the directory"), std::string::npos) << error;
 }
 
