@@ -117,11 +117,17 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
     allowDescriptors(options.messages.maximumPeers);
     m_root = DeviceRoot::prepare(options.root, error);
     // The socket comes early: a service that cannot be reached should not touch the store.
-    if (!m_root || !m_loop.listen(options.socket, options.messages, error)) {
+    if (!m_root) {
+        error += "; --root names the directory";
+        return false;
+    }
+    if (!m_loop.listen(options.socket, options.messages, error)) {
+        error += "; --socket names the path";
         return false;
     }
     openStore(options);
     if (!loadService(options.plugin, error)) {
+        error += "; --plugin names the file";
         return false;
     }
     startService();

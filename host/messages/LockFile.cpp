@@ -68,6 +68,9 @@ std::optional<LockFile> LockFile::acquireDirectory(const std::string& directory,
     const std::string notePath = directory + "/.lock";
     FileDescriptor note(
         ::open(notePath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+    if (!note) {
+        note = FileDescriptor(::open(notePath.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    }
     // The directory first: of two that start at the same time one must get both.
     if (!lock(itself.get(), directory, note.get(), error) ||
         (note && !lock(note.get(), notePath, note.get(), error))) {

@@ -87,7 +87,7 @@ bool SqliteDataAccess::openForWriting(const StoreOptions& options, std::string& 
 bool SqliteDataAccess::openForReading(std::string& error) {
     const StoreFile file(m_path);
     m_rows = StoreRows(m_catalogue);
-    m_hasFile = !file.isMissing();
+    m_hasFile = !file.isMissing() && !file.isEmpty();
     if (file.hasOrphanedLog()) {
         return false;
     }

@@ -52,7 +52,7 @@ public:
     /// Whether updates reach a file. Never changes. If not, the values are those that the file had
     /// when it was opened, and updates are answered with an error.
     bool takesWrites() const { return m_connection.isOpen(); }
-    /// Whether there was a file to read.
+    /// Whether there was a file with content.
     bool hasFile() const { return m_hasFile; }
 
     /// An answer that finds no memory even for its error is empty.
