@@ -14,7 +14,7 @@ install(DIRECTORY platform include DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vireo
         FILES_MATCHING PATTERN "*.h")
 install(FILES client/LocalMgmtClient.h client/CallStatus.h
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vireo/client)
-install(DIRECTORY config DESTINATION ${CMAKE_INSTALL_DATADIR}/vireo FILES_MATCHING PATTERN "*.xml")
+install(DIRECTORY config DESTINATION ${CMAKE_INSTALL_DATADIR}/vireo FILES_MATCHING PATTERN "*.xml" PATTERN "vireod.conf")
 
 configure_package_config_file(cmake/VireoClientMgmtConfig.cmake.in VireoClientMgmtConfig.cmake
                               INSTALL_DESTINATION ${package_dir})

@@ -12,8 +12,6 @@
 namespace vireo {
 namespace {
 
-constexpr const char* kCatalogueFile = "store.xml";
-
 using Severity = ConfigurationFinding::Severity;
 
 /// The ports are installed as long as anything loads.
@@ -28,16 +26,17 @@ public:
     CheckPorts& operator=(const CheckPorts&) = delete;
 };
 
-std::optional<StoreCatalogue> readCatalogue(NotedFiles& files, FindingPrinter& printer) {
+std::optional<StoreCatalogue> readCatalogue(const std::string& name, NotedFiles& files,
+                                            FindingPrinter& printer) {
     std::string text;
     std::string error;
     std::optional<StoreCatalogue> catalogue;
-    if (files.readConfigFile(kCatalogueFile, text, error)) {
+    if (files.readConfigFile(name, text, error)) {
         catalogue = StoreCatalogue::parse(text, error);
     }
     if (!catalogue) {
-        printer.report({Severity::eError, kCatalogueFile, error,
-                        "mend the file: without it the service does not start"});
+        printer.report({Severity::eError, name, error,
+                        "mend the file: without it the store stays closed"});
     }
     return catalogue;
 }
@@ -69,10 +68,10 @@ int checkConfiguration(const HostOptions& options) {
         std::fprintf(stderr, "vireod: cannot check: %s\n", error.c_str());
         return 1;
     }
-    NotedFiles files(options.configDirectory);
+    NotedFiles files(options.configDirectory, options.maximumConfigFile);
     FindingPrinter printer(stdout);
     const CheckPorts ports(printer, files);
-    const auto catalogue = readCatalogue(files, printer);
+    const auto catalogue = readCatalogue(options.storeCatalogue, files, printer);
     std::optional<CatalogueLayout> layout;
     if (catalogue) {
         layout.emplace(*catalogue);

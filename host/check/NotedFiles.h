@@ -11,7 +11,7 @@ namespace vireo {
 /// thread.
 class NotedFiles : public ConfigDirectory {
 public:
-    explicit NotedFiles(std::filesystem::path directory) : ConfigDirectory(std::move(directory)) {}
+    using ConfigDirectory::ConfigDirectory;
 
     bool readConfigFile(const std::string& name, std::string& content,
                         std::string& error) override {

@@ -19,7 +19,8 @@ bool PrivateDirectory::create(const std::filesystem::path& path, std::string& er
         std::error_code ignored;
         if (!std::filesystem::is_directory(soFar, ignored)) {
             error = "cannot create the directory " + soFar.string() + ": " +
-                    std::generic_category().message(reason);
+                    (reason == EEXIST ? "there is something else of that name"
+                                      : std::generic_category().message(reason));
             return false;
         }
     }

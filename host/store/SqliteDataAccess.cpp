@@ -49,6 +49,9 @@ std::unique_ptr<SqliteDataAccess> SqliteDataAccess::open(const std::string& path
         if (!store->m_isInUse && store->openForReading(readError)) {
             return store;
         }
+        if (!readError.empty() && error.find(readError) == std::string::npos) {
+            error += "; cannot read it either: " + readError;
+        }
     } catch (const std::exception& exception) {
         logExc(kComponent, kFile, __LINE__, "open", exception);
         error = exception.what();

@@ -206,7 +206,12 @@ bool StoreSchema::loadTable(const StoreTable& table, StoreRows& rows, std::strin
     }
     SqliteStatement select = m_connection.prepare(sql + " FROM " + quoted(table.name));
     Step step = Step::eFailed;
+    std::size_t count = 0;
     while (select && (step = select.step()) == Step::eRow) {
+        if (++count > 1 && !table.isIndexed()) {
+            error = "the file has several rows, a table without index has one";
+            return false;
+        }
         const std::optional<std::string_view> keyText = select.textAt(0);
         if (!keyText) {
             continue;  // no request can name such a row

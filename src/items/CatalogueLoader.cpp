@@ -29,6 +29,17 @@ constexpr const char* kNeverCachedTags[] = {
     "tdm-64-RAMphone-busy-status",
 };
 
+/// Whether the row has its first `count` columns; a warning if not.
+template <std::size_t Count>
+bool isComplete(const ParallelLists<Count>& row, std::size_t count, const DxlDocument& list) {
+    if (!row.present(count)) {
+        VCMS_LOG(kLogWarning, "VCMS - a row of %s skipped: it lacks an element; it begins with %s",
+                 list.getName().c_str(), row.has(0) ? row[0].c_str() : "nothing");
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 CatalogueLoader::CatalogueLoader(DxlCollection& master, DxlCollection& callFailing,
@@ -92,7 +103,7 @@ void CatalogueLoader::digestItemMap(DxlSchema& itemMapSchema, const std::string&
                                     const DxlDocument& itemMap) {
     const DxlDataType* string = DxlSchema::findDataType("string");
     for (ParallelLists<2> items(itemMap, {"/item/rootId", "/item/schema"}); items.next();) {
-        if (!items.present(2)) {
+        if (!isComplete(items, 2, itemMap)) {
             continue;
         }
         // An item under the name of a configuration document could delete or overwrite it.
@@ -137,7 +148,7 @@ void CatalogueLoader::digestTables() {
     ParallelLists<3> rows(*tables,
                           {"/table/dasSchemaName", "/table/dasIndexName", "/table/itemMap"});
     while (rows.next()) {
-        if (!rows.present(3)) {
+        if (!isComplete(rows, 3, *tables)) {
             continue;
         }
         m_maps.indexColumns.insert_or_assign(rows[0], rows[1]);
@@ -151,7 +162,7 @@ void CatalogueLoader::digestTables() {
 void CatalogueLoader::digestTable(const std::string& table, const DxlDocument& items) {
     ParallelLists<3> rows(items, {"/item/rootId", "/item/dasIndexValue", "/item/dasItemName"});
     while (rows.next()) {
-        if (rows.present(3)) {
+        if (isComplete(rows, 3, items)) {
             // Deliberate: a table-kept item is keyed with its root id in both fields.
             StoreAddress& address = m_maps.storeAddresses[NodeId{rows[0], rows[0]}];
             address.table = table;
@@ -192,7 +203,7 @@ void CatalogueLoader::digestMappings() {
     ParallelLists<5> rows(*mappings, {"/item/rootId", "/item/nodeId", "/item/dasSchemaName",
                                       "/item/dasItemName", "/item/default"});
     while (rows.next()) {
-        if (!rows.present(4)) {
+        if (!isComplete(rows, 4, *mappings)) {
             continue;
         }
         const auto [address, isNew] = m_maps.storeAddresses.try_emplace(NodeId{rows[0], rows[1]});

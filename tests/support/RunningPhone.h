@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,10 +22,22 @@ public:
         start();
     }
 
-    void start() {
+    /// One that does not run yet, with a configuration of its own.
+    struct Prepared {};
+    explicit RunningPhone(Prepared /*unused*/) : m_configDirectory(file("config")) {
+        std::filesystem::copy(VIREO_CONFIG, m_configDirectory,
+                              std::filesystem::copy_options::recursive);
+    }
+
+    /// What the next start is run by.
+    void wrap(std::vector<std::string> wrapper) { m_wrapper = std::move(wrapper); }
+
+    void start(const std::vector<std::string>& options = {}, std::string logFile = {}) {
         std::vector<std::string> command = m_wrapper;
-        command.insert(command.end(), {VIREOD, "--config", VIREO_CONFIG, "--root", root(),
-                                       "--socket", socket(), "--log-file", logFile()});
+        command.insert(command.end(),
+                       {VIREOD, "--config", m_configDirectory, "--root", root(), "--socket",
+                        socket(), "--log-file", logFile.empty() ? this->logFile() : logFile});
+        command.insert(command.end(), options.begin(), options.end());
         process = std::make_unique<ChildProcess>(command);
         std::string line;
         if (!process->readLine(line) || line.find("vireod: ready on ") != 0) {
@@ -53,6 +66,8 @@ public:
         return ChildProcess::run(command);
     }
 
+    /// A file of its own configuration.
+    std::string config(const std::string& name) const { return m_configDirectory + '/' + name; }
     std::string root() const { return m_directory.file("root"); }
     std::string socket() const { return m_directory.file("run/vireo.sock"); }
     std::string logFile() const { return m_directory.file("log"); }
@@ -64,6 +79,7 @@ public:
 private:
     std::vector<std::string> m_wrapper;
     TemporaryDirectory m_directory;
+    std::string m_configDirectory = VIREO_CONFIG;
 };
 
 }  // namespace vireo::test

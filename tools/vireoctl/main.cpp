@@ -188,7 +188,7 @@ ExitCode runCommand(const CommandLine& line, const Command& command) {
     std::string error;
     const std::unique_ptr<LocalMgmtClient> client = LocalMgmtClient::connect(options, error);
     if (!client) {
-        std::cerr << "vireoctl: " << error << '\n';
+        std::cerr << "vireoctl: " << error << "; --socket or VIREO_SOCKET names another path\n";
         return ExitCode::eNotReached;
     }
     TextPrinter text(std::cout, std::cerr);

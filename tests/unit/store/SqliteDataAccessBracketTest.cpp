@@ -110,7 +110,7 @@ TEST_F(SqliteDataAccessBracketTest, AFailedCommitTakesBackEverythingThatWasPendi
         isCommitted = m_store->commitUpdate();
     }
     EXPECT_FALSE(isCommitted);
-    EXPECT_TRUE(hasLogged(kLogError, "commitUpdate: cannot commit: "));
+    EXPECT_TRUE(hasLogged(kLogError, "STORE NOT WRITTEN: "));
     EXPECT_EQ(readable(), "old,old,old");
     EXPECT_EQ(committed(), "old,old,old");
     EXPECT_EQ(readKey("2", "Label"), std::nullopt);

@@ -1,0 +1,153 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+
+#include "HostOptions.h"
+#include "support/TemporaryDirectory.h"
+
+namespace vireo::test {
+namespace {
+
+/// Parses `arguments` and keeps what was said on standard error.
+struct Parsed {
+    explicit Parsed(std::vector<std::string> arguments) {
+        std::vector<const char*> words{"vireod"};
+        for (const std::string& argument : arguments) {
+            words.push_back(argument.c_str());
+        }
+        ::testing::internal::CaptureStdout();
+        ::testing::internal::CaptureStderr();
+        options = HostOptions::parse(static_cast<int>(words.size()), words.data(), exitCode);
+        out = ::testing::internal::GetCapturedStdout();
+        err = ::testing::internal::GetCapturedStderr();
+    }
+
+    int exitCode = -1;
+    std::optional<HostOptions> options;
+    std::string out;
+    std::string err;
+};
+
+/// Every setting as text, so that two sets can be compared and a difference be seen.
+std::string textOf(const HostOptions& options) {
+    std::ostringstream text;
+    text << options.root << '\n'
+         << options.socket << '\n'
+         << options.plugin << '\n'
+         << options.logLevel << '\n'
+         << options.logFile << '\n'
+         << options.logFlushSeconds << '\n'
+         << options.messages.maximumPeers << '\n'
+         << options.messages.maximumRequest << '\n'
+         << options.messages.maximumUnsent << '\n'
+         << options.messages.backlog << '\n'
+         << options.messages.acceptPauseMs << '\n'
+         << options.maximumConfigFile << '\n'
+         << options.storeFile << '\n'
+         << options.storeCatalogue << '\n'
+         << options.store.busyTimeoutMs << '\n'
+         << options.store.retryIntervalMs << '\n';
+    return text.str();
+}
+
+class HostOptionsTest : public ::testing::Test {
+protected:
+    std::string write(const std::string& text) {
+        const std::string path = m_directory.file("vireod.conf");
+        std::ofstream(path) << text;
+        return path;
+    }
+    TemporaryDirectory m_directory;
+};
+
+TEST_F(HostOptionsTest, TheShippedFileShowsEveryKeyWithItsDefault) {
+    std::ifstream shipped(VIREO_CONFIG "/vireod.conf");
+    std::string active;
+    std::set<std::string> keys{"plugin"};  // has no fixed default
+    const std::regex setting("#([a-z-]+) = .*");
+    for (std::string line; std::getline(shipped, line);) {
+        std::smatch match;
+        if (std::regex_match(line, match, setting)) {
+            keys.insert(match[1]);
+            active += line.substr(1) + '\n';
+        }
+    }
+    const Parsed defaults({"--config", m_directory.path()});
+    ASSERT_TRUE(defaults.options) << defaults.err;
+    const Parsed fromFile({"--settings", write(active)});
+    ASSERT_TRUE(fromFile.options) << fromFile.err;
+    EXPECT_EQ(textOf(*fromFile.options), textOf(*defaults.options));
+
+    std::set<std::string> options;
+    const std::string help = Parsed({"--help"}).out;
+    const std::regex option("\n +(?:-[a-z],)?--([a-z-]+)");
+    for (std::sregex_iterator found(help.begin(), help.end(), option), end; found != end; ++found) {
+        options.insert((*found)[1]);
+    }
+    for (const char* onlyThere : {"help", "version", "config", "settings"}) {
+        EXPECT_EQ(options.erase(onlyThere), 1U) << onlyThere;
+    }
+    options.erase("check-config");
+    EXPECT_EQ(keys, options);
+}
+
+TEST_F(HostOptionsTest, TheFileOfTheConfigurationDirectoryCountsAndTheCommandLineWins) {
+    write("# a comment\n\n  max-peers = 7  # of them\r\nsocket = \"/a b#c\"\nlog-level=4");
+    const std::string directory = m_directory.path();
+    const Parsed both({"--config", directory, "--max-peers", "9"});
+    ASSERT_TRUE(both.options) << both.err;
+    EXPECT_EQ(both.options->messages.maximumPeers, 9U);
+    EXPECT_EQ(both.options->socket, "/a b#c");
+    EXPECT_EQ(both.options->logLevel, 4);
+    EXPECT_EQ(both.options->configDirectory, directory);
+}
+
+TEST_F(HostOptionsTest, AWrongSettingIsOneLineWithFileAndKeyAndExitCode2) {
+    const struct {
+        const char* text;
+        const char* error;
+    } cases[] = {
+        {"max-peer = 3", "line 1: unknown key \"max-peer\""},
+        {"\nmax-peers = abc", "line 2: max-peers: Value abc not in range"},
+        {"max-peers = 0", "max-peers: Value 0 not in range 1 to 65536"},
+        {"max-peers = -1", "max-peers: Value -1 not in range"},
+        {"max-peers = 1 2", "max-peers: Value 1 2 not in range"},
+        {"store-busy-ms = 99999999999999999999", "store-busy-ms: Value 9"},
+        {"max-message-bytes = 4194305", "max-message-bytes: Value 4194305 not in range"},
+        {"max-peers", "\"max-peers\" is no setting"},
+        {"[limits]", "\"[limits]\" is no setting"},
+        {"max-peers =", "max-peers: no value"},
+        {"root = \"/x", "root: no value, or a quote too many or too few"},
+        {"root = \"/x\" y", "root: no value, or a quote"},
+        {"config = /x", "config: can only be given on the command line"},
+        {"store-file = ../x", "store-file: \"../x\" is no relative path"},
+        {"store-file = /x", "store-file: \"/x\" is no relative path"},
+        {"store-catalogue = a/b", "store-catalogue: \"a/b\" is no plain file name"},
+        {"log-level = 3\nlog-level = 3", "line 2: log-level: the key is there twice"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.text);
+        const std::string path = write(test.text);
+        // A value is checked even if the command line overrides it.
+        const Parsed parsed({"--settings", path, "--max-peers", "5", "--root", "/r"});
+        EXPECT_FALSE(parsed.options);
+        EXPECT_EQ(parsed.exitCode, 2);
+        EXPECT_NE(parsed.err.find(path + ", "), std::string::npos) << parsed.err;
+        EXPECT_NE(parsed.err.find(test.error), std::string::npos) << parsed.err;
+        EXPECT_EQ(parsed.err.find('\n'), parsed.err.size() - 1) << parsed.err;
+    }
+    for (const std::string& path : {m_directory.file("none"), m_directory.path().string()}) {
+        const Parsed parsed({"--settings", path});
+        EXPECT_EQ(parsed.exitCode, 2);
+        EXPECT_NE(parsed.err.find("cannot read the settings file " + path), std::string::npos);
+    }
+    const Parsed wrongOption({"--config", m_directory.file("none"), "--log-level", "9"});
+    EXPECT_EQ(wrongOption.exitCode, 2);
+    EXPECT_EQ(wrongOption.err.find('\n'), wrongOption.err.size() - 1) << wrongOption.err;
+}
+
+}  // namespace
+}  // namespace vireo::test
