@@ -31,7 +31,8 @@ public:
     Session() {
         int ends[2];
         require(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends) == 0, "sockets");
-        m_connection = std::make_shared<Connection>(FileDescriptor(ends[0]));
+        m_connection =
+            std::make_shared<Connection>(FileDescriptor(ends[0]), FrameCodec::kMaximumPayload);
         m_peer = FileDescriptor(ends[1]);
         m_dispatcher.serve("LocalMgmtIfc", m_echo, m_executable);
     }

@@ -13,7 +13,7 @@ namespace vireo::test {
 namespace {
 
 std::shared_ptr<Connection> newPeer() {
-    return std::make_shared<Connection>(FileDescriptor());
+    return std::make_shared<Connection>(FileDescriptor(), FrameCodec::kMaximumPayload);
 }
 
 TEST(PeerDirectory, NamesAreCheckedAndRefusalsNameTheFault) {
