@@ -36,7 +36,8 @@ public:
 
     /// Takes over a connected, non-blocking stream socket. Payloads of more than `maximumPayload`
     /// bytes are not taken.
-    Connection(FileDescriptor socket, std::uint32_t maximumPayload)
+    explicit Connection(FileDescriptor socket,
+                        std::uint32_t maximumPayload = FrameCodec::kMaximumPayload)
         : m_socket(std::move(socket)), m_maximumPayload(maximumPayload) {}
 
     int descriptor() const { return m_socket.get(); }

@@ -14,12 +14,29 @@ class Enclosure {
 public:
     /// Whether such a namespace can be made here.
     static bool isPossible() {
-        return ChildProcess::run({"bwrap", "--dev-bind", "/", "/", "true"}).exitCode == 0;
+        return ChildProcess::run({"bwrap", "--dev-bind", "/", "/", "true"}).exitCode == 0 &&
+               ChildProcess::run({"unshare", "-Urm", "true"}).exitCode == 0;
     }
 
     /// The wrapper of a process that finds `directory` read-only.
     static std::vector<std::string> readOnly(const std::string& directory) {
         return {"bwrap", "--dev-bind", "/", "/", "--ro-bind", directory, directory, "--"};
+    }
+
+    /// The same, until `makeWritable`.
+    static std::vector<std::string> readOnlyAtFirst(const std::string& directory) {
+        return {"unshare",
+                "-Urm",
+                "sh",
+                "-c",
+                "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" && exec \"$@\"",
+                directory};
+    }
+    static bool makeWritable(pid_t inside, const std::string& directory) {
+        return ChildProcess::run({"nsenter", "-t", std::to_string(inside), "-U", "-m",
+                                  "--preserve-credentials", "mount", "-o", "remount,bind,rw",
+                                  directory})
+                   .exitCode == 0;
     }
 
     /// The wrapper of a process that finds a disk of a few megabytes at `directory`, with a copy of
