@@ -136,8 +136,8 @@ bool readSettings(const std::string& configDirectory, const std::string& named,
     std::error_code ignored;
     if (path.empty()) {
         path = std::filesystem::path(configDirectory) / kSettingsName;
-        if (std::filesystem::status(path, ignored).type() ==
-            std::filesystem::file_type::not_found) {
+        // A directory that cannot be entered is reported with the configuration and stops nothing.
+        if (!std::filesystem::exists(path, ignored)) {
             return true;
         }
     }

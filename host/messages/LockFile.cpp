@@ -69,7 +69,8 @@ std::optional<LockFile> LockFile::acquireDirectory(const std::string& directory,
     FileDescriptor note(
         ::open(notePath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
     if (!note) {
-        note = FileDescriptor(::open(notePath.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+        note = FileDescriptor(
+            ::open(notePath.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     }
     // The directory first: of two that start at the same time one must get both.
     if (!lock(itself.get(), directory, note.get(), error) ||

@@ -154,7 +154,8 @@ protected:
         }
     }
 
-    /// The process inside of the enclosure, which is the wrapper's only child.
+    /// The process inside of the enclosure: the wrapper's only child, or the wrapper itself if that
+    /// has become it.
     static pid_t inside(const RunningPhone& phone) {
         const Outcome child =
             ChildProcess::run({"pgrep", "-P", std::to_string(phone.process->pid())});
@@ -187,7 +188,7 @@ TEST_F(BrokenDisk, AReadOnlyRootIsReadAlsoWhatStandsInTheLogAlone) {
         EXPECT_TRUE(becomesWritable(phone, "new"));
         EXPECT_EQ(phone.ctl({"get", "ringer-melody", "key-label-1"}).out,
                   "ringer-melody = new\nkey-label-1 = Home\n");
-        phone.crash();
+        stop(phone);
         phone.wrap({});
         phone.start();
         EXPECT_EQ(phone.ctl({"get", "ringer-melody", "key-label-1"}).out,
