@@ -32,7 +32,7 @@ void run(std::string_view input) {
     require(RpcAdapter::decodeText(text, again) && textOf(again) == text &&
                 again.parameters().size() == method.parameters().size(),
             "a method comes back from its text");
-    require(text.size() <= input.size(), "numbers have no shorter form");
+    require(text.size() <= input.size(), "no form is shorter than the written one");
 }
 
 }  // namespace vireo::fuzz

@@ -115,7 +115,6 @@ TEST_F(FrameStorm, PeersThatVanishLeaveNothingBehind) {
               request.substr(0, request.size() - 1), request, request + request.substr(0, 20),
               manyLong, oversized.substr(0, 100), oversized.substr(0, oversized.size() - 1)}) {
             StormPeer peer(phone);
-            // Where the service stops reading because nobody takes the replies, this waits in vain.
             ASSERT_TRUE(peer.write(last));
         }
         ASSERT_TRUE(honest.isServed());

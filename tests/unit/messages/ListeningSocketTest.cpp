@@ -9,8 +9,8 @@
 #include <string>
 
 #include "../runtime/ScratchDirectory.h"
-#include "support/FramePeer.h"
 #include "messages/ListeningSocket.h"
+#include "support/FramePeer.h"
 
 namespace vireo::test {
 namespace {

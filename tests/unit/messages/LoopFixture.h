@@ -7,10 +7,10 @@
 #include <thread>
 
 #include "../runtime/ScratchDirectory.h"
-#include "support/FramePeer.h"
 #include "messages/MessageLoop.h"
 #include "service/Executable.h"
 #include "service/Invoker.h"
+#include "support/FramePeer.h"
 #include "support/TestPorts.h"
 
 namespace vireo::test {
