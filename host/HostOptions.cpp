@@ -69,8 +69,13 @@ void declareLog(CLI::App& app, HostOptions& options) {
                   "2 errors, 3 warnings, 4 information, 5 debugging, 6 with whole records");
     app.add_option("--log-file", options.logFile, "Log file instead of standard error")
         ->type_name("FILE");
-    declareNumber(app, "--log-flush-seconds", options.logFlushSeconds, 1, 3600,
+    declareNumber(app, "--log-flush-seconds", options.log.flushSeconds, 1, 3600,
                   "How long lines that are no errors may wait to be written");
+    declareNumber(app, "--log-max-bytes", options.log.maximumFileBytes, std::size_t{64} << 10U,
+                  std::size_t{1} << 40U,
+                  "A log file that gets longer is renamed and a new one begun");
+    declareNumber(app, "--log-kept-files", options.log.keptFiles, std::size_t{0}, std::size_t{1000},
+                  "Renamed log files that are kept");
 }
 
 void declareLimits(CLI::App& app, HostOptions& options) {

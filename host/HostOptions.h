@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "log/LogOptions.h"
 #include "messages/MessageLimits.h"
 #include "runtime/ConfigDirectory.h"
 #include "store/StoreOptions.h"
@@ -21,7 +22,7 @@ struct HostOptions {
 
     std::string logFile;  ///< empty: standard error
     int logLevel = 3;     ///< warnings; information has every message in it, passwords too
-    int logFlushSeconds = 1;
+    LogOptions log;
 
     MessageLimits messages;
     std::uintmax_t maximumConfigFile = ConfigDirectory::kDefaultLargestFile;

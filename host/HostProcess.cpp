@@ -3,7 +3,6 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 
@@ -55,13 +54,12 @@ void warnOfConfigDirectory(const std::string& path) {
 }  // namespace
 
 void HostProcess::Ports::install(const HostOptions& options) {
-    const std::chrono::seconds flushInterval(options.logFlushSeconds);
     std::string error;
     if (!options.logFile.empty()) {
-        m_log = SpdlogPort::toFile(options.logFile, error, flushInterval);
+        m_log = SpdlogPort::toFile(options.logFile, error, options.log);
     }
     if (!m_log) {
-        m_log = SpdlogPort::toStandardError(flushInterval);
+        m_log = SpdlogPort::toStandardError(options.log);
     }
     m_config =
         std::make_unique<ConfigDirectory>(options.configDirectory, options.maximumConfigFile);

@@ -1,17 +1,18 @@
 #include "log/SpdlogPort.h"
 
-#include <fcntl.h>
 #include <spdlog/fmt/fmt.h>
 #include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
+#include <system_error>
 
 #include "log/Log.h"
 
@@ -39,16 +40,27 @@ LevelName nameOf(int level) {
     }
 }
 
-/// Makes sure that the file is there and that nobody else reads it: lines can hold settings.
-void makePrivate(const std::string& file) {
-    const int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600);
-    if (fd >= 0) {
-        struct stat status {};
-        if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode)) {
-            ::fchmod(fd, 0600);
-        }
-        ::close(fd);
+/// Sees to it that nobody else reads the file: lines can hold settings.
+void makePrivate(const spdlog::filename_t& /*file*/, std::FILE* opened) {
+    struct stat status {};
+    const int descriptor = ::fileno(opened);
+    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
+        ::fchmod(descriptor, 0600);
     }
+}
+
+/// Throws when the file cannot be written.
+spdlog::sink_ptr openFile(const std::string& file, const LogOptions& options) {
+    spdlog::file_event_handlers handlers;
+    handlers.after_open = makePrivate;
+    std::error_code ignored;
+    const auto type = std::filesystem::status(file, ignored).type();
+    if (type == std::filesystem::file_type::regular ||
+        type == std::filesystem::file_type::not_found) {
+        return std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
+            file, options.maximumFileBytes, options.keptFiles, false, handlers);
+    }
+    return std::make_shared<spdlog::sinks::basic_file_sink_mt>(file, false, handlers);
 }
 
 bool isControl(char c) {
@@ -105,8 +117,7 @@ std::string newLoggerName() {
 
 }  // namespace
 
-SpdlogPort::SpdlogPort(std::shared_ptr<spdlog::logger> logger,
-                       std::chrono::seconds flushInterval)
+SpdlogPort::SpdlogPort(std::shared_ptr<spdlog::logger> logger, int flushSeconds)
     : m_logger(std::move(logger)) {
     // Which levels are written was decided before a line comes here.
     m_logger->set_level(spdlog::level::trace);
@@ -114,7 +125,7 @@ SpdlogPort::SpdlogPort(std::shared_ptr<spdlog::logger> logger,
     m_logger->flush_on(spdlog::level::err);
     m_logger->set_error_handler(reportLostLines);
     spdlog::register_logger(m_logger);
-    spdlog::flush_every(flushInterval);
+    spdlog::flush_every(std::chrono::seconds(flushSeconds));
 }
 
 SpdlogPort::~SpdlogPort() {
@@ -122,20 +133,18 @@ SpdlogPort::~SpdlogPort() {
     m_logger->flush();
 }
 
-std::unique_ptr<SpdlogPort> SpdlogPort::toStandardError(std::chrono::seconds flushInterval) {
+std::unique_ptr<SpdlogPort> SpdlogPort::toStandardError(const LogOptions& options) {
     return std::unique_ptr<SpdlogPort>(
         new SpdlogPort(std::make_shared<spdlog::logger>(
                            newLoggerName(), std::make_shared<spdlog::sinks::stderr_sink_mt>()),
-                       flushInterval));
+                       options.flushSeconds));
 }
 
 std::unique_ptr<SpdlogPort> SpdlogPort::toFile(const std::string& file, std::string& error,
-                                               std::chrono::seconds flushInterval) {
+                                               const LogOptions& options) {
     try {
-        auto sink = std::make_shared<spdlog::sinks::basic_file_sink_mt>(file);
-        makePrivate(file);
-        return std::unique_ptr<SpdlogPort>(new SpdlogPort(
-            std::make_shared<spdlog::logger>(newLoggerName(), std::move(sink)), flushInterval));
+        auto logger = std::make_shared<spdlog::logger>(newLoggerName(), openFile(file, options));
+        return std::unique_ptr<SpdlogPort>(new SpdlogPort(std::move(logger), options.flushSeconds));
     } catch (const std::exception& exception) {
         error = "cannot write the log file \"" + file + "\": " + exception.what();
         return nullptr;

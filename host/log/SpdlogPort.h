@@ -1,11 +1,11 @@
 #pragma once
 
-#include <chrono>
 #include <memory>
 #include <string>
 
 #include "Ports.h"
 #include "Visibility.h"
+#include "log/LogOptions.h"
 
 namespace spdlog {
 class logger;
@@ -23,23 +23,18 @@ namespace vireo {
 /// error hears of it once a minute, and the process goes on.
 class VIREO_API SpdlogPort : public LogPort {
 public:
-    /// Lines that are no errors wait for `flushInterval` at most.
-    static std::unique_ptr<SpdlogPort> toStandardError(
-        std::chrono::seconds flushInterval = kFlushInterval);
+    static std::unique_ptr<SpdlogPort> toStandardError(const LogOptions& options = {});
     /// Appends to `file`, which is created with its directories when it is missing. Null with a
-    /// one-line `error` that names the file.
-    static std::unique_ptr<SpdlogPort> toFile(
-        const std::string& file, std::string& error,
-        std::chrono::seconds flushInterval = kFlushInterval);
+    /// one-line `error` that names the file. What is no regular file is never renamed.
+    static std::unique_ptr<SpdlogPort> toFile(const std::string& file, std::string& error,
+                                              const LogOptions& options = {});
     ~SpdlogPort() override;
 
     void write(std::string_view component, std::string_view file, int level, int line,
                std::string_view text) noexcept override;
 
 private:
-    static constexpr std::chrono::seconds kFlushInterval{1};
-
-    SpdlogPort(std::shared_ptr<spdlog::logger> logger, std::chrono::seconds flushInterval);
+    SpdlogPort(std::shared_ptr<spdlog::logger> logger, int flushSeconds);
 
     std::shared_ptr<spdlog::logger> m_logger;
 };

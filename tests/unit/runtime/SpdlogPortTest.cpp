@@ -3,6 +3,7 @@
 #include <sys/inotify.h>
 
 #include <ctime>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <thread>
@@ -116,6 +117,30 @@ TEST(SpdlogPort, AFileThatCannotBeWrittenIsNamed) {
     std::string error;
     EXPECT_FALSE(SpdlogPort::toFile(directory.path().string(), error));
     EXPECT_NE(error.find('"' + directory.path().string() + '"'), std::string::npos) << error;
+}
+
+TEST(SpdlogPort, ALogThatGrowsIsRenamedAndTheOldestGoes) {
+    const ScratchDirectory directory;
+    const std::string file = directory / "vireod.log";
+    std::string error;
+    auto port = SpdlogPort::toFile(file, error, {.maximumFileBytes = 4096, .keptFiles = 2});
+    ASSERT_TRUE(port) << error;
+    for (int i = 0; i < 100; ++i) {
+        port->write("C", "f", kLogInfo, i, std::string(1000, 'x'));
+    }
+    port.reset();
+    std::uintmax_t total = 0;
+    int files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
+        EXPECT_EQ(entry.status().permissions() & std::filesystem::perms(077),
+                  std::filesystem::perms::none)
+            << entry.path() << " is for its owner alone";
+        total += entry.file_size();
+        ++files;
+    }
+    EXPECT_EQ(files, 3);
+    EXPECT_LE(total, 3 * 4096U);
+    EXPECT_EQ(linesOf(file).back().substr(24), "info [C] f:99 " + std::string(1000, 'x'));
 }
 
 }  // namespace
