@@ -7,7 +7,7 @@
 #include "data/XmlText.h"
 #include "log/Log.h"
 #include "store/StoreAnswer.h"
-#include "store/StoreFile.h"
+#include "store/StoreOpening.h"
 #include "store/StoreSchema.h"
 
 namespace vireo {
@@ -41,16 +41,12 @@ std::unique_ptr<SqliteDataAccess> SqliteDataAccess::open(const std::string& path
                                                          const StoreOptions& options) {
     try {
         std::unique_ptr<SqliteDataAccess> store(new SqliteDataAccess(path, std::move(catalogue)));
-        if (store->openForWriting(options, error)) {
+        OpenedStore opened(store->m_catalogue);
+        if (StoreOpening(path, store->m_catalogue, options).run(opened, error)) {
+            store->m_connection = std::move(opened.connection);
+            store->m_rows = std::move(opened.rows);
+            store->m_hasFile = opened.hasFile;
             return store;
-        }
-        // What another program is writing cannot be read without its locks.
-        std::string readError;
-        if (!store->m_isInUse && store->openForReading(readError)) {
-            return store;
-        }
-        if (!readError.empty() && error.find(readError) == std::string::npos) {
-            error += "; cannot read it either: " + readError;
         }
     } catch (const std::exception& exception) {
         logExc(kComponent, kFile, __LINE__, "open", exception);
@@ -64,80 +60,6 @@ SqliteDataAccess::SqliteDataAccess(std::string path, StoreCatalogue catalogue)
     for (const StoreTable& table : m_catalogue.tables()) {
         m_statements.emplace_back(table.columns.size());
     }
-}
-
-bool SqliteDataAccess::openForWriting(const StoreOptions& options, std::string& error) {
-    const bool wasEmpty = StoreFile(m_path).isEmpty();
-    const SqliteConnection::Health health = connect(options, error);
-    m_isInUse = health == SqliteConnection::Health::eInUse;
-    if (health != SqliteConnection::Health::eGood) {
-        return false;
-    }
-    StoreSchema schema(m_connection, m_catalogue);
-    if (!schema.establish(error) || !schema.load(m_rows, error)) {
-        error.insert(0, m_path + ": ");
-        m_connection.close();
-        return false;
-    }
-    if (wasEmpty && loggingOnUni(kLogWarning)) {
-        logAppUni(kComponent, kFile, kLogWarning, __LINE__,
-                  "the store %s was there but empty: all settings have their defaults",
-                  m_path.c_str());
-    }
-    return true;
-}
-
-bool SqliteDataAccess::openForReading(std::string& error) {
-    const StoreFile file(m_path);
-    m_rows = StoreRows(m_catalogue);
-    m_hasFile = !file.isMissing() && !file.isEmpty();
-    if (file.hasOrphanedLog()) {
-        return false;
-    }
-    if (!m_hasFile) {
-        return true;
-    }
-    SqliteConnection reader;
-    return file.isRegular() &&
-           reader.openForReading(m_path, error) == SqliteConnection::Health::eGood &&
-           StoreSchema(reader, m_catalogue).load(m_rows, error);
-}
-
-SqliteConnection::Health SqliteDataAccess::connect(const StoreOptions& options,
-                                                   std::string& error) {
-    using Health = SqliteConnection::Health;
-    const StoreFile file(m_path);
-    std::string damage = "its write-ahead log stands alone";
-    if (!file.hasOrphanedLog()) {
-        if (!file.makeUsable(error)) {
-            return Health::eUnusable;
-        }
-        const Health health = m_connection.open(m_path, options.busyTimeoutMs, damage);
-        if (health != Health::eDamaged) {
-            error = m_path + ": " + damage;
-            return health;
-        }
-    }
-    if (!setDamagedAside(damage, error) || !file.makeUsable(error)) {
-        return Health::eUnusable;
-    }
-    const Health health = m_connection.open(m_path, options.busyTimeoutMs, damage);
-    error = m_path + ": " + damage;
-    return health;
-}
-
-bool SqliteDataAccess::setDamagedAside(const std::string& damage, std::string& error) const {
-    const std::string newName = StoreFile(m_path).setAside(error);
-    if (newName.empty()) {
-        error = m_path + " is damaged (" + damage + "); " + error;
-        return false;
-    }
-    if (loggingOnUni(kLogError)) {
-        logAppUni(kComponent, kFile, kLogError, __LINE__,
-                  "STORE DAMAGED: %s: %s. Set aside as %s; a new, empty store is made",
-                  m_path.c_str(), damage.c_str(), newName.c_str());
-    }
-    return true;
 }
 
 SqliteDataAccess::~SqliteDataAccess() {

@@ -80,10 +80,6 @@ private:
 
     SqliteDataAccess(std::string path, StoreCatalogue catalogue);
 
-    bool openForWriting(const StoreOptions& options, std::string& error);
-    bool openForReading(std::string& error);
-    SqliteConnection::Health connect(const StoreOptions& options, std::string& error);
-    bool setDamagedAside(const std::string& damage, std::string& error) const;
     void report(const Outcome& outcome) noexcept;
 
     std::string answer(const std::string& requestText);
@@ -102,7 +98,6 @@ private:
 
     const std::string m_path;
     const StoreCatalogue m_catalogue;
-    bool m_isInUse = false;  ///< another program had the file when it was opened
     bool m_hasFile = true;
 
     /// Guards the connection, the brackets, and who may change m_rows. Taken before m_rowsMutex.
