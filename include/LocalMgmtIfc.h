@@ -1,5 +1,6 @@
 #pragma once
 
+#include <list>
 #include <string>
 
 #include "Visibility.h"
@@ -7,6 +8,7 @@
 namespace vireo {
 
 class ManageableData;
+class MgmtAgentIfc;
 
 /// The local management interface: through it the phone's services and user interfaces read and
 /// write settings. Implemented by the client management service; other processes reach it by
@@ -54,6 +56,33 @@ public:
     virtual std::string exportSchema(const std::string& schemaName) = 0;
     /// Puts a schema into the record. False when it is unknown; the record is unchanged then.
     virtual bool getSchema(const std::string& schemaName, ManageableData& record) = 0;
+
+    /// Makes `agent` (not owned) the owner of the items of `managementId`. With `bulk` all items of
+    /// one request come to it in one record, else each in its own. What was kept for the absent
+    /// owner is forgotten. False when the id has an owner already, which stays.
+    virtual bool registerManagementIdentity(const std::string& managementId, MgmtAgentIfc* agent,
+                                            bool bulk) = 0;
+    virtual bool registerManagementIdentity(const std::string& managementId,
+                                            MgmtAgentIfc* agent) = 0;
+
+    /// Tells `agent` (not owned) of every change of the item, of each item of the collection, or of
+    /// all items when `rootId` is "all-data". With `bulk` the changes of one request come in one
+    /// record, else each in its own. Asking twice means being told twice. 1, or 0 when there is no
+    /// such item; of a collection or a list: 0 when any failed, those that exist are observed.
+    virtual int observeManageableData(const std::string& rootId, MgmtAgentIfc* agent,
+                                      bool bulk) = 0;
+    virtual int observeManageableData(const std::string& rootId, MgmtAgentIfc* agent) = 0;
+    virtual int observeManageableData(const std::list<std::string>& rootIds, MgmtAgentIfc* agent,
+                                      bool bulk) = 0;
+    virtual int observeManageableData(const std::list<std::string>& rootIds,
+                                      MgmtAgentIfc* agent) = 0;
+    /// Takes one observation of the item back, the oldest. True also when there was none; false for
+    /// a collection and for what is no item.
+    virtual bool stopObservingManageableData(const std::string& rootId, MgmtAgentIfc* agent) = 0;
+
+    /// An owner says that its items changed; the record holds the new values. Observers are told.
+    /// The number of call-backs that this makes.
+    virtual unsigned manageableDataChanged(ManageableData& record) = 0;
 
     /// How many files of the type a user may keep: 0 where nothing is laid down, -1 without end.
     virtual int getFileTypeCountLimit(eFiletype type) = 0;

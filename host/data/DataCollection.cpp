@@ -47,7 +47,9 @@ bool DataCollection::isItem(const std::string& rootId) const {
     return !m_service->findSchemaName(rootId).empty();
 }
 
-std::vector<std::string> DataCollection::items(const std::string& collectionId) const {
+template <class IsLeaf>
+std::vector<std::string> DataCollection::expand(const std::string& collectionId,
+                                                IsLeaf&& isLeaf) const {
     RootIdList items;
     std::unordered_set<std::string> followed;
     std::vector<std::string> waiting{collectionId};  // the next one is the last
@@ -55,7 +57,7 @@ std::vector<std::string> DataCollection::items(const std::string& collectionId) 
         const std::string next = std::move(waiting.back());
         waiting.pop_back();
         const auto found = m_members.find(next);
-        if (found == m_members.end() || (next != collectionId && isItem(next))) {
+        if (found == m_members.end() || (next != collectionId && isLeaf(next))) {
             items.add(next);
         } else if (followed.insert(next).second) {
             const std::vector<std::string>& members = found->second.ids();
@@ -63,6 +65,20 @@ std::vector<std::string> DataCollection::items(const std::string& collectionId) 
         }
     }
     return items.ids();
+}
+
+std::vector<std::string> DataCollection::items(const std::string& collectionId) const {
+    return expand(collectionId, [this](const std::string& member) { return isItem(member); });
+}
+
+int DataCollection::observe(const std::string& collectionId, MgmtAgentIfc* agent, bool bulk) const {
+    // For observers the name of a collection always means the collection.
+    const auto members = expand(collectionId, [](const std::string&) { return false; });
+    int result = members.empty() ? 0 : 1;
+    for (const std::string& rootId : members) {
+        result = m_service->observeManageableData(rootId, agent, bulk) == 1 ? result : 0;
+    }
+    return result;
 }
 
 bool DataCollection::getData(ManageableData& record) const {

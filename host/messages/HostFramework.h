@@ -21,6 +21,8 @@ public:
         return found == m_adapters.end() ? nullptr : found->second;
     }
 
+    Executable* findPeerProxy(const std::string& /*interfaceName*/) override { return nullptr; }
+
 private:
     std::unordered_map<std::string, ProtocolAdapter*> m_adapters;
 };

@@ -11,6 +11,7 @@ namespace vireo {
 
 class LocalMgmtIfc;
 class ManageableData;
+class MgmtAgentIfc;
 
 /// Names that stand for lists of items. Filled at start-up by one thread, read by all afterwards.
 class VIREO_API DataCollection {
@@ -36,7 +37,13 @@ public:
     /// document, or with one for the collection itself, is refused and nothing is written.
     bool setData(ManageableData& record) const;
 
+    /// Lets `agent` observe every member, also those of collections that are members. 1 when every
+    /// one is observed now and there are any, else 0.
+    int observe(const std::string& collectionId, MgmtAgentIfc* agent, bool bulk) const;
+
 private:
+    template <class IsLeaf>
+    std::vector<std::string> expand(const std::string& collectionId, IsLeaf&& isLeaf) const;
     bool isItem(const std::string& rootId) const;
 
     LocalMgmtIfc* m_service;

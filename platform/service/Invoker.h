@@ -28,6 +28,10 @@ public:
     virtual ~FrameworkContext() = default;
     /// The adapter registered for `protocol`, or null. Owned by the framework.
     virtual ProtocolAdapter* findProtocolAdapter(const std::string& protocol) = 0;
+    /// The proxy for `interfaceName` of the peer that sent the message that is being handled. The
+    /// same object for the same channel name and interface, as long as the framework lives; owned
+    /// by the framework. Null outside of `handleMessage`, and for an interface that has no proxies.
+    virtual Executable* findPeerProxy(const std::string& interfaceName) = 0;
 };
 
 /// The server side of one interface of a service. Created by an exported factory, initialised once,

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "LogMacros.h"
+
 namespace vireo {
 
 bool AgentRegistry::addAgent(const std::string& managementId, MgmtAgentDetails agent) {
@@ -23,23 +25,29 @@ void AgentRegistry::addObserver(const std::string& key, MgmtAgentDetails observe
     m_observers[key].push_back(observer);
 }
 
-bool AgentRegistry::removeObserver(const std::string& key, const MgmtAgentIfc* agent) {
+void AgentRegistry::removeObserver(const std::string& key, const MgmtAgentIfc* agent) {
     const RegistryHold hold(m_semaphore);
     const auto entry = m_observers.find(key);
     if (entry == m_observers.end()) {
-        return false;
+        VCMS_LOG(kLogDebug, "UnRegisterObserver - No observer was registered for %s", key.c_str());
+        return;
     }
     std::vector<MgmtAgentDetails>& observers = entry->second;
-    const auto found = std::find_if(observers.begin(), observers.end(),
-                                    [agent](const auto& each) { return each.agent == agent; });
-    if (found == observers.end()) {
-        return false;
+    // Deliberate: the number is always given as 1.
+    VCMS_LOG(kLogDebug, "UnRegisterObserver - %d observers found for %s", 1, key.c_str());
+    const auto found = std::find_if(observers.begin(), observers.end(), [agent](const auto& each) {
+        VCMS_LOG(kLogDebug, "UnRegisterObserver - considering Management agent %lx",
+                 reinterpret_cast<unsigned long>(each.agent));
+        return each.agent == agent;
+    });
+    if (found != observers.end()) {
+        observers.erase(found);
+        VCMS_LOG(kLogDebug, "UnRegisterObserver - Observer unregistered for %s", key.c_str());
     }
-    observers.erase(found);
     if (observers.empty()) {
         m_observers.erase(entry);
+        VCMS_LOG(kLogDebug, "UnRegisterObserver - last observer unregistered for %s", key.c_str());
     }
-    return true;
 }
 
 unsigned AgentRegistry::getNumberObservers(const std::string& rootId) {

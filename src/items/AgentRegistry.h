@@ -25,8 +25,8 @@ public:
 
     /// Appends an observer; the same one may be there several times.
     void addObserver(const std::string& key, MgmtAgentDetails observer);
-    /// Removes the first registration of `agent`; false when there is none.
-    bool removeObserver(const std::string& key, const MgmtAgentIfc* agent);
+    /// Removes the first registration of `agent`, if there is one.
+    void removeObserver(const std::string& key, const MgmtAgentIfc* agent);
     /// Deliberate: 1 when the key has any observers, however many, else 0.
     unsigned getNumberObservers(const std::string& rootId);
     /// Appends the observers of `key` in the order of their registration and answers their number.

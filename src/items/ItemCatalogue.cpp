@@ -2,6 +2,7 @@
 
 #include "data/ManageableData.h"
 #include "items/CatalogueLoader.h"
+#include "items/ParallelLists.h"
 
 namespace vireo {
 namespace {
@@ -35,6 +36,28 @@ const std::string& ItemCatalogue::configuredSchemaName(const std::string& tag) c
     const DxlNode* item = m_maps.masterItemMap ? m_maps.masterItemMap->root()->child(tag) : nullptr;
     const DxlNode* schema = item ? item->child("schema") : nullptr;
     return schema ? schema->text() : nothing();
+}
+
+std::vector<std::string> ItemCatalogue::itemsOf(const std::string& managementId) const {
+    std::vector<std::string> rootIds;
+    const DxlDocumentPointer list = m_master.getDocument("vcmsServiceList");
+    if (!list) {
+        return rootIds;
+    }
+    ParallelLists<2> services(*list, {"/service/managementId", "/service/itemMap"});
+    while (services.next()) {
+        const bool isOwner = services.present(2) && services[0] == managementId;
+        const DxlDocumentPointer itemMap = isOwner ? m_master.getDocument(services[1]) : nullptr;
+        if (!itemMap) {
+            continue;
+        }
+        for (ParallelLists<1> items(*itemMap, {"/item/rootId"}); items.next();) {
+            if (items.has(0) && !findManagementId(items[0]).empty()) {
+                rootIds.push_back(items[0]);
+            }
+        }
+    }
+    return rootIds;
 }
 
 bool ItemCatalogue::isUncachedUnlessRegistered(const std::string& managementId) const {

@@ -33,6 +33,9 @@ public:
     std::string findSchemaName(const std::string& tag) const;
     const std::string& configuredSchemaName(const std::string& tag) const;
 
+    /// The items that the configuration gives to the owner, by every list that names it.
+    std::vector<std::string> itemsOf(const std::string& managementId) const;
+
     bool isUncachedUnlessRegistered(const std::string& managementId) const;
     bool isNeverCached(const std::string& tag) const;
     /// Whether simple reads of the item may be answered from the value cache: a known item of

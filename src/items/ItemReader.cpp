@@ -153,13 +153,14 @@ bool ItemReader::readFromAgent(MgmtAgentIfc& agent, ManageableData& record,
     VCMS_LOG(kLogDebug, "Calling getData on management agent for rootId = %s", rootId.c_str());
     const bool result = guarded("getData of an agent", false, [&] { return agent.getData(item); });
     if (result) {
-        record.overlay(item);
+        ItemRecords::takeItem(item, record, rootId);
     }
     return result;
 }
 
 bool ItemReader::askOwner(const std::string& managementId, ManageableData& request,
                           ManageableData& record) {
+    const std::vector<std::string> wanted = request.rootIds();
     const MgmtAgentDetails owner = m_registry.findManageableProxy(managementId);
     const bool result = owner.agent != nullptr && guarded("getData of an agent", false, [&] {
                             return owner.agent->getData(request);
@@ -171,7 +172,9 @@ bool ItemReader::askOwner(const std::string& managementId, ManageableData& reque
     }
     VCMS_LOG(kLogDump, "getData(): requesting data from mgmtId(%s) succeeded, result(%s)",
              managementId.c_str(), request.serialize().c_str());
-    record.overlay(request);
+    for (const std::string& rootId : wanted) {
+        ItemRecords::takeItem(request, record, rootId);
+    }
     return true;
 }
 

@@ -88,6 +88,14 @@ void ItemRecords::copyItem(const ManageableData& source, ManageableData& target,
     }
 }
 
+void ItemRecords::takeItem(const ManageableData& answer, ManageableData& target,
+                           const std::string& rootId) {
+    if (const DxlDocumentPointer document = answer.getDocument(rootId)) {
+        target.copySchema(document->schemaName(), answer);
+        target.putDocument(document);
+    }
+}
+
 void ItemRecords::copyItems(const ManageableData& source, ManageableData& target,
                             const std::vector<std::string>& rootIds) {
     for (const std::string& rootId : rootIds) {

@@ -23,7 +23,11 @@ public:
     /// target stays if it has it.
     static void copyItem(const ManageableData& source, ManageableData& target,
                          const std::string& rootId);
-    /// The same for those of the items that `source` has.
+    /// Puts an owner's answer for the item into `target`; its schema takes the place of the one
+    /// there. Whatever else the owner sent stays out.
+    static void takeItem(const ManageableData& answer, ManageableData& target,
+                         const std::string& rootId);
+    /// The same as `copyItem` for those of the items that `source` has.
     static void copyItems(const ManageableData& source, ManageableData& target,
                           const std::vector<std::string>& rootIds);
 };

@@ -62,7 +62,8 @@ void LocalMgmtInvoker::callMethod(LocalMgmtIfc& service, const std::string& prot
         VIREO_LOG(kComponent, kLogDebug, "Invalid Message, %s", request.name().c_str());
         return;
     }
-    MethodCall call{service, protocol, request, Method(request.name(), Method::eResponse)};
+    MethodCall call{service, protocol, *m_context, request,
+                    Method(request.name(), Method::eResponse)};
     row->handler(call);
     std::ostringstream out;
     if (adapter.encode(call.reply, out)) {

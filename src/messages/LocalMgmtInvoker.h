@@ -19,9 +19,8 @@ public:
 private:
     void handle(Executable* executable, const char* message, int length,
                 const InvokerResponse& response, std::string& reply);
-    static void callMethod(LocalMgmtIfc& service, const std::string& protocol,
-                           ProtocolAdapter& adapter, const std::string& message,
-                           std::string& reply);
+    void callMethod(LocalMgmtIfc& service, const std::string& protocol, ProtocolAdapter& adapter,
+                    const std::string& message, std::string& reply);
 
     FrameworkContext* m_context = nullptr;
 };

@@ -9,6 +9,14 @@ inline constexpr const char* kGetFileTypeNameLimit = "getFileTypeNameLimit";
 inline constexpr const char* kSetPhoneBusyStatus = "setPhoneBusyStatus";
 inline constexpr const char* kRetrievePhoneBusyStatus = "retrievePhoneBusyStatus";
 inline constexpr const char* kClearPhoneBusyStatus = "clearPhoneBusyStatus";
+inline constexpr const char* kRegisterManagementIdentity = "registerManagementIdentity";
+inline constexpr const char* kRegisterManagementIdentityBulkData =
+    "registerManagementIdentityBulkData";
+inline constexpr const char* kObserveData = "observeData";
+inline constexpr const char* kObserveDataBulkData = "observeDataBulkData";
+inline constexpr const char* kObserveListDataBulkData = "observeListDataBulkData";
+inline constexpr const char* kStopObservingData = "stopObservingData";
+inline constexpr const char* kManageableDataChanged = "manageableDataChanged";
 inline constexpr const char* kSetData = "setData";
 inline constexpr const char* kGetData = "getData";
 inline constexpr const char* kFindSchemaName = "findSchemaName";

@@ -1,5 +1,6 @@
 #include "messages/MethodTable.h"
 
+#include "messages/AgentMethods.h"
 #include "messages/BusyMethods.h"
 #include "messages/FileTypeMethods.h"
 #include "messages/ItemMethods.h"
@@ -16,11 +17,18 @@ constexpr MethodRow kMethods[] = {
     {methodNames::kSetPhoneBusyStatus, handleSetPhoneBusyStatus},
     {methodNames::kRetrievePhoneBusyStatus, handleRetrievePhoneBusyStatus},
     {methodNames::kClearPhoneBusyStatus, handleClearPhoneBusyStatus},
+    {methodNames::kRegisterManagementIdentity, handleRegisterManagementIdentity},
+    {methodNames::kRegisterManagementIdentityBulkData, handleRegisterManagementIdentityBulkData},
+    {methodNames::kObserveData, handleObserveData},
+    {methodNames::kObserveDataBulkData, handleObserveDataBulkData},
+    {methodNames::kObserveListDataBulkData, handleObserveListDataBulkData},
+    {methodNames::kStopObservingData, handleStopObservingData},
     {methodNames::kSetData, handleSetData},
     {methodNames::kGetData, handleGetData},
     {methodNames::kFindSchemaName, handleFindSchemaName},
     {methodNames::kExportSchema, handleExportSchema},
     {methodNames::kGetSchema, handleGetSchema},
+    {methodNames::kManageableDataChanged, handleManageableDataChanged},
     {methodNames::kInvalidateVCMSCache, handleInvalidateVCMSCache},
 };
 

@@ -6,12 +6,14 @@
 
 namespace vireo {
 
+class FrameworkContext;
 class LocalMgmtIfc;
 
 /// One call that came by message. Handlers read the request, call the service and fill the reply.
 struct MethodCall {
     LocalMgmtIfc& service;
     const std::string& protocol;
+    FrameworkContext& framework;
     const Method& request;
     Method reply;
 };

@@ -2,6 +2,7 @@
 #include "Visibility.h"
 #include "check/CatalogueCheck.h"
 #include "messages/LocalMgmtInvoker.h"
+#include "messages/MgmtAgentProxy.h"
 #include "service/VireoClientMgmt.h"
 
 // The framework finds these by name; each object belongs to the framework. Null when there is no
@@ -10,6 +11,11 @@
 extern "C" VIREO_API vireo::Service* createVireoClientMgmt() {
     return vireo::guarded("createVireoClientMgmt", static_cast<vireo::Service*>(nullptr),
                           [] { return new vireo::VireoClientMgmt(); });
+}
+
+extern "C" VIREO_API vireo::Proxy* createMgmtAgentProxy() {
+    return vireo::guarded("createMgmtAgentProxy", static_cast<vireo::Proxy*>(nullptr),
+                          [] { return new vireo::MgmtAgentProxy(); });
 }
 
 extern "C" VIREO_API vireo::Invoker* createLocalMgmtInvoker() {

@@ -11,6 +11,7 @@ VireoClientMgmt::VireoClientMgmt()
     : m_busyState(*this),
       m_dataCollections(this),
       m_valueCache(m_catalogue),
+      m_registrations(m_catalogue, m_dataCollections, m_registry, m_valueCache),
       m_notifier(m_registry, m_valueCache, m_catalogue.master()),
       m_store(m_catalogue, [this] { return m_directory.dataAccessIfc(); }),
       m_ownItems(m_busyState, m_remoteSubscriber),
@@ -77,6 +78,71 @@ std::string VireoClientMgmt::exportSchema(const std::string& schemaName) {
 bool VireoClientMgmt::getSchema(const std::string& schemaName, ManageableData& record) {
     return guarded("getSchema", false,
                    [&] { return record.copySchema(schemaName, m_catalogue.master()); });
+}
+
+bool VireoClientMgmt::registerManagementIdentity(const std::string& managementId,
+                                                 MgmtAgentIfc* agent, bool bulk) {
+    return guarded("registerManagementIdentity", false, [&] {
+        return m_registrations.registerManagementIdentity(managementId, agent, bulk);
+    });
+}
+
+bool VireoClientMgmt::registerManagementIdentity(const std::string& managementId,
+                                                 MgmtAgentIfc* agent) {
+    return registerManagementIdentity(managementId, agent, false);
+}
+
+int VireoClientMgmt::observeManageableData(const std::string& rootId, MgmtAgentIfc* agent,
+                                           bool bulk) {
+    return guarded("observeManageableData", 0,
+                   [&] { return m_registrations.observeManageableData(rootId, agent, bulk); });
+}
+
+int VireoClientMgmt::observeManageableData(const std::string& rootId, MgmtAgentIfc* agent) {
+    return observeManageableData(rootId, agent, false);
+}
+
+int VireoClientMgmt::observeManageableData(const std::list<std::string>& rootIds,
+                                           MgmtAgentIfc* agent, bool bulk) {
+    return guarded("observeManageableData", 0,
+                   [&] { return m_registrations.observeManageableData(rootIds, agent, bulk); });
+}
+
+int VireoClientMgmt::observeManageableData(const std::list<std::string>& rootIds,
+                                           MgmtAgentIfc* agent) {
+    return observeManageableData(rootIds, agent, false);
+}
+
+bool VireoClientMgmt::stopObservingManageableData(const std::string& rootId, MgmtAgentIfc* agent) {
+    return guarded("stopObservingManageableData", false,
+                   [&] { return m_registrations.stopObservingManageableData(rootId, agent); });
+}
+
+bool VireoClientMgmt::registerObserver(const std::string& rootId, MgmtAgentIfc* agent, bool bulk) {
+    return guarded("registerObserver", false,
+                   [&] { return m_registrations.registerObserver(rootId, agent, bulk); });
+}
+
+bool VireoClientMgmt::unRegisterObserver(const std::string& rootId, MgmtAgentIfc* agent) {
+    return guarded("unRegisterObserver", false,
+                   [&] { return m_registrations.unRegisterObserver(rootId, agent); });
+}
+
+MgmtAgentDetails VireoClientMgmt::findManageableProxy(const std::string& managementId) {
+    return m_registry.findManageableProxy(managementId);
+}
+
+unsigned VireoClientMgmt::getNumberObservers(const std::string& rootId) const {
+    return m_registry.getNumberObservers(rootId);
+}
+
+unsigned VireoClientMgmt::manageableDataChanged(ManageableData& record) {
+    return notifyObservers(record);
+}
+
+unsigned VireoClientMgmt::notifyObservers(const ManageableData& record) {
+    return guarded("notifyObservers", 0U,
+                   [&] { return m_notifier.notify(record, m_notifier.mark()); });
 }
 
 int VireoClientMgmt::getFileTypeCountLimit(eFiletype type) {

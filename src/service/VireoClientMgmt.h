@@ -8,6 +8,7 @@
 #include "data/DataCollection.h"
 #include "device/RemoteSubscriber.h"
 #include "files/PhoneBusyState.h"
+#include "items/AgentRegistrations.h"
 #include "items/AgentRegistry.h"
 #include "items/ChangeNotifier.h"
 #include "items/DasBridge.h"
@@ -40,6 +41,17 @@ public:
     std::string findSchemaName(const std::string& tag) override;
     std::string exportSchema(const std::string& schemaName) override;
     bool getSchema(const std::string& schemaName, ManageableData& record) override;
+    bool registerManagementIdentity(const std::string& managementId, MgmtAgentIfc* agent,
+                                    bool bulk) override;
+    bool registerManagementIdentity(const std::string& managementId, MgmtAgentIfc* agent) override;
+    int observeManageableData(const std::string& rootId, MgmtAgentIfc* agent, bool bulk) override;
+    int observeManageableData(const std::string& rootId, MgmtAgentIfc* agent) override;
+    int observeManageableData(const std::list<std::string>& rootIds, MgmtAgentIfc* agent,
+                              bool bulk) override;
+    int observeManageableData(const std::list<std::string>& rootIds, MgmtAgentIfc* agent) override;
+    bool stopObservingManageableData(const std::string& rootId, MgmtAgentIfc* agent) override;
+    unsigned manageableDataChanged(ManageableData& record) override;
+
     int getFileTypeCountLimit(eFiletype type) override;
     int getFileTypeNameLimit(eFiletype type) override;
     std::string getFileTypeMetadata(eFiletype type) override;
@@ -47,6 +59,14 @@ public:
     void clearPhoneBusyStatus(unsigned bits) override;
     unsigned retrievePhoneBusyStatus() override;
     void invalidateVCMSCache() override;
+
+    /// Tells the observers of every item of the record; the number of call-backs made.
+    unsigned notifyObservers(const ManageableData& record);
+    bool registerObserver(const std::string& rootId, MgmtAgentIfc* agent, bool bulk);
+    bool unRegisterObserver(const std::string& rootId, MgmtAgentIfc* agent);
+    MgmtAgentDetails findManageableProxy(const std::string& managementId);
+    /// Deliberate: 1 when the item has any observers, however many, else 0.
+    unsigned getNumberObservers(const std::string& rootId) const;
 
     bool subscribeForRemoteProgress(RemoteMgmtCallbackIfc* callback) override;
     bool unsubscribeForRemoteProgress(RemoteMgmtCallbackIfc* callback) override;
@@ -71,8 +91,9 @@ private:
     RemoteSubscriber m_remoteSubscriber;
     DataCollection m_dataCollections;
     ItemCatalogue m_catalogue;
-    AgentRegistry m_registry;
+    mutable AgentRegistry m_registry;
     ValueCache m_valueCache;
+    AgentRegistrations m_registrations;
     ChangeNotifier m_notifier;
     DasBridge m_store;
     OwnItemManagers m_ownItems;

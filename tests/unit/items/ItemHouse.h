@@ -82,6 +82,20 @@ struct ItemFace : LocalMgmtIfc {
     bool getData(std::string, std::string&) override { return false; }
     std::string exportSchema(const std::string&) override { return {}; }
     bool getSchema(const std::string&, ManageableData&) override { return false; }
+    bool registerManagementIdentity(const std::string&, MgmtAgentIfc*, bool) override {
+        return false;
+    }
+    bool registerManagementIdentity(const std::string&, MgmtAgentIfc*) override { return false; }
+    int observeManageableData(const std::string& rootId, MgmtAgentIfc* agent, bool bulk) override {
+        return onObserve(rootId, agent, bulk);
+    }
+    int observeManageableData(const std::string&, MgmtAgentIfc*) override { return 0; }
+    int observeManageableData(const std::list<std::string>&, MgmtAgentIfc*, bool) override {
+        return 0;
+    }
+    int observeManageableData(const std::list<std::string>&, MgmtAgentIfc*) override { return 0; }
+    bool stopObservingManageableData(const std::string&, MgmtAgentIfc*) override { return false; }
+    unsigned manageableDataChanged(ManageableData&) override { return 0; }
     int getFileTypeCountLimit(eFiletype) override { return 0; }
     int getFileTypeNameLimit(eFiletype) override { return 0; }
     std::string getFileTypeMetadata(eFiletype) override { return {}; }
@@ -93,6 +107,7 @@ struct ItemFace : LocalMgmtIfc {
     Access onGet;
     Access onSet;
     std::function<std::string(const std::string&)> onSchemaName;
+    std::function<int(const std::string&, MgmtAgentIfc*, bool)> onObserve;
 };
 
 /// The real store with its requests written down.

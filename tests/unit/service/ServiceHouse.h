@@ -51,6 +51,11 @@ struct TestFramework : FrameworkContext {
         }
         return protocol == VireoProtocols::DEFAULT ? &rpc : nullptr;
     }
+    Executable* findPeerProxy(const std::string& interfaceName) override {
+        return interfaceName == "MgmtAgentIfc" ? sender : nullptr;
+    }
+
+    Executable* sender = nullptr;  ///< the agent behind the messages
     RpcAdapter rpc;
 };
 
