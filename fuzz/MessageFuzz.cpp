@@ -48,6 +48,8 @@ struct Framework : FrameworkContext {
         }
         return protocol == VireoProtocols::DEFAULT ? &rpc : nullptr;
     }
+    Executable* findPeerProxy(const std::string&) override { return nullptr; }
+
     RpcAdapter rpc;
     ServiceXmlAdapter xml;
 };
