@@ -35,8 +35,8 @@ std::optional<StoreCatalogue> readCatalogue(const std::string& name, NotedFiles&
         catalogue = StoreCatalogue::parse(text, error);
     }
     if (!catalogue) {
-        printer.report({Severity::eError, name, error,
-                        "mend the file: without it the store stays closed"});
+        printer.report(
+            {Severity::eError, name, error, "mend the file: without it the store stays closed"});
     }
     return catalogue;
 }
@@ -79,6 +79,10 @@ int checkConfiguration(const HostOptions& options) {
     const ConfigurationSize size = check->check(layout ? &*layout : nullptr, printer);
     reportUnusedFiles(options.configDirectory, files, printer);
     printer.printSummary(size);
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        std::fprintf(stderr, "vireod: the findings cannot be written out\n");
+        return 1;
+    }
     return printer.errors() == 0 ? 0 : 1;
 }
 

@@ -25,8 +25,9 @@ bool ConfigurationFile::read(const std::string& fileName) {
         return true;
     }
     if (loggingOnUni(kLogError)) {
-        logAppUni(kComponent, kFile, kLogError, __LINE__, "import of \"%s\" failed: %s",
-                  fileName.c_str(), error.c_str());
+        logAppUni(kComponent, kFile, kLogError, __LINE__,
+                  "import of \"%s\" failed: %s; correct it and start again", fileName.c_str(),
+                  error.c_str());
     }
     return false;
 }

@@ -43,8 +43,12 @@ bool DataCollection::empty(const std::string& collectionId) const {
     return found == m_members.end() || found->second.ids().empty();
 }
 
-bool DataCollection::isItem(const std::string& rootId) const {
-    return !m_service->findSchemaName(rootId).empty();
+std::vector<std::string> DataCollection::names() const {
+    std::vector<std::string> names;
+    for (const auto& [name, members] : m_members) {
+        names.push_back(name);
+    }
+    return names;
 }
 
 template <class IsLeaf>
@@ -68,7 +72,8 @@ std::vector<std::string> DataCollection::expand(const std::string& collectionId,
 }
 
 std::vector<std::string> DataCollection::items(const std::string& collectionId) const {
-    return expand(collectionId, [this](const std::string& member) { return isItem(member); });
+    return expand(collectionId,
+                  [this](const std::string& member) { return m_items.contains(member); });
 }
 
 int DataCollection::observe(const std::string& collectionId, MgmtAgentIfc* agent, bool bulk) const {

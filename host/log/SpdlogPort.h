@@ -20,7 +20,7 @@ namespace vireo {
 /// Control characters in the text are written as \n, \r, \t or \x01, so that one line stays one
 /// line. Error lines are on disk or screen before `write` returns, others at most the
 /// flush interval later. Lines that cannot be written, such as on a full disk, are lost; standard
-/// error hears of it once a minute, and the process goes on.
+/// error hears of it once a minute and gets the error lines, and the process goes on.
 class VIREO_API SpdlogPort : public LogPort {
 public:
     static std::unique_ptr<SpdlogPort> toStandardError(const LogOptions& options = {});

@@ -13,7 +13,7 @@ struct MessageLimits {
     /// The longest payload that is taken, in bytes; at most what a frame can have.
     std::uint32_t maximumRequest = FrameCodec::kMaximumPayload;
     /// More unsent bytes than this, and a connection's requests wait.
-    std::size_t maximumUnsent = 8U << 20U;
+    std::size_t maximumUnsent = 1U << 20U;
     /// Peers that may wait to be accepted.
     int backlog = 128;
     /// How soon peers are accepted again after the machine had no means for one more.

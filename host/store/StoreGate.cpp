@@ -20,7 +20,7 @@ constexpr char kFile[] = "./host/store/StoreGate";
 StoreGate::StoreGate(std::string file, std::string catalogueName, const StoreOptions& options)
     : m_file(std::move(file)), m_catalogueName(std::move(catalogueName)), m_options(options) {
     const std::lock_guard lock(m_attemptMutex);
-    attempt();
+    attempt(m_options);
 }
 
 SqliteDataAccess* StoreGate::store() {
@@ -36,16 +36,19 @@ SqliteDataAccess* StoreGate::storeAfterAttempt() {
         // Nobody waits for an attempt that another thread makes: the file may be slow.
         const std::unique_lock lock(m_attemptMutex, std::try_to_lock);
         if (lock && isDue()) {
-            attempt();
+            // Nor does the message wait for another program; the next attempt comes soon enough.
+            StoreOptions options = m_options;
+            options.busyTimeoutMs = 0;
+            attempt(options);
         }
     }
     return m_store.load(std::memory_order_acquire);
 }
 
-void StoreGate::attempt() {
+void StoreGate::attempt(const StoreOptions& options) {
     try {
         std::string error;
-        std::unique_ptr<SqliteDataAccess> opened = open(error);
+        std::unique_ptr<SqliteDataAccess> opened = open(options, error);
         adopt(std::move(opened), error);
     } catch (const std::exception& exception) {
         logExc(kComponent, kFile, __LINE__, "opening the store", exception);
@@ -54,7 +57,8 @@ void StoreGate::attempt() {
     m_nextAttempt = (Clock::now() + interval).time_since_epoch().count();
 }
 
-std::unique_ptr<SqliteDataAccess> StoreGate::open(std::string& error) const {
+std::unique_ptr<SqliteDataAccess> StoreGate::open(const StoreOptions& options,
+                                                  std::string& error) const {
     ConfigPort* files = installedPorts().config;
     std::string text;
     if (files == nullptr) {
@@ -69,7 +73,7 @@ std::unique_ptr<SqliteDataAccess> StoreGate::open(std::string& error) const {
         error.insert(0, "the configuration file " + m_catalogueName + ": ");
         return nullptr;
     }
-    return SqliteDataAccess::open(m_file, std::move(*catalogue), error, m_options);
+    return SqliteDataAccess::open(m_file, std::move(*catalogue), error, options);
 }
 
 void StoreGate::adopt(std::unique_ptr<SqliteDataAccess> opened, const std::string& error) {

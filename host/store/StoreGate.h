@@ -43,8 +43,8 @@ private:
 
     SqliteDataAccess* store();
     SqliteDataAccess* storeAfterAttempt();
-    void attempt();
-    std::unique_ptr<SqliteDataAccess> open(std::string& error) const;
+    void attempt(const StoreOptions& options);
+    std::unique_ptr<SqliteDataAccess> open(const StoreOptions& options, std::string& error) const;
     void adopt(std::unique_ptr<SqliteDataAccess> opened, const std::string& error);
     void use(std::unique_ptr<SqliteDataAccess> opened);
 

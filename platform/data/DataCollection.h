@@ -2,6 +2,7 @@
 
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "Visibility.h"
@@ -21,6 +22,10 @@ public:
 
     /// Appends `rootId` to the collection, creating it; a member that is there already stays once.
     void add(const std::string& collectionId, const std::string& rootId);
+    /// Says that there is an item of that name as well. As a member it stands for itself.
+    void addItem(const std::string& rootId) { m_items.insert(rootId); }
+    /// The names of all collections.
+    std::vector<std::string> names() const;
     /// Whether `collectionId` is no collection, or one without members.
     bool empty(const std::string& collectionId) const;
     /// The items that the collection stands for, each once, in the order of its members. A member
@@ -44,10 +49,10 @@ public:
 private:
     template <class IsLeaf>
     std::vector<std::string> expand(const std::string& collectionId, IsLeaf&& isLeaf) const;
-    bool isItem(const std::string& rootId) const;
 
     LocalMgmtIfc* m_service;
     std::unordered_map<std::string, RootIdList> m_members;
+    std::unordered_set<std::string> m_items;
 };
 
 }  // namespace vireo

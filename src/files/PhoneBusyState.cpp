@@ -13,17 +13,21 @@ constexpr const char* kItem = "phone-busy-status";
 
 }  // namespace
 
-void PhoneBusyState::set(unsigned bits) {
+unsigned PhoneBusyState::set(unsigned bits) {
     m_mask.fetch_or(bits);
-    publish();
+    return publish();
 }
 
-void PhoneBusyState::clear(unsigned bits) {
+unsigned PhoneBusyState::clear(unsigned bits) {
     m_mask.fetch_and(~bits);
-    publish();
+    return publish();
 }
 
-void PhoneBusyState::publish() {
+unsigned PhoneBusyState::confirm(unsigned told) {
+    return told == mask() ? told : publish();
+}
+
+unsigned PhoneBusyState::publish() {
     // Observers call back, so no lock is held while the item is written. Whoever writes last looks
     // at the mask afterwards, and so the item ends up with what the mask is.
     unsigned written = 0;
@@ -31,6 +35,7 @@ void PhoneBusyState::publish() {
         written = mask();
         writeItem(written);
     } while (written != mask());
+    return written;
 }
 
 void PhoneBusyState::writeItem(unsigned mask) {

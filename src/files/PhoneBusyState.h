@@ -16,12 +16,17 @@ public:
     unsigned mask() const { return m_mask.load(); }
     /// Adds reasons. The item shows them when this returns, or whatever another thread has made of
     /// the mask meanwhile.
-    void set(unsigned bits);
+    /// Answers the mask that was written last.
+    unsigned set(unsigned bits);
     /// The same, taking reasons away.
-    void clear(unsigned bits);
+    unsigned clear(unsigned bits);
+    /// Writes the item again when the mask is not `told` any more, and answers likewise. For
+    /// announcements that reach observers later than the write: another one may have overtaken
+    /// them.
+    unsigned confirm(unsigned told);
 
 private:
-    void publish();
+    unsigned publish();
     void writeItem(unsigned mask);
 
     LocalMgmtIfc& m_service;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <unordered_set>
 
 #include "LogMacros.h"
 #include "data/DataCollection.h"
@@ -97,6 +98,21 @@ void CatalogueLoader::digestItemMaps() {
     schema->finish();
     m_master.deleteDocument(kMasterItemMap);  // the name is the service's, whatever a file holds
     m_maps.masterItemMap = m_master.makeDocument(kMasterItemMap, kMasterItemMap);
+    warnOfUnknownSchemas();
+}
+
+void CatalogueLoader::warnOfUnknownSchemas() const {
+    std::unordered_set<std::string> warned;
+    for (const DxlNode::Pointer& item : m_maps.masterItemMap->root()->children()) {
+        const DxlNode* schema = item->child("schema");
+        if (schema != nullptr && !m_master.getSchema(schema->text()) &&
+            warned.insert(schema->text()).second) {
+            VCMS_LOG(kLogWarning,
+                     "VCMS - unknown schema %s: %s and other items of it cannot be read; add the "
+                     "schema and start again",
+                     schema->text().c_str(), item->getName().c_str());
+        }
+    }
 }
 
 void CatalogueLoader::digestItemMap(DxlSchema& itemMapSchema, const std::string& managementId,
@@ -191,6 +207,11 @@ void CatalogueLoader::loadDataCollections() {
             if (ids.has(0)) {
                 m_collections.add(rows[0], ids[0]);
             }
+        }
+    }
+    for (const std::string& name : m_collections.names()) {
+        if (m_maps.masterItemMap && m_maps.masterItemMap->root()->child(name) != nullptr) {
+            m_collections.addItem(name);
         }
     }
 }

@@ -25,6 +25,7 @@ private:
     void digestItemMap(DxlSchema& itemMapSchema, const std::string& managementId,
                        const DxlDocument& itemMap);
     void noteUncachedServices();
+    void warnOfUnknownSchemas() const;
     void digestTables();
     void digestTable(const std::string& table, const DxlDocument& items);
     void loadDataCollections();

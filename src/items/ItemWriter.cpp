@@ -119,9 +119,10 @@ bool ItemWriter::writeItem(Write& write, const std::string& rootId) {
     if (managementId.empty()) {
         return writeCollection(write, rootId);
     }
-    // Deliberate: an unknown item and one without a value get no refusal, only the false result.
     if (!write.record.getDocument(rootId)) {
-        return false;
+        // Deliberate: nothing to write is no failure.
+        VCMS_LOG(kLogDebug, "setData - rootId = %s comes without a value", rootId.c_str());
+        return true;
     }
     if (!ItemRecords::adoptSchema(m_catalogue, write.record, rootId)) {
         refuse(write.record, rootId, RejectReasonsStrings::invalid_data);
@@ -143,7 +144,7 @@ bool ItemWriter::writeItem(Write& write, const std::string& rootId) {
 
 bool ItemWriter::writeCollection(Write& write, const std::string& rootId) {
     if (m_collections.empty(rootId)) {
-        return false;
+        return false;  // Deliberate: an unknown item gets no refusal, only the false result.
     }
     VCMS_LOG(kLogDebug, "setData - rootId = %s (this is a collection id)", rootId.c_str());
     if (!write.result) {

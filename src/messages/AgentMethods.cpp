@@ -90,7 +90,7 @@ void handleStopObservingData(MethodCall& call) {
 void handleManageableDataChanged(MethodCall& call) {
     ManageableData record;
     unsigned told = 0;
-    if (RecordParameter::readToKeep(call.request, record)) {
+    if (RecordParameter::readToKeep(call.request, call.protocol, record)) {
         told = call.service.manageableDataChanged(record);
     } else {
         RecordParameter::becomeRefusal(record, RejectReasonsStrings::invalid_data);

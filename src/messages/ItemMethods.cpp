@@ -19,12 +19,12 @@ void handleSetData(MethodCall& call) {
               call.request.getStringParameter(kRecord, Parameter::eInOut).c_str());
     ManageableData record;
     bool result = false;
-    if (RecordParameter::readToKeep(call.request, record)) {
+    if (RecordParameter::readToKeep(call.request, call.protocol, record)) {
         result = call.service.setData(record);
     } else {
         RecordParameter::becomeRefusal(record, RejectReasonsStrings::invalid_data);
     }
-    RecordParameter::addWithResult(call.reply, result, record);
+    RecordParameter::addWithResult(call.reply, call.protocol, result, record);
     VIREO_LOG(kComponent, kLogDump, "LocalMgmtInvoker::SetData returned data = \"%s\"\n",
               call.reply.getStringParameter(kRecord, Parameter::eOut).c_str());
 }
@@ -37,7 +37,7 @@ void handleGetData(MethodCall& call) {
     } else {
         RecordParameter::becomeRefusal(record, RejectReasonsStrings::invalid_data);
     }
-    RecordParameter::addWithResult(call.reply, result, record);
+    RecordParameter::addWithResult(call.reply, call.protocol, result, record);
 }
 
 void handleInvalidateVCMSCache(MethodCall& call) {

@@ -55,7 +55,8 @@ void LocalMgmtInvoker::callMethod(LocalMgmtIfc& service, const std::string& prot
     std::istringstream in(message);
     Method request;
     if (!adapter.decode(in, request)) {
-        VIREO_LOG(kComponent, kLogWarning, "message of %zu bytes is malformed", message.size());
+        VIREO_LOG(kComponent, kLogWarning, "message of %zu bytes is no method in \"%s\"",
+                  message.size(), protocol.c_str());
     }
     const MethodRow* row = findMethod(request.name());
     if (row == nullptr) {

@@ -6,7 +6,9 @@
 
 #include "LogMacros.h"
 #include "data/ManageableData.h"
+#include "data/XmlText.h"
 #include "service/Method.h"
+#include "service/ProtocolAdapter.h"
 
 namespace vireo {
 namespace {
@@ -21,9 +23,19 @@ constexpr std::size_t kLongestItem = 512U << 10U;
 // No character of a request takes more than six in an answer.
 constexpr std::size_t kLongestGrowth = 8;
 
+/// The bytes that the text takes in a message.
+std::size_t sizeIn(const std::string& protocol, const std::string& text) {
+    if (protocol != VireoProtocols::SERVICE_XML) {
+        return text.size();
+    }
+    std::string escaped;
+    XmlText::appendEscaped(escaped, text);
+    return escaped.size();
+}
+
 /// Whether what is to be kept can be read back by message. A text can be several times as long in
 /// the answer as in the request, where a sender is free to write it shorter.
-bool canBeRead(const ManageableData& record) {
+bool canBeRead(const ManageableData& record, const std::string& protocol) {
     for (const std::string& rootId : record.rootIds()) {
         const DxlDocumentPointer document = record.getDocument(rootId);
         if (document && document->text().size() > kLongestItem) {
@@ -33,7 +45,7 @@ bool canBeRead(const ManageableData& record) {
         }
     }
     // The schemas that the service adds, and refusals, need room as well.
-    return record.serialize().size() <= kLongestRecord / 2;
+    return sizeIn(protocol, record.serialize()) <= kLongestRecord / 2;
 }
 
 const std::string& textOf(const Method& request) {
@@ -50,14 +62,17 @@ bool RecordParameter::read(const Method& request, ManageableData& record) {
     return true;
 }
 
-bool RecordParameter::readToKeep(const Method& request, ManageableData& record) {
+bool RecordParameter::readToKeep(const Method& request, const std::string& protocol,
+                                 ManageableData& record) {
     return read(request, record) &&
-           (textOf(request).size() <= kLongestItem / kLongestGrowth || canBeRead(record));
+           (textOf(request).size() <= kLongestItem / kLongestGrowth || canBeRead(record, protocol));
 }
 
-void RecordParameter::addWithResult(Method& reply, bool result, const ManageableData& record) {
+void RecordParameter::addWithResult(Method& reply, const std::string& protocol, bool result,
+                                    const ManageableData& record) {
     std::string text = record.serialize();
-    if (text.size() > kLongestRecord) {
+    // No character takes more than five bytes when it is escaped.
+    if (text.size() > kLongestRecord / 5 && sizeIn(protocol, text) > kLongestRecord) {
         VIREO_LOG(kComponent, kLogWarning,
                   "an answer of %zu bytes is too long, ask for fewer items", text.size());
         ManageableData refusal;

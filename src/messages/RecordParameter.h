@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace vireo {
 
 class ManageableData;
@@ -13,10 +15,12 @@ public:
     static bool read(const Method& request, ManageableData& record);
     /// The same for a record whose values are to be kept or passed on: false also when it is too
     /// long for that.
-    static bool readToKeep(const Method& request, ManageableData& record);
+    static bool readToKeep(const Method& request, const std::string& protocol,
+                           ManageableData& record);
     /// Adds "result" and the record to a reply. A record that is too long for an answer is replaced
     /// by a refusal, and the result is false then.
-    static void addWithResult(Method& reply, bool result, const ManageableData& record);
+    static void addWithResult(Method& reply, const std::string& protocol, bool result,
+                              const ManageableData& record);
     /// Adds the record alone.
     static void add(Method& reply, const ManageableData& record);
     /// Makes `record` say that nothing of the request was done.

@@ -160,11 +160,19 @@ std::string VireoClientMgmt::getFileTypeMetadata(eFiletype /*type*/) {
 }
 
 void VireoClientMgmt::setPhoneBusyStatus(unsigned bits) {
-    guardedCall("setPhoneBusyStatus", [&] { m_busyState.set(bits); });
+    guardedCall("setPhoneBusyStatus", [&] { confirmBusyStatus(m_busyState.set(bits)); });
 }
 
 void VireoClientMgmt::clearPhoneBusyStatus(unsigned bits) {
-    guardedCall("clearPhoneBusyStatus", [&] { m_busyState.clear(bits); });
+    guardedCall("clearPhoneBusyStatus", [&] { confirmBusyStatus(m_busyState.clear(bits)); });
+}
+
+void VireoClientMgmt::confirmBusyStatus(unsigned told) {
+    // Observers are told after this thread has given the registry back.
+    RegistrySemaphore& registry = m_registry.semaphore();
+    if (registry.isMine()) {
+        registry.afterGive([this, told] { m_busyState.confirm(told); });
+    }
 }
 
 unsigned VireoClientMgmt::retrievePhoneBusyStatus() {
@@ -203,10 +211,12 @@ bool VireoClientMgmt::unsubscribeForRemoteProgress(RemoteMgmtCallbackIfc* callba
 
 int VireoClientMgmt::getSoftwareType() {
     if (m_softwareType == 0) {
-        ManageableData record;
-        record.setRootId("software-type", nullptr);
-        const DataNode node = getData(record) ? record.interogate("software-type") : DataNode();
-        const std::string type = node ? node->value() : std::string();
+        const std::string type = guarded("getSoftwareType", std::string(), [this] {
+            ManageableData record;
+            record.setRootId("software-type", nullptr);
+            const DataNode node = getData(record) ? record.interogate("software-type") : DataNode();
+            return node ? node->value() : std::string();
+        });
         if (type == "Varnick KSP") {
             m_softwareType = 2;
         } else if (type == "Varnick TDM") {

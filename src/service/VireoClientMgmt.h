@@ -85,6 +85,7 @@ public:
 private:
     void initSNMPTrapRouter();
     void initQDCReportMgr();
+    void confirmBusyStatus(unsigned told);
 
     ServiceDirectory m_directory;
     PhoneBusyState m_busyState;

@@ -73,6 +73,10 @@ inline void installSmallPhone(TestPorts& ports) {
                 <collectionDataList>oddItems</collectionDataList></collection>
             <collection><collectionId>plain</collectionId>
                 <collectionDataList>pairItems</collectionDataList></collection>
+            <collection><collectionId>left</collectionId>
+                <collectionDataList>left</collectionDataList></collection>
+            <collection><collectionId>right</collectionId>
+                <collectionDataList>right</collectionDataList></collection>
             <collection><collectionId>hollow</collectionId>
                 <collectionDataList>missing</collectionDataList></collection>
         </document>
@@ -87,6 +91,10 @@ inline void installSmallPhone(TestPorts& ports) {
             <rootId>loop</rootId><rootId>plain</rootId></document>
         <document name="oddItems" schema="members">
             <rootId>nothing</rootId><rootId>melody</rootId><rootId>eager</rootId></document>
+        <document name="left" schema="members">
+            <rootId>melody</rootId><rootId>right</rootId></document>
+        <document name="right" schema="members">
+            <rootId>left</rootId><rootId>lazy</rootId></document>
         <document name="VcmsToDasMapping" schema="mapping">
             <item><rootId>melody</rootId><nodeId>melody</nodeId>
                 <dasSchemaName>Settings</dasSchemaName><dasItemName>Melody</dasItemName>

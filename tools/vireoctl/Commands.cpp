@@ -1,5 +1,6 @@
 #include "Commands.h"
 
+#include <algorithm>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -15,6 +16,15 @@ constexpr const char* kNoName = "not an item name";
 
 void refuse(RecordAnswer& answer, const std::string& tag, const std::string& reason) {
     answer.refusals.emplace_back(tag, kWholeItem, reason);
+}
+
+bool saysNo(const Method& reply) {
+    const auto& all = reply.parameters();
+    return std::any_of(all.begin(), all.end(), [](const Parameter& each) {
+        return (each.name == "result" && each.type == Parameter::types::eBool &&
+                each.number == 0) ||
+               (each.name == "Acknowledge" && each.text != "SUCCESS");
+    });
 }
 
 // What cannot be sent, so that nothing of the command is.
@@ -62,7 +72,8 @@ ExitCode Commands::get(const std::vector<std::string>& tags) {
     takeMembers(record, asked, missing, answer);
     if (!answer.result && answer.refusals.empty() && answer.remarks.empty()) {
         answer.remarks.emplace_back(
-            "read failed: the owner of an item failed, its value may be old");
+            "read failed: an item could not be read, its value may be old; the log of the service "
+            "says why");
     }
     return print(answer);
 }
@@ -200,6 +211,7 @@ ExitCode Commands::call(const std::string& methodName, const std::vector<Paramet
     ExitCode code = ExitCode::eDone;
     if (!reportFailure(m_client.call(request, reply), code)) {
         m_printer.method(reply);
+        code = saysNo(reply) ? ExitCode::eRefused : ExitCode::eDone;
     }
     return code;
 }
@@ -271,9 +283,10 @@ std::optional<bool> Commands::isKnown(const std::string& tag) {
 std::string Commands::explainMissing(const std::string& tag) {
     const std::optional<bool> known = isKnown(tag);
     if (!known) {
-        return tag + ": no value (unknown item, or its owner failed)";
+        return tag + ": no value (unknown, or it could not be read)";
     }
-    return tag + (*known ? ": no value (its owner failed)" : ": no value (unknown item)");
+    return tag + (*known ? ": no value (it could not be read; the log of the service says why)"
+                         : ": no value (unknown item)");
 }
 
 }  // namespace vireo

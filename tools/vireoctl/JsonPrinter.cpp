@@ -44,9 +44,12 @@ void JsonPrinter::record(const RecordAnswer& answer) {
                                 {"path", refusal.nodePath()},
                                 {"reason", refusal.reason()}});
     }
-    printLine(m_out, Json{{"result", answer.result},
-                          {"items", std::move(items)},
-                          {"refusals", std::move(refusals)}});
+    Json object{
+        {"result", answer.result}, {"items", std::move(items)}, {"refusals", std::move(refusals)}};
+    if (!answer.remarks.empty()) {
+        object["remarks"] = answer.remarks;
+    }
+    printLine(m_out, object);
 }
 
 void JsonPrinter::method(const Method& reply) {

@@ -188,7 +188,9 @@ ExitCode runCommand(const CommandLine& line, const Command& command) {
     std::string error;
     const std::unique_ptr<LocalMgmtClient> client = LocalMgmtClient::connect(options, error);
     if (!client) {
-        std::cerr << "vireoctl: " << error << "; --socket or VIREO_SOCKET names another path\n";
+        const bool isReached = error.find(": refused: ") != std::string::npos;
+        std::cerr << "vireoctl: " << error
+                  << (isReached ? "\n" : "; --socket or VIREO_SOCKET names another path\n");
         return ExitCode::eNotReached;
     }
     TextPrinter text(std::cout, std::cerr);

@@ -67,6 +67,9 @@ TEST_F(CollectionTest, StandsForItsItemsInOrderWhateverContainsWhat) {
         // "plain" is an item too, and as a member it stays one.
         {"loop", {"key-1", "guarded", "melody", "lazy", "volume", "plain"}},
         {"odd", {"nothing", "melody", "eager"}},
+        // Their lists have their own names, which makes no items of them.
+        {"left", {"melody", "lazy"}},
+        {"right", {"melody", "lazy"}},
     };
     for (const auto& [collection, items] : cases) {
         EXPECT_EQ(collections.items(collection), items) << collection;
@@ -83,6 +86,7 @@ TEST_F(CollectionTest, AReadAnswersEveryItemBesideTheAskedNames) {
     EXPECT_EQ(read({"odd"}, false), (Texts{"melody=7", "eager="}));
     EXPECT_EQ(read({"hollow"}, false), Texts{});
     EXPECT_EQ(read({"plain"}, true), Texts{"plain=preset"}) << "an item before a collection";
+    EXPECT_EQ(read({"left", "right"}, true), (Texts{"melody=7", "lazy=preset"}));
 }
 
 TEST_F(CollectionTest, AWriteTellsOfEachItemOncePerCollection) {

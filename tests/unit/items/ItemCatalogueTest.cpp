@@ -107,6 +107,8 @@ TEST_F(ItemCatalogueTest, LogsItsStepsInOrder) {
                      "VCMS - digesting loopItems ",
                      "VCMS - digesting oddItems ",
                      "VCMS - digesting pairItems ",
+                     "VCMS - digesting left ",
+                     "VCMS - digesting right ",
                      "VCMS - retrieving call failing VCMS items: reading from file "
                      "CallFailingItems.xml"}));
 }
