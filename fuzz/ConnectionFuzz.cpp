@@ -56,9 +56,9 @@ private:
     void serve() {
         Frame frame;
         while (m_connection->receive() == Connection::Received::eBytes) {
-            Connection::Next found = Connection::Next::eNothing;
+            FrameFinding found = FrameFinding::eNothing;
             while (!m_connection->finishing() &&
-                   (found = m_connection->next(frame)) != Connection::Next::eNothing) {
+                   (found = m_connection->next(frame)) != FrameFinding::eNothing) {
                 count(found, frame);
                 m_protocol.handle(m_connection, found, frame);
             }
@@ -66,9 +66,9 @@ private:
         }
     }
 
-    void count(Connection::Next found, const Frame& frame) {
+    void count(FrameFinding found, const Frame& frame) {
         const bool isWhole =
-            found == Connection::Next::eFrame || found == Connection::Next::eOversized;
+            found == FrameFinding::eFrame || found == FrameFinding::eOversized;
         if (isWhole && frame.header.kind == FrameKind::eRequest &&
             !m_connection->channel().empty()) {
             ++m_requests;

@@ -86,6 +86,10 @@ void declareLimits(CLI::App& app, HostOptions& options) {
                   FrameCodec::kMaximumPayload, "Longest message that is taken");
     declareNumber(app, "--max-unsent-bytes", limits.maximumUnsent, std::size_t{64} << 10U,
                   std::size_t{1} << 30U, "Unsent replies to a peer before it is not read from");
+    declareNumber(app, "--max-queued-bytes", limits.maximumQueued, std::size_t{5} << 20U,
+                  std::size_t{1} << 30U, "Bytes that wait for a peer before it is disconnected");
+    declareNumber(app, "--answer-timeout-ms", limits.answerTimeoutMs, 10, 600'000,
+                  "How long the service waits for the answer of an owner");
     declareNumber(app, "--max-config-file-bytes", options.maximumConfigFile, std::uintmax_t{1024},
                   std::uintmax_t{1} << 30U, "Largest configuration file");
     declareNumber(app, "--socket-backlog", limits.backlog, 1, 4096,

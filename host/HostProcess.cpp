@@ -93,9 +93,18 @@ bool HostProcess::loadService(const std::string& plugin, std::string& error) {
            m_services.add(kLocalInterface, *m_service);
 }
 
-void HostProcess::startService() {
+void HostProcess::startService(const HostOptions& options) {
+    ProxyRequest::mDefaultTimeout = options.messages.answerTimeoutMs;
     m_framework.registerProtocol(VireoProtocols::DEFAULT, m_rpcAdapter);
     m_framework.registerProtocol(VireoProtocols::SERVICE_XML, m_serviceXmlAdapter);
+    m_proxies.offer("MgmtAgentIfc", [this] {
+        std::string error;
+        PluginProxy proxy = m_plugin->createProxy(PluginLoader::kAgentProxyFactory, error);
+        if (!proxy) {
+            logLine(kLogError, __LINE__, error);
+        }
+        return proxy;
+    });
     m_service->init(m_context);
     m_invoker->initInvoker(&m_framework);
     m_service->run();
@@ -128,7 +137,7 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
         error += "; --plugin names the file";
         return false;
     }
-    startService();
+    startService(options);
     return true;
 }
 

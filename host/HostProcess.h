@@ -10,6 +10,7 @@
 #include "log/SpdlogPort.h"
 #include "messages/HostFramework.h"
 #include "messages/MessageLoop.h"
+#include "messages/ProxyTable.h"
 #include "messages/RpcAdapter.h"
 #include "messages/ServiceXmlAdapter.h"
 #include "runtime/ConfigDirectory.h"
@@ -53,7 +54,7 @@ private:
 
     void openStore(const HostOptions& options);
     bool loadService(const std::string& plugin, std::string& error);
-    void startService();
+    void startService(const HostOptions& options);
 
     // In the order in which they are needed; their end is the other way round. The loop holds tasks
     // whose code is the plug-in's, so it ends before the plug-in is unloaded.
@@ -63,9 +64,10 @@ private:
     std::optional<PluginLoader> m_plugin;
     RpcAdapter m_rpcAdapter;
     ServiceXmlAdapter m_serviceXmlAdapter;
-    HostFramework m_framework;
     ServiceRegistry m_services;
     MessageLoop m_loop;
+    ProxyTable m_proxies{m_loop.calls(), m_services};
+    HostFramework m_framework{m_loop, m_proxies};
     HostContext m_context{m_services, m_loop};
     PluginService m_service;
     PluginInvoker m_invoker;

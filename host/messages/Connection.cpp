@@ -9,9 +9,6 @@
 namespace vireo {
 namespace {
 
-// Memory that an empty output keeps for the next replies.
-constexpr std::size_t kKeptOutput = 64U << 10U;
-
 bool wouldBlock(int reason) {
     return reason == EAGAIN || reason == EWOULDBLOCK;
 }
@@ -38,18 +35,18 @@ void Connection::skipOversized() {
     m_skipped -= count;
 }
 
-Connection::Next Connection::next(Frame& frame) {
+FrameFinding Connection::next(Frame& frame) {
     skipOversized();
     const std::string_view bytes = m_input.content();
     switch (FrameCodec::parseHeader(bytes, frame.header)) {
         case FrameCodec::Verdict::eIncomplete:
-            return Next::eNothing;
+            return FrameFinding::eNothing;
         case FrameCodec::Verdict::eNotOurs:
-            return Next::eNotOurs;
+            return FrameFinding::eNotOurs;
         case FrameCodec::Verdict::eWrongVersion:
-            return Next::eWrongVersion;
+            return FrameFinding::eWrongVersion;
         case FrameCodec::Verdict::eUnknownKind:
-            return Next::eUnknownKind;
+            return FrameFinding::eUnknownKind;
         case FrameCodec::Verdict::eHeader:
             break;
     }
@@ -57,7 +54,7 @@ Connection::Next Connection::next(Frame& frame) {
     const std::size_t payloadLength = oversized ? 0 : frame.header.payloadLength;
     const std::size_t payloadStart = FrameCodec::kHeaderSize + frame.header.nameLength();
     if (bytes.size() < payloadStart + payloadLength) {
-        return Next::eNothing;
+        return FrameFinding::eNothing;
     }
     frame.protocol = bytes.substr(FrameCodec::kHeaderSize, frame.header.protocolLength);
     frame.interfaceName = bytes.substr(FrameCodec::kHeaderSize + frame.header.protocolLength,
@@ -66,40 +63,17 @@ Connection::Next Connection::next(Frame& frame) {
     m_input.consume(payloadStart + payloadLength);
     if (oversized) {
         m_skipped = frame.header.payloadLength;
-        return Next::eOversized;
+        return FrameFinding::eOversized;
     }
-    return Next::eFrame;
+    return FrameFinding::eFrame;
 }
 
-void Connection::send(FrameKind kind, std::uint32_t correlation, std::string_view protocol,
-                      std::string_view interfaceName, std::string_view payload) {
-    FrameCodec::append(m_output, kind, correlation, protocol, interfaceName, payload);
-}
-
-bool Connection::flush() {
-    if (unsent() == 0) {
-        return true;
+bool Connection::cutOff() {
+    const bool isFirst = !m_isCutOff.exchange(true);
+    if (isFirst) {
+        ::shutdown(m_socket.get(), SHUT_RDWR);
     }
-    ssize_t count = 0;
-    do {
-        count =
-            ::send(m_socket.get(), m_output.data() + m_sent, unsent(), MSG_NOSIGNAL | MSG_DONTWAIT);
-    } while (count < 0 && errno == EINTR);
-    if (count < 0) {
-        return wouldBlock(errno);
-    }
-    m_sent += static_cast<std::size_t>(count);
-    if (unsent() == 0) {
-        m_output.clear();
-        m_sent = 0;
-        if (m_output.capacity() > kKeptOutput) {
-            m_output.shrink_to_fit();
-        }
-    } else if (m_sent >= m_output.size() / 2) {
-        m_output.erase(0, m_sent);
-        m_sent = 0;
-    }
-    return true;
+    return isFirst;
 }
 
 std::string Connection::label() const {

@@ -1,37 +1,24 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
+#include "messages/AwaitedReplies.h"
 #include "messages/FileDescriptor.h"
-#include "messages/FrameCodec.h"
+#include "messages/Frame.h"
 #include "messages/InputBuffer.h"
+#include "messages/OutputQueue.h"
 
 namespace vireo {
 
-/// One frame of a peer. The views point into the connection's buffer and hold until it receives
-/// again.
-struct Frame {
-    FrameHeader header;
-    std::string_view protocol;
-    std::string_view interfaceName;
-    std::string_view payload;
-};
-
 /// The stream of one peer: bytes in, cut into frames, and bytes out. Knows nothing about what
-/// frames mean. Used on the message thread.
+/// frames mean. Read by one thread at a time, which has taken that role from `awaited`; written to
+/// from every thread. The rest is for the message thread.
 class Connection {
 public:
-    enum class Next {
-        eNothing,       ///< no whole frame is there
-        eFrame,         ///< a whole frame
-        eOversized,     ///< a frame without its payload, which is thrown away as it arrives
-        eNotOurs,       ///< no frame, and nothing behind it can be read
-        eWrongVersion,  ///< likewise
-        eUnknownKind,   ///< likewise
-    };
     enum class Received { eBytes, eNothing, eEnd };
 
     /// Takes over a connected, non-blocking stream socket. Payloads of more than `maximumPayload`
@@ -46,15 +33,22 @@ public:
     /// Reads what is there, at most `InputBuffer::kReadSize` bytes. A broken connection is an end.
     Received receive();
     /// Takes the next frame out of what was received.
-    Next next(Frame& frame);
+    FrameFinding next(Frame& frame);
 
     void send(FrameKind kind, std::uint32_t correlation, std::string_view protocol,
-              std::string_view interfaceName, std::string_view payload);
+              std::string_view interfaceName, std::string_view payload) {
+        m_output.append(kind, correlation, protocol, interfaceName, payload);
+    }
     /// Hands all frames that wait to the socket, in one call. What it does not take stays. False
     /// when the connection is broken.
-    bool flush();
+    bool flush() { return m_output.flush(m_socket.get()); }
     /// Bytes that the peer has not taken yet.
-    std::size_t unsent() const { return m_output.size() - m_sent; }
+    std::size_t unsent() const { return m_output.unsent(); }
+    /// Ends the stream in both directions, from every thread; the loop finds the end. False when
+    /// that was done before.
+    bool cutOff();
+
+    AwaitedReplies& awaited() { return m_awaited; }
 
     /// From now on nothing is read; the connection ends when all is sent.
     void finish() { m_finishing = true; }
@@ -66,9 +60,14 @@ public:
     /// The peer for a log line: its channel name, before that its process.
     std::string label() const;
 
-    /// The epoll events that it is registered for; kept here for the loop.
+    // Kept here for the loop: the epoll events that it is registered for, whether it is registered
+    // at all, and whether it is to be visited at the end of this turn.
     std::uint32_t interest() const { return m_interest; }
     void setInterest(std::uint32_t events) { m_interest = events; }
+    bool watched() const { return m_watched; }
+    void setWatched(bool watched) { m_watched = watched; }
+    bool revisitPending() const { return m_revisitPending; }
+    void setRevisitPending(bool pending) { m_revisitPending = pending; }
 
 private:
     void skipOversized();
@@ -76,12 +75,15 @@ private:
     FileDescriptor m_socket;
     std::uint32_t m_maximumPayload;
     InputBuffer m_input;
-    std::string m_output;
-    std::size_t m_sent = 0;       ///< how much of the output's front is out
+    OutputQueue m_output;
+    AwaitedReplies m_awaited;
+    std::atomic<bool> m_isCutOff{false};
     std::uint64_t m_skipped = 0;  ///< bytes of an oversized payload that are still to come
     std::string m_channel;
     std::uint32_t m_interest = 0;
     bool m_finishing = false;
+    bool m_watched = false;
+    bool m_revisitPending = false;
 };
 
 }  // namespace vireo

@@ -30,7 +30,7 @@ public:
 private:
     Connection* m_connection = nullptr;
     std::string m_protocol;
-    std::string_view m_interfaceName;
+    std::string m_interfaceName;
     std::string m_payload;
     std::uint32_t m_correlation = 0;
     bool m_wantsReply = false;

@@ -14,6 +14,10 @@ struct MessageLimits {
     std::uint32_t maximumRequest = FrameCodec::kMaximumPayload;
     /// More unsent bytes than this, and a connection's requests wait.
     std::size_t maximumUnsent = 1U << 20U;
+    /// More bytes than this that wait for a peer, notifications among them, and it is disconnected.
+    std::size_t maximumQueued = 16U << 20U;
+    /// How long the service waits for a peer's answer.
+    int answerTimeoutMs = 5000;
     /// Peers that may wait to be accepted.
     int backlog = 128;
     /// How soon peers are accepted again after the machine had no means for one more.

@@ -3,6 +3,7 @@
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <span>
 #include <system_error>
@@ -29,7 +30,8 @@ MessageLoop::MessageLoop()
     : m_epoll(::epoll_create1(EPOLL_CLOEXEC)),
       m_wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       m_events(kEventsAtOnce),
-      m_protocol(m_peers, m_dispatcher) {}
+      m_protocol(m_peers, m_dispatcher),
+      m_calls(m_peers, m_protocol, *this) {}
 
 MessageLoop::~MessageLoop() = default;
 
@@ -48,6 +50,9 @@ bool MessageLoop::listen(const std::string& socketPath, const MessageLimits& lim
     }
     m_listener = ListeningSocket::open(socketPath, error, limits.backlog);
     m_limits = limits;
+    // Replies that a peer has not taken yet are no reason to disconnect it.
+    m_calls.setMaximumQueued(std::max(
+        limits.maximumQueued, limits.maximumUnsent + 2 * std::size_t{FrameCodec::kMaximumPayload}));
     if (m_listener) {
         setAccepting(true);
     }
@@ -79,6 +84,7 @@ void MessageLoop::postTask(std::function<void()> task) {
 }
 
 bool MessageLoop::run() {
+    m_thread = std::this_thread::get_id();
     bool going = m_listener != nullptr;
     while (going && !stopping()) {
         going = waitAndServe();
@@ -114,8 +120,37 @@ bool MessageLoop::waitAndServe() {
             turn(ConnectionPointer(found->second), event.events);
         }
         m_tasks.runPosted();
+        runRevisits();
     }
     return true;
+}
+
+void MessageLoop::revisit(const ConnectionPointer& connection) {
+    if (!isMessageThread()) {
+        postTask([this, connection] { revisit(connection); });
+    } else if (!connection->revisitPending()) {
+        connection->setRevisitPending(true);
+        m_revisits.push_back(connection);
+    }
+}
+
+void MessageLoop::flushRevisits() {
+    for (const ConnectionPointer& connection : m_revisits) {
+        connection->flush();
+    }
+}
+
+void MessageLoop::runRevisits() {
+    // What these turns bring up is seen to as well.
+    for (std::size_t i = 0; i < m_revisits.size(); ++i) {
+        const ConnectionPointer connection = m_revisits[i];
+        connection->setRevisitPending(false);
+        const auto found = m_connections.find(connection->descriptor());
+        if (found != m_connections.end() && found->second == connection) {
+            turn(connection, 0);
+        }
+    }
+    m_revisits.clear();
 }
 
 void MessageLoop::setAccepting(bool on) {
@@ -170,6 +205,7 @@ void MessageLoop::admit(FileDescriptor socket) {
         return;
     }
     connection->setInterest(EPOLLIN);
+    connection->setWatched(true);
     m_connections.emplace(descriptor, std::move(connection));
 }
 
@@ -178,10 +214,18 @@ bool MessageLoop::readable(const Connection& connection) const {
 }
 
 void MessageLoop::turn(const ConnectionPointer& connection, std::uint32_t events) {
+    if (!connection->awaited().tryRead()) {
+        // Whoever reads it asks for a visit for each frame that it comes across, and at the end.
+        unwatch(*connection);
+        m_calls.serveDeferred(connection);
+        connection->flush();
+        return;
+    }
     bool alive = connection->flush() && serveReceived(connection);
     if (alive && (events & ~EPOLLOUT) != 0 && readable(*connection)) {
         alive = receiveAndServe(connection);
     }
+    connection->awaited().stopReading();
     if (!alive || (connection->finishing() && connection->unsent() == 0)) {
         close(connection);
     } else {
@@ -205,10 +249,11 @@ bool MessageLoop::receiveAndServe(const ConnectionPointer& connection) {
 }
 
 bool MessageLoop::serveReceived(const ConnectionPointer& connection) {
+    m_calls.serveDeferred(connection);
     Frame frame;
     while (readable(*connection)) {
-        const Connection::Next found = connection->next(frame);
-        if (found == Connection::Next::eNothing) {
+        const FrameFinding found = connection->next(frame);
+        if (found == FrameFinding::eNothing) {
             return connection->flush();
         }
         m_protocol.handle(connection, found, frame);
@@ -225,14 +270,23 @@ void MessageLoop::updateInterest(Connection& connection) {
     const std::uint32_t wanted =
         (connection.finishing() || connection.unsent() > m_limits.maximumUnsent ? 0U : EPOLLIN) |
         (connection.unsent() > 0 ? EPOLLOUT : 0U);
-    if (wanted == connection.interest()) {
+    if (connection.watched() && wanted == connection.interest()) {
         return;
     }
     epoll_event event{};
     event.events = wanted;
     event.data.fd = connection.descriptor();
-    ::epoll_ctl(m_epoll.get(), EPOLL_CTL_MOD, connection.descriptor(), &event);
+    ::epoll_ctl(m_epoll.get(), connection.watched() ? EPOLL_CTL_MOD : EPOLL_CTL_ADD,
+                connection.descriptor(), &event);
     connection.setInterest(wanted);
+    connection.setWatched(true);
+}
+
+void MessageLoop::unwatch(Connection& connection) {
+    if (connection.watched()) {
+        ::epoll_ctl(m_epoll.get(), EPOLL_CTL_DEL, connection.descriptor(), nullptr);
+        connection.setWatched(false);
+    }
 }
 
 void MessageLoop::close(const ConnectionPointer& connection) {
@@ -241,7 +295,8 @@ void MessageLoop::close(const ConnectionPointer& connection) {
                   connection->label().c_str());
     }
     m_peers.release(connection->channel(), *connection);
-    ::epoll_ctl(m_epoll.get(), EPOLL_CTL_DEL, connection->descriptor(), nullptr);
+    connection->awaited().markEnded();
+    unwatch(*connection);
     m_connections.erase(connection->descriptor());
 }
 

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 #include <unordered_map>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "messages/FileDescriptor.h"
 #include "messages/ListeningSocket.h"
 #include "messages/MessageLimits.h"
+#include "messages/PeerCalls.h"
 #include "messages/PeerDirectory.h"
 #include "messages/PeerProtocol.h"
 #include "messages/RequestDispatcher.h"
@@ -54,9 +56,22 @@ public:
     /// called later; what comes after may not.
     void postTask(std::function<void()> task);
 
-private:
-    using ConnectionPointer = std::shared_ptr<Connection>;
+    /// Messages from the service to its peers. Safe from every thread.
+    PeerCalls& calls() { return m_calls; }
+    /// The channel name of the peer whose message is being handled, or empty. Message thread only.
+    const std::string& currentChannel() const { return m_dispatcher.currentChannel(); }
 
+    // For whoever reads or writes a connection outside of its turn.
+    using ConnectionPointer = std::shared_ptr<Connection>;
+    bool isMessageThread() const { return m_thread.load() == std::this_thread::get_id(); }
+    bool stopping() const { return m_stopRequested.load(std::memory_order_relaxed); }
+    /// Sees soon to what is in the connection's buffers, and whether it has ended. From every
+    /// thread.
+    void revisit(const ConnectionPointer& connection);
+    /// Writes what waits for the connections that are to be revisited. Message thread only.
+    void flushRevisits();
+
+private:
     bool watch(int descriptor);
     bool waitAndServe();
     void wake() noexcept;
@@ -71,7 +86,8 @@ private:
     bool readable(const Connection& connection) const;
     void updateInterest(Connection& connection);
     void close(const ConnectionPointer& connection);
-    bool stopping() const { return m_stopRequested.load(std::memory_order_relaxed); }
+    void unwatch(Connection& connection);
+    void runRevisits();
 
     FileDescriptor m_epoll;
     FileDescriptor m_wakeUp;
@@ -84,7 +100,10 @@ private:
     PeerDirectory m_peers;
     RequestDispatcher m_dispatcher;
     PeerProtocol m_protocol;
+    PeerCalls m_calls;
     TaskQueue m_tasks;
+    std::vector<ConnectionPointer> m_revisits;
+    std::atomic<std::thread::id> m_thread{};
     std::atomic<bool> m_stopRequested{false};
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <mutex>
 #include <optional>
 
 namespace vireo {
@@ -91,6 +92,7 @@ std::string PeerDirectory::claim(std::string_view wanted, const std::shared_ptr<
     if (!isName(name, error)) {
         return {};
     }
+    const std::unique_lock lock(m_mutex);
     if (!m_peers.try_emplace(name, peer).second) {
         error = "channel name \"" + name + "\" is in use";
         return {};
@@ -102,6 +104,7 @@ std::string PeerDirectory::claim(std::string_view wanted, const std::shared_ptr<
 }
 
 void PeerDirectory::release(const std::string& name, const Connection& owner) {
+    const std::unique_lock lock(m_mutex);
     const auto peer = m_peers.find(name);
     if (peer == m_peers.end() || peer->second.get() != &owner) {
         return;
@@ -122,8 +125,14 @@ void PeerDirectory::release(const std::string& name, const Connection& owner) {
 }
 
 std::shared_ptr<Connection> PeerDirectory::find(std::string_view name) const {
+    const std::shared_lock lock(m_mutex);
     const auto peer = m_peers.find(name);
     return peer == m_peers.end() ? nullptr : peer->second;
+}
+
+std::size_t PeerDirectory::size() const {
+    const std::shared_lock lock(m_mutex);
+    return m_peers.size();
 }
 
 }  // namespace vireo

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <set>
+#include <shared_mutex>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -13,8 +14,9 @@ namespace vireo {
 
 class Connection;
 
-/// The channel names of the live peers. A name is 1 to 64 letters, digits, '.', '_' and '-'. Used
-/// on the message thread. Every operation looks names up by hash; numbers cost O(log n).
+/// The channel names of the live peers. A name is 1 to 64 letters, digits, '.', '_' and '-'. Names
+/// are given and freed on the message thread and looked up on every thread. Every operation looks
+/// names up by hash; numbers cost O(log n).
 class PeerDirectory {
 public:
     static constexpr std::size_t kLongestName = 64;
@@ -29,7 +31,7 @@ public:
 
     /// The peer of that name, or null.
     std::shared_ptr<Connection> find(std::string_view name) const;
-    std::size_t size() const { return m_peers.size(); }
+    std::size_t size() const;
 
 private:
     /// Which numbers of one prefix are free: those below `next` in `freed`, and from `next` on all
@@ -47,6 +49,7 @@ private:
 
     std::string lowestNumbered(std::string_view prefix) const;
 
+    mutable std::shared_mutex m_mutex;  // guards m_peers
     std::unordered_map<std::string, std::shared_ptr<Connection>, TextHash, std::equal_to<>> m_peers;
     std::unordered_map<std::string, Numbers, TextHash, std::equal_to<>> m_numbers;
 };

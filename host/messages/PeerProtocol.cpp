@@ -24,24 +24,25 @@ void PeerProtocol::refuse(Connection& connection, std::uint32_t correlation,
     connection.finish();
 }
 
-void PeerProtocol::handle(const std::shared_ptr<Connection>& connection, Connection::Next found,
+void PeerProtocol::handle(const std::shared_ptr<Connection>& connection, FrameFinding found,
                           const Frame& frame) {
+    connection->awaited().heard();
     switch (found) {
-        case Connection::Next::eNothing:
+        case FrameFinding::eNothing:
             break;
-        case Connection::Next::eFrame:
+        case FrameFinding::eFrame:
             handleFrame(connection, frame);
             break;
-        case Connection::Next::eOversized:
+        case FrameFinding::eOversized:
             handleOversized(*connection, frame);
             break;
-        case Connection::Next::eNotOurs:
+        case FrameFinding::eNotOurs:
             refuse(*connection, 0, "these bytes are no frame");
             break;
-        case Connection::Next::eWrongVersion:
+        case FrameFinding::eWrongVersion:
             refuse(*connection, 0, "this version of the protocol is not served, version 1 is");
             break;
-        case Connection::Next::eUnknownKind:
+        case FrameFinding::eUnknownKind:
             refuse(*connection, 0, "unknown kind of frame");
             break;
     }
@@ -66,7 +67,8 @@ void PeerProtocol::handleFrame(const std::shared_ptr<Connection>& connection, co
             break;
         case FrameKind::eReply:
             if (welcomed) {
-                if (loggingOnUni(kLogDebug)) {
+                if (!connection->awaited().complete(frame.header.correlation, frame.payload) &&
+                    loggingOnUni(kLogDebug)) {
                     logAppUni(kComponent, kFile, kLogDebug, __LINE__,
                               "dropped reply %u of %s, which nobody waits for",
                               frame.header.correlation, connection->label().c_str());
@@ -116,6 +118,8 @@ void PeerProtocol::handleOversized(Connection& connection, const Frame& frame) {
     }
     if (frame.header.kind == FrameKind::eRequest) {
         m_dispatcher.answerEmpty(connection, frame);
+    } else if (frame.header.kind == FrameKind::eReply) {
+        connection.awaited().complete(frame.header.correlation, {});
     } else if (frame.header.kind == FrameKind::eHello) {
         refuse(connection, frame.header.correlation, "a second hello");
     }

@@ -20,7 +20,7 @@ public:
         : m_peers(peers), m_dispatcher(dispatcher) {}
 
     /// Handles what `Connection::next` found; `found` is not `eNothing`.
-    void handle(const std::shared_ptr<Connection>& connection, Connection::Next found,
+    void handle(const std::shared_ptr<Connection>& connection, FrameFinding found,
                 const Frame& frame);
     /// Ends the connection with a refusal that says why, in one line.
     static void refuse(Connection& connection, std::uint32_t correlation, std::string_view reason);

@@ -12,6 +12,9 @@ namespace {
 constexpr const char* kComponent = "RequestDispatcher";
 constexpr const char* kFile = "./host/messages/RequestDispatcher";
 
+// Messages that are handled while the handling of others waits.
+constexpr std::size_t kDeepest = 17;
+
 }  // namespace
 
 void RequestDispatcher::serve(std::string interfaceName, Invoker& invoker, Executable& executable) {
@@ -30,16 +33,37 @@ void RequestDispatcher::dispatch(Connection& connection, const Frame& frame) {
         answerEmpty(connection, frame);
         return;
     }
-    m_response.begin(connection, frame);
-    invoke(target->second, connection, frame);
-    m_response.sendEmpty();
+    if (m_depth == kDeepest) {
+        if (loggingOnUni(kLogWarning)) {
+            logAppUni(kComponent, kFile, kLogWarning, __LINE__,
+                      "message of %s is not handled: %zu others wait for each other already",
+                      connection.label().c_str(), m_depth);
+        }
+        answerEmpty(connection, frame);
+        return;
+    }
+    if (m_depth == m_levels.size()) {
+        m_levels.push_back(std::make_unique<Level>());
+    }
+    Level& level = *m_levels[m_depth++];
+    level.peer = &connection;
+    level.response.begin(connection, frame);
+    invoke(target->second, level, target->first, frame.payload);
+    level.response.sendEmpty();
+    --m_depth;
 }
 
-void RequestDispatcher::invoke(const Target& target, const Connection& connection,
-                               const Frame& frame) {
+const std::string& RequestDispatcher::currentChannel() const {
+    static const std::string none;
+    return m_depth > 0 ? m_levels[m_depth - 1]->peer->channel() : none;
+}
+
+// The payload is read before anything else is received; the frame may be gone when this returns.
+void RequestDispatcher::invoke(const Target& target, Level& level, const std::string& interfaceName,
+                               std::string_view payload) {
     try {
-        target.invoker->handleMessage(target.executable, frame.payload.data(),
-                                      static_cast<int>(frame.payload.size()), &m_response);
+        target.invoker->handleMessage(target.executable, payload.data(),
+                                      static_cast<int>(payload.size()), &level.response);
     } catch (const std::exception& exception) {
         logExc(kComponent, kFile, __LINE__, "an invoker let an exception out", exception);
         return;
@@ -50,17 +74,17 @@ void RequestDispatcher::invoke(const Target& target, const Connection& connectio
         }
         return;
     }
-    if (!m_response.sent() && loggingOnUni(kLogError)) {
+    if (!level.response.sent() && loggingOnUni(kLogError)) {
         logAppUni(kComponent, kFile, kLogError, __LINE__,
-                  "no reply from the invoker of \"%.*s\" to %s, sent empty",
-                  static_cast<int>(frame.interfaceName.size()), frame.interfaceName.data(),
-                  connection.label().c_str());
+                  "no reply from the invoker of \"%s\" to %s, sent empty", interfaceName.c_str(),
+                  level.peer->label().c_str());
     }
 }
 
 void RequestDispatcher::answerEmpty(Connection& connection, const Frame& frame) {
-    m_response.begin(connection, frame);
-    m_response.sendEmpty();
+    FrameResponse response;
+    response.begin(connection, frame);
+    response.sendEmpty();
 }
 
 }  // namespace vireo

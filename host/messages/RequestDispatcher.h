@@ -1,8 +1,11 @@
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "TextHash.h"
 #include "messages/FrameResponse.h"
@@ -27,7 +30,11 @@ public:
     /// output afterwards. Throws nothing.
     void dispatch(Connection& connection, const Frame& frame);
     /// The empty reply to a request that is not handled.
-    void answerEmpty(Connection& connection, const Frame& frame);
+    static void answerEmpty(Connection& connection, const Frame& frame);
+
+    /// The channel name of the peer whose message is being handled; of the innermost one, when the
+    /// handling of one waits for a peer and another message is handled meanwhile. Empty else.
+    const std::string& currentChannel() const;
 
 private:
     struct Target {
@@ -35,10 +42,18 @@ private:
         Executable* executable = nullptr;
     };
 
-    void invoke(const Target& target, const Connection& connection, const Frame& frame);
+    /// One message that is being handled. The objects stay, so that their texts keep their memory.
+    struct Level {
+        FrameResponse response;
+        const Connection* peer = nullptr;
+    };
+
+    static void invoke(const Target& target, Level& level, const std::string& interfaceName,
+                       std::string_view payload);
 
     std::unordered_map<std::string, Target, TextHash, std::equal_to<>> m_targets;
-    FrameResponse m_response;
+    std::vector<std::unique_ptr<Level>> m_levels;
+    std::size_t m_depth = 0;  ///< how many of them are in use
 };
 
 }  // namespace vireo

@@ -58,6 +58,10 @@ PluginService PluginLoader::createService(const char* symbol, std::string& error
     return create<Service>(symbol, error);
 }
 
+PluginProxy PluginLoader::createProxy(const char* symbol, std::string& error) const {
+    return create<Proxy>(symbol, error);
+}
+
 PluginInvoker PluginLoader::createInvoker(const char* symbol, std::string& error) const {
     return create<Invoker>(symbol, error);
 }

@@ -6,6 +6,7 @@
 
 #include "service/ConfigurationCheck.h"
 #include "service/Invoker.h"
+#include "service/Proxy.h"
 #include "service/Service.h"
 
 namespace vireo {
@@ -22,6 +23,7 @@ struct PluginDeleter {
 
 using PluginService = std::unique_ptr<Service, PluginDeleter>;
 using PluginInvoker = std::unique_ptr<Invoker, PluginDeleter>;
+using PluginProxy = std::unique_ptr<Proxy, PluginDeleter>;
 using PluginCheck = std::unique_ptr<ConfigurationCheck, PluginDeleter>;
 
 /// A shared library whose factories make services and invokers. The library stays loaded as long as
@@ -31,6 +33,7 @@ class PluginLoader {
 public:
     static constexpr const char* kServiceFactory = "createVireoClientMgmt";
     static constexpr const char* kLocalInvokerFactory = "createLocalMgmtInvoker";
+    static constexpr const char* kAgentProxyFactory = "createMgmtAgentProxy";
     static constexpr const char* kCheckFactory = "createConfigurationCheck";
 
     /// Loads `file`, with all its symbols resolved. Empty with a one-line `error` that names the
@@ -41,6 +44,7 @@ public:
     /// with a one-line `error` that names file and symbol.
     PluginService createService(const char* symbol, std::string& error) const;
     PluginInvoker createInvoker(const char* symbol, std::string& error) const;
+    PluginProxy createProxy(const char* symbol, std::string& error) const;
     PluginCheck createCheck(const char* symbol, std::string& error) const;
 
 private:

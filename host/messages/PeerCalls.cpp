@@ -1,0 +1,175 @@
+#include "messages/PeerCalls.h"
+
+#include <poll.h>
+
+#include <algorithm>
+
+#include "log/Log.h"
+#include "messages/Connection.h"
+#include "messages/MessageLoop.h"
+#include "messages/PeerDirectory.h"
+#include "messages/PeerProtocol.h"
+
+namespace vireo {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr const char* kComponent = "PeerCalls";
+constexpr const char* kFile = "./host/messages/PeerCalls";
+
+// Notifications are written before the turn of the message loop ends once this much has gathered.
+constexpr std::size_t kEarlyFlush = 256U << 10U;
+// How soon a waiting message thread notices that the process is to stop.
+constexpr milliseconds kLongestPoll{100};
+
+void logLine(int level, int line, const char* what, std::string_view channel) {
+    if (loggingOnUni(level)) {
+        logAppUni(kComponent, kFile, level, line, "peer \"%.*s\" %s",
+                  static_cast<int>(channel.size()), channel.data(), what);
+    }
+}
+
+}  // namespace
+
+std::shared_ptr<Connection> PeerCalls::reach(const PeerAddress& to, std::string_view payload) {
+    ConnectionPointer connection = m_peers.find(to.channel);
+    if (!connection) {
+        return nullptr;
+    }
+    if (payload.size() > FrameCodec::kMaximumPayload) {
+        logLine(kLogError, __LINE__, "is not sent what is longer than a frame", to.channel);
+        return nullptr;
+    }
+    if (connection->unsent() + payload.size() > m_maximumQueued) {
+        if (connection->cutOff()) {
+            logLine(kLogError, __LINE__,
+                    "does not take what it is sent: too much waits for it, it is disconnected",
+                    to.channel);
+            m_loop.revisit(connection);
+        }
+        return nullptr;
+    }
+    return connection;
+}
+
+bool PeerCalls::notify(const PeerAddress& to, std::string_view payload) {
+    const ConnectionPointer connection = reach(to, payload);
+    if (!connection) {
+        return false;
+    }
+    connection->send(FrameKind::eNotification, 0, to.protocol, to.interfaceName, payload);
+    const bool isMessageThread = m_loop.isMessageThread();
+    if (!isMessageThread || connection->unsent() >= kEarlyFlush) {
+        connection->flush();
+    }
+    if (isMessageThread || connection->unsent() > 0) {
+        m_loop.revisit(connection);
+    }
+    return true;
+}
+
+bool PeerCalls::call(const PeerAddress& to, std::string_view payload, milliseconds timeout,
+                     std::string& reply) {
+    reply.clear();
+    const ConnectionPointer connection = reach(to, payload);
+    AwaitedReplies::Call call;
+    if (!connection) {
+        return false;
+    }
+    if (!connection->awaited().begin(call)) {
+        logLine(kLogWarning, __LINE__, "is not asked: it left an earlier question unanswered",
+                to.channel);
+        return false;
+    }
+    connection->send(FrameKind::eRequest, call.id, to.protocol, to.interfaceName, payload);
+    await(connection, call, AwaitedReplies::Clock::now() + timeout);
+    connection->awaited().end(call);
+    // Frames that came behind the reply are still in the buffer.
+    m_loop.revisit(connection);
+    if (!call.isAnswered) {
+        logLine(kLogWarning, __LINE__, "did not answer", to.channel);
+    }
+    reply = std::move(call.reply);
+    return call.isAnswered;
+}
+
+void PeerCalls::await(const ConnectionPointer& connection, const AwaitedReplies::Call& call,
+                      Deadline deadline) {
+    AwaitedReplies& awaited = connection->awaited();
+    const bool isMessageThread = m_loop.isMessageThread();
+    if (isMessageThread) {
+        m_loop.flushRevisits();  // what others are to hear does not wait for this peer
+    }
+    while (!awaited.isOver(call) && AwaitedReplies::Clock::now() < deadline &&
+           !(isMessageThread && m_loop.stopping())) {
+        if (awaited.tryRead()) {
+            readOnce(connection, call, deadline, isMessageThread);
+            awaited.stopReading();
+        } else {
+            awaited.waitForReader(call, deadline, isMessageThread);
+            if (isMessageThread) {
+                serveDeferred(connection);
+            }
+        }
+    }
+}
+
+void PeerCalls::readOnce(const ConnectionPointer& connection, const AwaitedReplies::Call& call,
+                         Deadline deadline, bool isMessageThread) {
+    AwaitedReplies& awaited = connection->awaited();
+    if (isMessageThread) {
+        serveDeferred(connection);
+    }
+    Frame frame;
+    while (!awaited.isOver(call)) {
+        const FrameFinding found = connection->next(frame);
+        if (found == FrameFinding::eNothing) {
+            break;
+        }
+        handle(connection, found, frame, isMessageThread);
+    }
+    if (awaited.isOver(call)) {
+        return;
+    }
+    if (!connection->flush()) {
+        awaited.markEnded();
+        return;
+    }
+    const auto left = std::chrono::ceil<milliseconds>(deadline - AwaitedReplies::Clock::now());
+    pollfd waited{connection->descriptor(),
+                  static_cast<short>(connection->unsent() > 0 ? POLLIN | POLLOUT : POLLIN), 0};
+    if (::poll(&waited, 1,
+               static_cast<int>(std::clamp(left, milliseconds(0), kLongestPoll).count())) > 0 &&
+        (waited.revents & ~POLLOUT) != 0 && connection->receive() == Connection::Received::eEnd) {
+        awaited.markEnded();
+    }
+}
+
+void PeerCalls::handle(const ConnectionPointer& connection, FrameFinding found, const Frame& frame,
+                       bool isMessageThread) {
+    if (isMessageThread) {
+        m_protocol.handle(connection, found, frame);
+        if (connection->finishing()) {
+            connection->awaited().markEnded();
+        }
+        return;
+    }
+    AwaitedReplies& awaited = connection->awaited();
+    awaited.heard();
+    if (found != FrameFinding::eFrame || frame.header.kind != FrameKind::eReply) {
+        awaited.defer(found, frame);
+        m_loop.revisit(connection);
+    } else {
+        awaited.complete(frame.header.correlation, frame.payload);
+    }
+}
+
+void PeerCalls::serveDeferred(const ConnectionPointer& connection) {
+    OwnedFrame owned;
+    while (connection->awaited().takeDeferred(owned)) {
+        handle(connection, owned.finding(), owned.frame(), true);
+    }
+}
+
+}  // namespace vireo
