@@ -20,6 +20,8 @@ public:
     void begin(Connection& connection, const Frame& frame);
     /// Whether `send` was called since `begin`.
     bool sent() const { return m_sent; }
+    /// Whether a request got the empty reply.
+    bool isEmpty() const { return m_wantsReply && m_payload.empty(); }
     /// Forgets the payload and sends the empty reply, unless a reply was sent.
     void sendEmpty();
 

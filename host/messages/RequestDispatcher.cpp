@@ -1,5 +1,7 @@
 #include "messages/RequestDispatcher.h"
 
+#include <malloc.h>
+
 #include <exception>
 
 #include "log/Log.h"
@@ -14,6 +16,9 @@ constexpr const char* kFile = "./host/messages/RequestDispatcher";
 
 // Messages that are handled while the handling of others waits.
 constexpr std::size_t kDeepest = 17;
+
+// After a message of more bytes than this, memory is given back to the machine.
+constexpr std::size_t kLargeMessage = 256U << 10U;
 
 }  // namespace
 
@@ -48,9 +53,19 @@ void RequestDispatcher::dispatch(Connection& connection, const Frame& frame) {
     Level& level = *m_levels[m_depth++];
     level.peer = &connection;
     level.response.begin(connection, frame);
+    const std::size_t size = frame.payload.size();
     invoke(target->second, level, target->first, frame.payload);
     level.response.sendEmpty();
+    if (level.response.isEmpty() && loggingOnUni(kLogWarning)) {
+        logAppUni(kComponent, kFile, kLogWarning, __LINE__,
+                  "%s sent %zu bytes in \"%s\" that could not be served",
+                  connection.label().c_str(), size, level.response.protocol().c_str());
+    }
     --m_depth;
+    if (m_depth == 0 && size > kLargeMessage) {
+        // A message of many small parts leaves a heap of holes behind.
+        ::malloc_trim(0);
+    }
 }
 
 const std::string& RequestDispatcher::currentChannel() const {

@@ -123,8 +123,10 @@ TEST(Commands, GetPrintsWhatWasReadAndExplainsTheRest) {
           schemaNameReply("hung")},
          ExitCode::eRefused,
          "a = 1\n",
-         "no: no value (unknown item)\nhung: no value (its owner failed)\n",
-         R"({"result":false,"items":{"a":"1"},"refusals":[]})"
+         "no: no value (unknown item)\nhung: no value (it could not be read; the log of the "
+         "service says why)\n",
+         R"({"result":false,"items":{"a":"1"},"refusals":[])"
+         R"x(,"remarks":["no: no value (unknown item)","hung: no value (it could not be read; the log of the service says why)"]})x"
          "\n"},
         {"what is no name is not asked for",
          [](Commands& commands) {
@@ -162,8 +164,10 @@ TEST(Commands, GetPrintsTheMembersOfCollections) {
          {recordReply("getData", false, recordOf({{"c", "3"}}))},
          ExitCode::eRefused,
          "c = 3\n",
-         "read failed: the owner of an item failed, its value may be old\n",
-         R"({"result":false,"items":{"c":"3"},"refusals":[]})"
+         "read failed: an item could not be read, its value may be old; the log of the service "
+         "says why\n",
+         R"({"result":false,"items":{"c":"3"},"refusals":[])"
+         R"x(,"remarks":["read failed: an item could not be read, its value may be old; the log of the service says why"]})x"
          "\n"},
         {"a collection beside an unknown item",
          getBoth,
@@ -172,7 +176,8 @@ TEST(Commands, GetPrintsTheMembersOfCollections) {
          ExitCode::eRefused,
          "b = 2\nc = 3\nd = 4\n",
          "other: no value (unknown item)\n",
-         R"({"result":false,"items":{"b":"2","c":"3","d":"4"},"refusals":[]})"
+         R"({"result":false,"items":{"b":"2","c":"3","d":"4"},"refusals":[])"
+         R"x(,"remarks":["other: no value (unknown item)"]})x"
          "\n"},
     });
 }
@@ -207,7 +212,8 @@ TEST(Commands, SetPrintsWhatWasWrittenAndWhatWasNot) {
          ExitCode::eRefused,
          "a = 1\n",
          "b: not written (unknown item)\n",
-         R"({"result":false,"items":{"a":"1"},"refusals":[]})"
+         R"({"result":false,"items":{"a":"1"},"refusals":[])"
+         R"x(,"remarks":["b: not written (unknown item)"]})x"
          "\n"},
         {"a failure that nothing explains",
          setBoth,
@@ -218,7 +224,8 @@ TEST(Commands, SetPrintsWhatWasWrittenAndWhatWasNot) {
          "a: Initiated\n"
          "write failed: an item is unknown or its owner refused without a reason\n",
          R"({"result":false,"items":{},"refusals":[{"rootId":"a","path":"//*",)"
-         R"("reason":"Initiated"}]})"
+         R"("reason":"Initiated"}],"remarks":[)"
+         R"("write failed: an item is unknown or its owner refused without a reason"]})"
          "\n"},
         {"nothing is sent when one value cannot be carried",
          [](Commands& commands) {
