@@ -18,6 +18,8 @@ const char* describe(CallStatus status) {
             return "larger than one message may be";
         case CallStatus::eNotCarried:
             return "the call holds a character that the chosen protocol cannot carry";
+        case CallStatus::eNoAgent:
+            return "the client has no agent";
     }
     return "unknown call status";
 }

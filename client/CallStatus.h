@@ -13,6 +13,7 @@ enum class CallStatus {
     eDisconnected,    ///< the connection ended, now or earlier; it does not come back by itself
     eTooLarge,        ///< more than one message carries; nothing was sent
     eNotCarried,      ///< a text of the call is none that the protocol can carry; nothing was sent
+    eNoAgent,         ///< the client was connected without an agent; nothing was sent
 };
 
 /// A few words for a person, such as "no answer in time". Static text.

@@ -1,11 +1,12 @@
 #include "LocalMgmtClient.h"
 
-#include <algorithm>
 #include <charconv>
+#include <list>
 #include <system_error>
 #include <utility>
 
-#include "PeerConnection.h"
+#include "ClientSession.h"
+#include "messages/FrameCodec.h"
 #include "messages/RpcAdapter.h"
 #include "messages/ServiceXmlAdapter.h"
 #include "service/ClientUtils.h"
@@ -18,8 +19,6 @@ using std::chrono::milliseconds;
 
 constexpr std::string_view kInterface = "LocalMgmtIfc";
 constexpr std::size_t kMaximumName = 255;
-// Keeps deadlines within what a clock can count.
-constexpr milliseconds kLongestTimeout = std::chrono::hours(24 * 365);
 
 bool encode(LocalMgmtClient::Protocol protocol, const Method& method, std::string& payload) {
     if (protocol == LocalMgmtClient::Protocol::eXml) {
@@ -62,6 +61,12 @@ Method fileTypeRequest(const char* methodName, const std::string& fileType) {
     return request;
 }
 
+auto takeResultInto(bool& result) {
+    return [&result](const Method& reply) {
+        result = reply.getBoolParameter("result", Parameter::eOut);
+    };
+}
+
 // Takes values out of a reply; one that lacks them is malformed.
 template <class Take>
 CallStatus takeFrom(Take&& take) {
@@ -86,34 +91,50 @@ std::unique_ptr<LocalMgmtClient> LocalMgmtClient::connect(const Options& options
                 std::to_string(options.timeout.count()) + " ms leaves no time";
         return nullptr;
     }
-    const milliseconds timeout = std::min(options.timeout, kLongestTimeout);
-    std::unique_ptr<PeerConnection> connection =
-        PeerConnection::open(options.socketPath, options.channelName, timeout, error);
-    if (!connection) {
+    std::unique_ptr<ClientSession> session = ClientSession::open(
+        {options.socketPath, options.channelName, options.timeout, options.agent}, error);
+    if (!session) {
         return nullptr;
     }
     return std::unique_ptr<LocalMgmtClient>(
-        new LocalMgmtClient(std::move(connection), timeout, options.protocol));
+        new LocalMgmtClient(std::move(session), options.protocol));
 }
 
-LocalMgmtClient::LocalMgmtClient(std::unique_ptr<PeerConnection> connection, milliseconds timeout,
-                                 Protocol protocol)
-    : m_connection(std::move(connection)), m_protocol(protocol), m_timeout(timeout) {}
+LocalMgmtClient::LocalMgmtClient(std::unique_ptr<ClientSession> session, Protocol protocol)
+    : m_session(std::move(session)), m_protocol(protocol) {}
 
 LocalMgmtClient::~LocalMgmtClient() = default;
 
 const std::string& LocalMgmtClient::channelName() const {
-    return m_connection->channelName();
+    return m_session->channelName();
 }
 
 std::string LocalMgmtClient::closeReason() const {
-    const std::lock_guard lock(m_mutex);
-    return m_connection->closeReason();
+    return m_session->closeReason();
 }
 
 void LocalMgmtClient::setTimeout(milliseconds timeout) {
-    const std::lock_guard lock(m_mutex);
-    m_timeout = std::min(timeout, kLongestTimeout);
+    m_session->setTimeout(timeout);
+}
+
+CallStatus LocalMgmtClient::serve(milliseconds timeout) {
+    return m_session->serve(timeout);
+}
+
+CallStatus LocalMgmtClient::serveUntilStopped() {
+    return m_session->serveUntilStopped();
+}
+
+void LocalMgmtClient::stopServing() noexcept {
+    m_session->stopServing();
+}
+
+bool LocalMgmtClient::startServing() {
+    return m_session->startServing();
+}
+
+int LocalMgmtClient::pollDescriptor() const {
+    return m_session->readyDescriptor();
 }
 
 CallStatus LocalMgmtClient::callRaw(std::string_view protocol, std::string_view payload,
@@ -121,10 +142,8 @@ CallStatus LocalMgmtClient::callRaw(std::string_view protocol, std::string_view 
     if (payload.size() > FrameCodec::kMaximumPayload || protocol.size() > kMaximumName) {
         return CallStatus::eTooLarge;
     }
-    const std::lock_guard lock(m_mutex);
     std::string received;
-    const CallStatus status = m_connection->exchange(
-        protocol, kInterface, payload, PeerConnection::Clock::now() + m_timeout, received);
+    const CallStatus status = m_session->call(protocol, kInterface, payload, received);
     if (status != CallStatus::eDone) {
         return status;
     }
@@ -186,8 +205,11 @@ CallStatus LocalMgmtClient::askNumber(const Method& request, const char* answer,
     });
 }
 
+// Sends the record and takes the one of the reply in its place; `takeResult` takes the rest of the
+// reply.
+template <class TakeResult>
 CallStatus LocalMgmtClient::exchangeRecord(const char* methodName, ManageableData& record,
-                                           bool& result) {
+                                           TakeResult&& takeResult) {
     Method request(methodName, Method::eRequest);
     request.addStringParameter("manageableData", Parameter::eInOut,
                                record.serialize(ManageableData::eWithoutRejections));
@@ -196,25 +218,24 @@ CallStatus LocalMgmtClient::exchangeRecord(const char* methodName, ManageableDat
         return status;
     }
     return takeFrom([&] {
-        const bool accepted = reply.getBoolParameter("result", Parameter::eOut);
         ManageableData answer;
         if (!answer.deserialize(reply.getStringParameter("manageableData", Parameter::eOut))) {
             return false;
         }
+        takeResult(reply);
         // Not an assignment: the record stays bound to its dictionary.
         record.clearAll();
         record.overlay(answer);
-        result = accepted;
         return true;
     });
 }
 
 CallStatus LocalMgmtClient::getData(ManageableData& record, bool& result) {
-    return exchangeRecord("getData", record, result);
+    return exchangeRecord("getData", record, takeResultInto(result));
 }
 
 CallStatus LocalMgmtClient::setData(ManageableData& record, bool& result) {
-    return exchangeRecord("setData", record, result);
+    return exchangeRecord("setData", record, takeResultInto(result));
 }
 
 CallStatus LocalMgmtClient::findSchemaName(const std::string& tag, std::string& schemaName) {
@@ -245,6 +266,56 @@ CallStatus LocalMgmtClient::getSchema(const std::string& schemaName, ManageableD
         }
         result = known;
         return true;
+    });
+}
+
+// A call about the agent of this connection, answered with a "result".
+CallStatus LocalMgmtClient::askForAgent(const Method& request, bool& result) {
+    if (!m_session->hasAgent()) {
+        return CallStatus::eNoAgent;
+    }
+    Method reply;
+    if (const CallStatus status = callNamed(request, reply); status != CallStatus::eDone) {
+        return status;
+    }
+    return takeFrom([&] {
+        takeResultInto(result)(reply);
+        return true;
+    });
+}
+
+CallStatus LocalMgmtClient::registerManagementIdentity(const std::string& managementId, bool bulk,
+                                                       bool& registered) {
+    Method request("registerManagementIdentityBulkData", Method::eRequest);
+    request.addStringParameter("managementId", Parameter::eIn, managementId);
+    request.addBoolParameter("bulkDataManageable", Parameter::eIn, bulk);
+    return askForAgent(request, registered);
+}
+
+CallStatus LocalMgmtClient::observeData(const std::string& tag, bool bulk, bool& observed) {
+    Method request("observeDataBulkData", Method::eRequest);
+    request.addStringParameter("nodeId", Parameter::eIn, tag);
+    request.addBoolParameter("bulkDataManageable", Parameter::eIn, bulk);
+    return askForAgent(request, observed);
+}
+
+CallStatus LocalMgmtClient::observeListData(const std::vector<std::string>& tags, bool& observed) {
+    std::string list;
+    Serializer::serialize(list, std::list<std::string>(tags.begin(), tags.end()));
+    Method request("observeListDataBulkData", Method::eRequest);
+    request.addStringParameter("rootIds", Parameter::eIn, list);
+    return askForAgent(request, observed);
+}
+
+CallStatus LocalMgmtClient::stopObservingData(const std::string& tag, bool& stopped) {
+    Method request("stopObservingData", Method::eRequest);
+    request.addStringParameter("nodeId", Parameter::eIn, tag);
+    return askForAgent(request, stopped);
+}
+
+CallStatus LocalMgmtClient::manageableDataChanged(ManageableData& record, int& observers) {
+    return exchangeRecord("manageableDataChanged", record, [&observers](const Method& reply) {
+        observers = reply.getIntParameter("numObservers", Parameter::eOut);
     });
 }
 

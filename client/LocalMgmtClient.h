@@ -2,25 +2,34 @@
 
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "CallStatus.h"
+#include "MgmtAgentIfc.h"
 #include "Visibility.h"
 #include "data/ManageableData.h"
 #include "service/Method.h"
 
 namespace vireo {
 
-class PeerConnection;
+class ClientSession;
 
 /// The local management interface for another process: a named connection to the service over its
-/// Unix socket, and the interface's functions as calls that wait for their reply.
+/// Unix socket, and the interface's functions as calls that wait for their reply. With an agent of
+/// the process it also owns items, and observes them.
 ///
 /// Safe from every thread: one call is under way at a time, others wait for their turn, and the
-/// timeout of a call starts with its turn. Nothing is thrown. While a call waits, a request from
-/// the service gets an empty reply and a notification is dropped.
+/// timeout of a call starts with its turn. Nothing is thrown.
+///
+/// **The agent** is called on a thread that waits in a call, and on one that serves: in a loop of
+/// its own (`serve`, `pollDescriptor`), in `serveUntilStopped`, or in the library's
+/// (`startServing`). It is called by one thread at a time. It may call the client on that
+/// thread; while it does, the service may call it again, for a read or a write, at most 16 deep,
+/// and notifications wait until it has returned. It must not wait for a call that another thread
+/// makes: that call's turn comes when the agent has returned. What it throws counts as false.
+/// Without an agent requests of the service get an empty reply and notifications are dropped.
 ///
 /// A call that timed out leaves the connection usable: its late reply is recognised and dropped.
 /// After eDisconnected every further call answers that at once; connect again.
@@ -41,10 +50,15 @@ public:
         /// How long connecting, and then each call, may take.
         std::chrono::milliseconds timeout{5000};
         Protocol protocol = Protocol::eRpc;
+        /// Serves what the service asks and tells this connection; may be null. Not owned: it
+        /// outlives the client, and may be called as soon as the client is connected and waits or
+        /// serves, since an earlier process of this channel name may have registered.
+        MgmtAgentIfc* agent = nullptr;
     };
 
     /// Null on failure; `error` then holds one line that names the path and the cause.
     static std::unique_ptr<LocalMgmtClient> connect(const Options& options, std::string& error);
+    /// Stops serving, and waits for the library's thread. Not from a call of the agent.
     ~LocalMgmtClient();
     LocalMgmtClient(const LocalMgmtClient&) = delete;
     LocalMgmtClient& operator=(const LocalMgmtClient&) = delete;
@@ -79,6 +93,50 @@ public:
     /// unknown.
     CallStatus getSchema(const std::string& schemaName, ManageableData& record, bool& result);
 
+    // -- owning and observing items; eNoAgent without an agent ---------------------------------
+
+    /// Makes the agent the owner of the items of `managementId`. With `bulk` all items of one
+    /// request come to it in one record, else each in its own. `registered` is false when the id
+    /// has an owner already, which stays; that may be an earlier process of this channel name, and
+    /// what is meant for it comes to this one.
+    CallStatus registerManagementIdentity(const std::string& managementId, bool bulk,
+                                          bool& registered);
+    /// Tells the agent of every change of the item, of each item of the collection, or of all items
+    /// when `tag` is "all-data". With `bulk` the changes of one request come in one record, else
+    /// each in its own. `observed` is false when there is no such item.
+    CallStatus observeData(const std::string& tag, bool bulk, bool& observed);
+    /// The same for many, each change in a record of its own. `observed` is false when one of them
+    /// does not exist; the others are observed.
+    CallStatus observeListData(const std::vector<std::string>& tags, bool& observed);
+    /// Takes one observation back. `stopped` is true also when there was none; false for a
+    /// collection, whose items are given up one by one, and for what is no item.
+    CallStatus stopObservingData(const std::string& tag, bool& stopped);
+
+    /// Says that items of this process have changed to the values in the record; it needs no agent.
+    /// On eDone `observers` is the number of messages that this made, and the record is the
+    /// answer: it carries a refusal, and nobody was told, when it could not be passed on.
+    CallStatus manageableDataChanged(ManageableData& record, int& observers);
+
+    // -- serving the agent ---------------------------------------------------------------------
+
+    /// Serves what has come from the service, and waits at most `timeout` for something to come.
+    /// eDone: something was served; eTimedOut: nothing came; eDisconnected. From a call of the
+    /// agent it does nothing and answers eTimedOut.
+    CallStatus serve(std::chrono::milliseconds timeout);
+    /// Serves until `stopServing` is called (eDone) or the connection ends (eDisconnected).
+    CallStatus serveUntilStopped();
+    /// Ends `serveUntilStopped` and the library's thread, for good, also one that has not begun
+    /// yet. From any thread, from the agent, and from a signal handler.
+    void stopServing() noexcept;
+    /// Lets a thread of the library serve, to the end of the client or of the connection. Calling
+    /// it again does nothing. False when the system gives no thread.
+    bool startServing();
+    /// For the poll, epoll or select of an event loop: readable whenever `serve(0)` has something
+    /// to do, also when that was received during a call and is in memory already, and at the end of
+    /// the connection. It may be readable for nothing when another thread serves or calls. Valid as
+    /// long as the client; only to be waited on.
+    int pollDescriptor() const;
+
     /// Makes the service forget the last known values of other owners' items.
     CallStatus invalidateVCMSCache();
 
@@ -101,19 +159,19 @@ public:
     CallStatus getFileTypeNameLimit(const std::string& fileType, int& nameCharacters);
 
 private:
-    LocalMgmtClient(std::unique_ptr<PeerConnection> connection, std::chrono::milliseconds timeout,
-                    Protocol protocol);
+    LocalMgmtClient(std::unique_ptr<ClientSession> session, Protocol protocol);
 
     CallStatus callNamed(const Method& request, Method& reply);
     CallStatus askText(const Method& request, const char* answer, std::string& text);
     CallStatus askNumber(const Method& request, const char* answer, int& number);
+    CallStatus askForAgent(const Method& request, bool& result);
     CallStatus sendBusyBits(const char* methodName, unsigned bits);
-    CallStatus exchangeRecord(const char* methodName, ManageableData& record, bool& result);
+    template <class TakeResult>
+    CallStatus exchangeRecord(const char* methodName, ManageableData& record,
+                              TakeResult&& takeResult);
 
-    const std::unique_ptr<PeerConnection> m_connection;
+    const std::unique_ptr<ClientSession> m_session;
     const Protocol m_protocol;
-    std::chrono::milliseconds m_timeout;
-    mutable std::mutex m_mutex;  // guards the time-out and the connection's state
 };
 
 }  // namespace vireo

@@ -1,13 +1,6 @@
 #include "PeerConnection.h"
 
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/time.h>
-#include <sys/un.h>
-
-#include <cerrno>
-#include <cstring>
-#include <system_error>
+#include <algorithm>
 #include <utility>
 
 namespace vireo {
@@ -15,98 +8,60 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::size_t kReceiveChunk = 64U << 10U;
-
-std::string describeConnectError(int error) {
-    switch (error) {
-        case ENOENT:
-            return "no such socket (is vireod running?)";
-        case ECONNREFUSED:
-            return "nobody listens there (is vireod running?)";
-        case EACCES:
-        case EPERM:
-            return "permission denied";
-        case EAGAIN:
-            return "the service accepts no connection in time";
-        default:
-            return std::generic_category().message(error);
-    }
-}
-
-bool makeAddress(const std::string& path, sockaddr_un& address) {
-    address.sun_family = AF_UNIX;
-    // A zero byte first would name an abstract socket, one in the middle would cut the path.
-    if (path.empty() || path.size() >= sizeof address.sun_path ||
-        path.find('\0') != std::string::npos) {
-        return false;
-    }
-    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    return true;
-}
-
-// A non-blocking connect to a Unix socket fails at once when the listener's queue is full; the
-// send time-out makes a blocking one wait, but not for ever.
-int connectWithin(int socket, const sockaddr_un& address, milliseconds timeout) {
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeout);
-    timeval limit{};
-    limit.tv_sec = static_cast<decltype(limit.tv_sec)>(seconds.count());
-    limit.tv_usec = static_cast<decltype(limit.tv_usec)>((timeout - seconds).count() * 1000);
-    ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
-    for (;;) {
-        if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
-            return 0;
-        }
-        if (errno != EINTR) {
-            return errno;
-        }
-    }
-}
+// A service and an agent that call each other for ever must not use up the stack.
+constexpr unsigned kDeepest = 16;
+constexpr std::size_t kMostPostponed = 64U << 20U;
 
 }  // namespace
 
+/// Stands in the list of waits while it lives, so that its reply is known when it comes.
+class PeerConnection::OpenWait {
+public:
+    OpenWait(std::vector<Wait*>& waits, Wait& wait) : m_waits(waits) { m_waits.push_back(&wait); }
+    ~OpenWait() { m_waits.pop_back(); }
+    OpenWait(const OpenWait&) = delete;
+    OpenWait& operator=(const OpenWait&) = delete;
+
+private:
+    std::vector<Wait*>& m_waits;
+};
+
+PeerConnection::PeerConnection(FileDescriptor socket, Server server)
+    : m_stream(std::move(socket)), m_ready(m_stream.socket()), m_server(std::move(server)) {}
+
 std::unique_ptr<PeerConnection> PeerConnection::open(const std::string& socketPath,
                                                      const std::string& channelName,
-                                                     milliseconds timeout, std::string& error) {
+                                                     milliseconds timeout, Server server,
+                                                     std::string& error) {
     const Clock::time_point deadline = Clock::now() + timeout;
     const std::string where = "cannot reach the service at '" + socketPath + "': ";
-    sockaddr_un address{};
-    if (!makeAddress(socketPath, address)) {
-        error = where + "not a path that a socket can have (1 to " +
-                std::to_string(sizeof address.sun_path - 1) + " bytes)";
-        return nullptr;
-    }
-    FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (!socket) {
-        error = where + std::generic_category().message(errno);
-        return nullptr;
-    }
-    if (const int failure = connectWithin(socket.get(), address, timeout); failure != 0) {
-        error = where + describeConnectError(failure);
-        return nullptr;
-    }
-    std::unique_ptr<PeerConnection> connection(new PeerConnection(std::move(socket)));
     std::string cause;
+    FileDescriptor socket = FrameStream::connect(socketPath, timeout, cause);
+    if (!socket) {
+        error = where + cause;
+        return nullptr;
+    }
+    std::unique_ptr<PeerConnection> connection(
+        new PeerConnection(std::move(socket), std::move(server)));
+    if (!connection->m_ready.isUsable()) {
+        error = where + "the system gives no descriptor to wait on";
+        return nullptr;
+    }
     if (!connection->greet(channelName, deadline, cause)) {
         error =
             where + (cause.empty() ? "no welcome within " + std::to_string(timeout.count()) + " ms"
                                    : cause);
         return nullptr;
     }
+    connection->updateReadiness();
     return connection;
-}
-
-void PeerConnection::close(std::string reason) {
-    if (m_socket) {
-        m_socket.reset();
-        m_closeReason = std::move(reason);
-    }
 }
 
 bool PeerConnection::greet(const std::string& channelName, Clock::time_point deadline,
                            std::string& cause) {
-    FrameCodec::append(m_out, FrameKind::eHello, 0, {}, {}, channelName);
+    m_stream.append(FrameKind::eHello, 0, {}, {}, channelName);
     for (;;) {
-        const std::optional<Frame> frame = takeFrame();
+        const std::optional<FrameStream::Frame> frame = m_stream.takeFrame();
         if (frame && frame->header.kind == FrameKind::eWelcome) {
             m_channelName = frame->payload;
             return true;
@@ -119,9 +74,9 @@ bool PeerConnection::greet(const std::string& channelName, Clock::time_point dea
             cause = "it answers a greeting with something else";
             return false;
         }
-        sendPending();
-        if (await(deadline) != CallStatus::eDone) {
-            cause = m_closeReason;
+        m_stream.sendPending();
+        if (m_stream.await(deadline) != CallStatus::eDone) {
+            cause = m_stream.closeReason();
             return false;
         }
     }
@@ -131,139 +86,156 @@ CallStatus PeerConnection::exchange(std::string_view protocol, std::string_view 
                                     std::string_view payload, Clock::time_point deadline,
                                     std::string& reply) {
     // The rest of a request that timed out half sent has to leave first; a frame cannot be cut.
-    if (const CallStatus status = flush(deadline); status != CallStatus::eDone) {
-        return status;
-    }
-    const std::uint32_t correlation = ++m_lastCorrelation;
-    FrameCodec::append(m_out, FrameKind::eRequest, correlation, protocol, interfaceName, payload);
-    for (;;) {
-        while (const std::optional<Frame> frame = takeFrame()) {
-            if (frame->header.kind == FrameKind::eReply &&
-                frame->header.correlation == correlation) {
-                reply = frame->payload;
-                return CallStatus::eDone;
-            }
-            serve(*frame);
+    CallStatus status = flush(deadline);
+    if (status == CallStatus::eDone) {
+        Wait wait;
+        status = converse(wait, protocol, interfaceName, payload, deadline);
+        if (status == CallStatus::eDone) {
+            reply = std::move(wait.reply);
         }
-        sendPending();
-        if (const CallStatus status = await(deadline); status != CallStatus::eDone) {
+    }
+    updateReadiness();
+    return status;
+}
+
+CallStatus PeerConnection::converse(Wait& wait, std::string_view protocol,
+                                    std::string_view interfaceName, std::string_view payload,
+                                    Clock::time_point deadline) {
+    wait.correlation = ++m_lastCorrelation;
+    const OpenWait open(m_waits, wait);
+    m_stream.append(FrameKind::eRequest, wait.correlation, protocol, interfaceName, payload);
+    m_stream.sendPending();
+    for (;;) {
+        while (!wait.isOver && step()) {
+        }
+        if (wait.isOver) {
+            return CallStatus::eDone;
+        }
+        if (const CallStatus status = m_stream.await(deadline); status != CallStatus::eDone) {
             return status;
         }
+        m_stream.sendPending();
     }
 }
 
 CallStatus PeerConnection::flush(Clock::time_point deadline) {
-    for (;;) {
-        while (const std::optional<Frame> frame = takeFrame()) {
-            serve(*frame);
-        }
-        sendPending();
-        if (m_socket && m_out.empty()) {
-            return CallStatus::eDone;
-        }
-        if (const CallStatus status = await(deadline); status != CallStatus::eDone) {
+    m_stream.sendPending();
+    while (!m_stream.isOpen() || m_stream.hasUnsent()) {
+        if (const CallStatus status = m_stream.await(deadline); status != CallStatus::eDone) {
             return status;
         }
-    }
-}
-
-// Waits until something can be received or sent, and receives what is there.
-CallStatus PeerConnection::await(Clock::time_point deadline) {
-    if (!m_socket) {
-        return CallStatus::eDisconnected;
-    }
-    const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now()).count();
-    if (left <= 0) {
-        return CallStatus::eTimedOut;
-    }
-    pollfd waited{m_socket.get(), static_cast<short>(m_out.empty() ? POLLIN : POLLIN | POLLOUT), 0};
-    const int ready = ::poll(&waited, 1, left > INT32_MAX ? INT32_MAX : static_cast<int>(left));
-    if (ready < 0 && errno != EINTR) {
-        close(std::generic_category().message(errno));
-        return CallStatus::eDisconnected;
-    }
-    if (ready > 0 && (waited.revents & ~POLLOUT) != 0) {
-        receive();
+        while (step()) {
+        }
+        m_stream.sendPending();
     }
     return CallStatus::eDone;
 }
 
-void PeerConnection::sendPending() {
-    while (m_socket && m_sent < m_out.size()) {
-        const ssize_t sent = ::send(m_socket.get(), m_out.data() + m_sent, m_out.size() - m_sent,
-                                    MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (sent >= 0) {
-            m_sent += static_cast<std::size_t>(sent);
-        } else if (errno == EAGAIN) {
-            return;
-        } else if (errno == EPIPE || errno == ECONNRESET) {
-            // The other end is gone, but what it sent before, such as the reason, can still be
-            // read; reading finds the end.
-            break;
-        } else if (errno != EINTR) {
-            close(std::generic_category().message(errno));
-            return;
+CallStatus PeerConnection::serveReady(bool& served) {
+    served = false;
+    m_stream.sendPending();
+    const auto serveAll = [&] {
+        while (step()) {
+            served = true;
         }
+    };
+    serveAll();
+    if (m_stream.isOpen()) {
+        m_stream.receive();
+        serveAll();
     }
-    m_out.clear();
-    m_sent = 0;
+    updateReadiness();
+    return m_stream.isOpen() || served ? CallStatus::eDone : CallStatus::eDisconnected;
 }
 
-void PeerConnection::receive() {
-    m_in.erase(0, m_taken);
-    m_taken = 0;
-    char chunk[kReceiveChunk];  // not cleared first, it is large
-    const ssize_t got = ::recv(m_socket.get(), chunk, sizeof chunk, MSG_DONTWAIT);
-    if (got > 0) {
-        m_in.append(chunk, static_cast<std::size_t>(got));
-    } else if (got == 0 || (errno != EAGAIN && errno != EINTR)) {
-        close("the service closed the connection");
+// Deals with one thing that is here. False when there is nothing.
+bool PeerConnection::step() {
+    if (m_serving == 0 && !m_postponed.empty()) {
+        const Notification next = std::move(m_postponed.front());
+        m_postponed.pop_front();
+        m_postponedBytes -= next.size();
+        serve(next.protocol, next.interfaceName, next.payload);
+        return true;
     }
+    const std::optional<FrameStream::Frame> frame = m_stream.takeFrame();
+    if (frame) {
+        handle(*frame);
+    }
+    return frame.has_value();
 }
 
-// The next whole frame that was received. None: more has to come, or, if the connection is closed
-// now, what came is no frame.
-std::optional<PeerConnection::Frame> PeerConnection::takeFrame() {
-    const std::string_view bytes = std::string_view(m_in).substr(m_taken);
-    Frame frame;
-    switch (FrameCodec::parseHeader(bytes, frame.header)) {
-        case FrameCodec::Verdict::eIncomplete:
-            return std::nullopt;
-        case FrameCodec::Verdict::eNotOurs:
-            close("what answers there is not a vireo service");
-            return std::nullopt;
-        case FrameCodec::Verdict::eWrongVersion:
-            close("the service speaks another version of the protocol");
-            return std::nullopt;
-        case FrameCodec::Verdict::eUnknownKind:
-            close("the service sent a frame of an unknown kind");
-            return std::nullopt;
-        case FrameCodec::Verdict::eHeader:
+void PeerConnection::handle(const FrameStream::Frame& frame) {
+    switch (frame.header.kind) {
+        case FrameKind::eReply:
+            takeReply(frame);
+            break;
+        case FrameKind::eRequest:
+            answer(frame);
+            break;
+        case FrameKind::eNotification:
+            takeNotification(frame);
+            break;
+        case FrameKind::eRefusal:
+            m_stream.close("the service ended the connection: " + std::string(frame.payload));
+            break;
+        case FrameKind::eHello:
+        case FrameKind::eWelcome:
             break;
     }
-    if (frame.header.payloadLength > FrameCodec::kMaximumPayload) {
-        close("the service announced a frame of " + std::to_string(frame.header.payloadLength) +
-              " bytes, more than is allowed");
-        return std::nullopt;
-    }
-    const std::size_t start = FrameCodec::kHeaderSize + frame.header.nameLength();
-    const std::size_t size = start + frame.header.payloadLength;
-    if (bytes.size() < size) {
-        return std::nullopt;
-    }
-    frame.payload = bytes.substr(start, frame.header.payloadLength);
-    m_taken += size;
-    return frame;
 }
 
-// A frame that nobody waits for.
-void PeerConnection::serve(const Frame& frame) {
-    if (frame.header.kind == FrameKind::eRequest) {
-        // Whoever asks gets an answer at once instead of waiting for its deadline.
-        FrameCodec::append(m_out, FrameKind::eReply, frame.header.correlation, {}, {}, {});
-    } else if (frame.header.kind == FrameKind::eRefusal) {
-        close("the service ended the connection: " + std::string(frame.payload));
+// The reply may be that of an outer call, whose wait goes on when this one is over. Nobody waits
+// any more for the reply of a call that timed out.
+void PeerConnection::takeReply(const FrameStream::Frame& frame) {
+    const auto wait = std::find_if(m_waits.begin(), m_waits.end(), [&frame](const Wait* open) {
+        return open->correlation == frame.header.correlation;
+    });
+    if (wait != m_waits.end() && !(*wait)->isOver) {
+        (*wait)->reply = frame.payload;
+        (*wait)->isOver = true;
     }
+}
+
+void PeerConnection::answer(const FrameStream::Frame& frame) {
+    const std::string protocol(frame.protocol);
+    const std::string interfaceName(frame.interfaceName);
+    const std::uint32_t correlation = frame.header.correlation;
+    // Whoever asks too deep gets an empty answer at once instead of waiting for its deadline.
+    const std::string reply = m_serving < kDeepest
+                                  ? serve(protocol, interfaceName, std::string(frame.payload))
+                                  : std::string();
+    m_stream.append(FrameKind::eReply, correlation, protocol, interfaceName, reply);
+    m_stream.sendPending();
+}
+
+// Notifications are served one after the other, never one within another: an observer that makes a
+// call for each would sink deeper with each.
+void PeerConnection::takeNotification(const FrameStream::Frame& frame) {
+    if (m_serving == 0) {
+        serve(std::string(frame.protocol), std::string(frame.interfaceName),
+              std::string(frame.payload));
+        return;
+    }
+    m_postponed.push_back({std::string(frame.protocol), std::string(frame.interfaceName),
+                           std::string(frame.payload)});
+    m_postponedBytes += m_postponed.back().size();
+    if (m_postponedBytes > kMostPostponed) {
+        m_stream.close("too many notifications came while another message was served");
+    }
+}
+
+std::string PeerConnection::serve(std::string_view protocol, std::string_view interfaceName,
+                                  std::string_view payload) {
+    ++m_serving;
+    std::string reply = m_server(protocol, interfaceName, payload);
+    --m_serving;
+    return reply;
+}
+
+void PeerConnection::updateReadiness() {
+    const bool hasWork =
+        !m_stream.isOpen() || m_stream.hasFrame() || (m_serving == 0 && !m_postponed.empty());
+    m_ready.update(m_stream.socket(), m_stream.hasUnsent(), hasWork);
 }
 
 }  // namespace vireo

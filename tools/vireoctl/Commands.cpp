@@ -236,6 +236,7 @@ bool Commands::reportFailure(CallStatus status, ExitCode& code) {
         case CallStatus::eMalformedReply:
         case CallStatus::eTooLarge:
         case CallStatus::eNotCarried:
+        case CallStatus::eNoAgent:
             m_errors << "vireoctl: " << describe(status) << '\n';
             code = ExitCode::eRefused;
             break;

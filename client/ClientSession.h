@@ -1,0 +1,69 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+
+#include "CallStatus.h"
+#include "CallTurn.h"
+#include "messages/FileDescriptor.h"
+
+namespace vireo {
+
+class MgmtAgentIfc;
+class PeerConnection;
+
+/// A connection that many threads use: calls wait for their turn, and what the service sends in
+/// between is served for an agent. Safe from every thread. Private to the library.
+class ClientSession {
+public:
+    struct Settings {
+        std::string socketPath;
+        std::string channelName;
+        std::chrono::milliseconds timeout{};
+        MgmtAgentIfc* agent = nullptr;  ///< not owned, outlives the session; null: serves nothing
+    };
+
+    /// Null on failure; `error` then names the path and the cause.
+    static std::unique_ptr<ClientSession> open(const Settings& settings, std::string& error);
+    ~ClientSession();
+    ClientSession(const ClientSession&) = delete;
+    ClientSession& operator=(const ClientSession&) = delete;
+
+    bool hasAgent() const { return m_agent != nullptr; }
+    const std::string& channelName() const;
+    std::string closeReason() const;
+    void setTimeout(std::chrono::milliseconds timeout);
+    int readyDescriptor() const;
+
+    /// Waits for its turn, then for the reply. `reply` is changed by eDone only.
+    CallStatus call(std::string_view protocol, std::string_view interfaceName,
+                    std::string_view payload, std::string& reply);
+
+    // As `LocalMgmtClient` has them.
+    CallStatus serve(std::chrono::milliseconds timeout);
+    CallStatus serveUntilStopped();
+    bool startServing();
+    void stopServing() noexcept;
+
+private:
+    ClientSession(std::unique_ptr<PeerConnection> connection, const Settings& settings,
+                  FileDescriptor stop);
+
+    CallStatus serveReady(bool& served);
+    bool isStopped() const;
+
+    const std::unique_ptr<PeerConnection> m_connection;
+    MgmtAgentIfc* const m_agent;
+    std::atomic<std::chrono::milliseconds> m_timeout;
+    const FileDescriptor m_stop;  // readable for good once serving has been stopped
+    mutable CallTurn m_turn;      // guards the connection
+    std::mutex m_startMutex;      // guards m_thread
+    std::thread m_thread;
+};
+
+}  // namespace vireo
