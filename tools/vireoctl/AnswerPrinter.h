@@ -11,10 +11,13 @@
 
 namespace vireo {
 
+/// Items with their values, in order.
+using ItemValues = std::vector<std::pair<std::string, std::string>>;
+
 /// What came of reading or writing items.
 struct RecordAnswer {
     bool result = false;
-    std::vector<std::pair<std::string, std::string>> items;  ///< those read or written
+    ItemValues items;  ///< those read or written
     std::vector<RejectionSpec> refusals;
     std::vector<std::string> remarks;  ///< lines for a person about the rest
 };
@@ -34,6 +37,18 @@ public:
     virtual void busyStatus(unsigned mask) = 0;
     virtual void limits(const LocalMgmtClient::FileTypeLimits& limits) = 0;
     virtual void emptyReply() = 0;
+
+    // As it happens: what follows is written out at once.
+
+    /// Items that changed, as one record told.
+    virtual void changed(const ItemValues& items) = 0;
+    /// This process serves the items of a management id.
+    virtual void serving(const std::string& managementId, const std::string& channelName) = 0;
+    /// It was asked for something other than writing, such as "get"; `tags` is of what.
+    virtual void asked(const std::string& what, const std::vector<std::string>& tags) = 0;
+    virtual void askedToWrite(const ItemValues& items) = 0;
+    /// It has announced a change, which made so many messages to observers.
+    virtual void announced(const std::string& tag, const std::string& value, int observers) = 0;
 
 protected:
     std::ostream& m_out;

@@ -5,6 +5,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "CallFailure.h"
 #include "data/ManageableData.h"
 #include "data/XmlText.h"
 
@@ -218,28 +219,15 @@ ExitCode Commands::call(const std::string& methodName, const std::vector<Paramet
 
 // True when there is no answer to print; `code` is set then.
 bool Commands::reportFailure(CallStatus status, ExitCode& code) {
-    switch (status) {
-        case CallStatus::eDone:
-            return false;
-        case CallStatus::eEmptyReply:
-            m_printer.emptyReply();
-            code = ExitCode::eRefused;
-            break;
-        case CallStatus::eTimedOut:
-            m_errors << "vireoctl: no answer within " << m_timeout.count() << " ms\n";
-            code = ExitCode::eNotReached;
-            break;
-        case CallStatus::eDisconnected:
-            m_errors << "vireoctl: " << m_client.closeReason() << '\n';
-            code = ExitCode::eNotReached;
-            break;
-        case CallStatus::eMalformedReply:
-        case CallStatus::eTooLarge:
-        case CallStatus::eNotCarried:
-        case CallStatus::eNoAgent:
-            m_errors << "vireoctl: " << describe(status) << '\n';
-            code = ExitCode::eRefused;
-            break;
+    if (status == CallStatus::eDone) {
+        return false;
+    }
+    const CallFailure failure = CallFailure::of(m_client, status, m_timeout);
+    code = failure.code;
+    if (status == CallStatus::eEmptyReply) {
+        m_printer.emptyReply();
+    } else {
+        m_errors << "vireoctl: " << failure.reason << '\n';
     }
     return true;
 }

@@ -15,6 +15,14 @@ void printMethod(std::ostream& out, const std::string& name, Json parameters) {
     printLine(out, Json{{"method", name}, {"parameters", std::move(parameters)}});
 }
 
+Json objectOf(const ItemValues& items) {
+    Json object = Json::object();
+    for (const auto& [tag, value] : items) {
+        object[tag] = value;
+    }
+    return object;
+}
+
 Json valueOf(const Parameter& parameter) {
     switch (parameter.type) {
         case Parameter::types::eInt:
@@ -34,18 +42,15 @@ void JsonPrinter::record(const RecordAnswer& answer) {
     for (const std::string& remark : answer.remarks) {
         m_errors << remark << '\n';
     }
-    Json items = Json::object();
-    for (const auto& [tag, value] : answer.items) {
-        items[tag] = value;
-    }
     Json refusals = Json::array();
     for (const RejectionSpec& refusal : answer.refusals) {
         refusals.push_back(Json{{"rootId", refusal.rootId()},
                                 {"path", refusal.nodePath()},
                                 {"reason", refusal.reason()}});
     }
-    Json object{
-        {"result", answer.result}, {"items", std::move(items)}, {"refusals", std::move(refusals)}};
+    Json object{{"result", answer.result},
+                {"items", objectOf(answer.items)},
+                {"refusals", std::move(refusals)}};
     if (!answer.remarks.empty()) {
         object["remarks"] = answer.remarks;
     }
@@ -78,6 +83,31 @@ void JsonPrinter::limits(const LocalMgmtClient::FileTypeLimits& limits) {
 
 void JsonPrinter::emptyReply() {
     printLine(m_out, Json{{"method", nullptr}});
+}
+
+void JsonPrinter::changed(const ItemValues& items) {
+    printLine(m_out, Json{{"items", objectOf(items)}});
+    m_out.flush();
+}
+
+void JsonPrinter::serving(const std::string& managementId, const std::string& channelName) {
+    printLine(m_out, Json{{"serving", managementId}, {"channel", channelName}});
+    m_out.flush();
+}
+
+void JsonPrinter::asked(const std::string& what, const std::vector<std::string>& tags) {
+    printLine(m_out, Json{{"asked", what}, {"tags", tags}});
+    m_out.flush();
+}
+
+void JsonPrinter::askedToWrite(const ItemValues& items) {
+    printLine(m_out, Json{{"asked", "set"}, {"items", objectOf(items)}});
+    m_out.flush();
+}
+
+void JsonPrinter::announced(const std::string& tag, const std::string& value, int observers) {
+    printLine(m_out, Json{{"announced", Json::object({{tag, value}})}, {"observers", observers}});
+    m_out.flush();
 }
 
 }  // namespace vireo

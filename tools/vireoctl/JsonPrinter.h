@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "AnswerPrinter.h"
 
@@ -18,6 +19,11 @@ public:
     void busyStatus(unsigned mask) override;
     void limits(const LocalMgmtClient::FileTypeLimits& limits) override;
     void emptyReply() override;
+    void changed(const ItemValues& items) override;
+    void serving(const std::string& managementId, const std::string& channelName) override;
+    void asked(const std::string& what, const std::vector<std::string>& tags) override;
+    void askedToWrite(const ItemValues& items) override;
+    void announced(const std::string& tag, const std::string& value, int observers) override;
 };
 
 }  // namespace vireo

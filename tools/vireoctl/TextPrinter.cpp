@@ -58,4 +58,35 @@ void TextPrinter::emptyReply() {
              << ": it could not serve this request, its log says why\n";
 }
 
+void TextPrinter::changed(const ItemValues& items) {
+    for (const auto& [tag, value] : items) {
+        m_out << tag << " = " << value << '\n';
+    }
+    m_out.flush();
+}
+
+void TextPrinter::serving(const std::string& managementId, const std::string& channelName) {
+    m_out << "serving " << managementId << " as " << channelName << std::endl;
+}
+
+void TextPrinter::asked(const std::string& what, const std::vector<std::string>& tags) {
+    m_out << what;
+    for (const std::string& tag : tags) {
+        m_out << ' ' << tag;
+    }
+    m_out << std::endl;
+}
+
+void TextPrinter::askedToWrite(const ItemValues& items) {
+    for (const auto& [tag, value] : items) {
+        m_out << "set " << tag << " = " << value << '\n';
+    }
+    m_out.flush();
+}
+
+void TextPrinter::announced(const std::string& tag, const std::string& value, int observers) {
+    m_out << "announced " << tag << " = " << value << " (messages to observers: " << observers
+          << ')' << std::endl;
+}
+
 }  // namespace vireo

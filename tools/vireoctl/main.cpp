@@ -18,6 +18,7 @@
 #include "JsonPrinter.h"
 #include "LocalMgmtClient.h"
 #include "ParameterArgument.h"
+#include "ServingLine.h"
 #include "TextPrinter.h"
 
 namespace vireo {
@@ -35,7 +36,7 @@ using Binder = std::optional<Command> (*)(const CommandLine& line, std::string& 
 
 struct CommandLine {
     std::string socketPath = "/run/vireo/vireo.sock";
-    std::string channelName = "vireoctl-*";
+    std::string channelName;  // empty: as the command has it
     std::string protocol = "rpc";
     bool json = false;
     int timeout = 5000;
@@ -44,6 +45,7 @@ struct CommandLine {
     std::string number;
     std::vector<std::string> arguments;  // of the command
     Binder bind = nullptr;
+    ServingLine serving;  // instead of it, for the commands that go on
 };
 
 std::optional<Command> bindGet(const CommandLine& line, std::string& /*error*/) {
@@ -117,10 +119,10 @@ void declareOptions(CLI::App& app, CommandLine& line) {
         ->type_name("PATH")
         ->capture_default_str();
     app.add_option("--channel", line.channelName,
-                   "The name to connect as; a last \"-*\" takes the lowest free number")
+                   "The name to connect as; a last \"-*\" takes the lowest free number "
+                   "[vireoctl-*; of watch and agent: watch-*, agent-*]")
         ->check(checkChannelName)
-        ->type_name("NAME")
-        ->capture_default_str();
+        ->type_name("NAME");
     app.add_option("--protocol", line.protocol, "How requests are encoded")
         ->check(CLI::IsMember({"rpc", "xml"}))
         ->capture_default_str();
@@ -178,13 +180,18 @@ void declareCommands(CLI::App& app, CommandLine& line) {
         ->type_name("NAME:TYPE=VALUE");
 }
 
-ExitCode runCommand(const CommandLine& line, const Command& command) {
+LocalMgmtClient::Options connectionOf(const CommandLine& line, const std::string& channelName) {
     LocalMgmtClient::Options options;
     options.socketPath = line.socketPath;
-    options.channelName = line.channelName;
+    options.channelName = line.channelName.empty() ? channelName : line.channelName;
     options.timeout = std::chrono::milliseconds(line.timeout);
     options.protocol =
         line.protocol == "xml" ? LocalMgmtClient::Protocol::eXml : LocalMgmtClient::Protocol::eRpc;
+    return options;
+}
+
+ExitCode ask(const CommandLine& line, const Command& command, AnswerPrinter& printer) {
+    const LocalMgmtClient::Options options = connectionOf(line, "vireoctl-*");
     std::string error;
     const std::unique_ptr<LocalMgmtClient> client = LocalMgmtClient::connect(options, error);
     if (!client) {
@@ -193,11 +200,29 @@ ExitCode runCommand(const CommandLine& line, const Command& command) {
                   << (isReached ? "\n" : "; --socket or VIREO_SOCKET names another path\n");
         return ExitCode::eNotReached;
     }
+    Commands commands(*client, printer, std::cerr, options.timeout);
+    return command(commands);
+}
+
+ExitCode runCommand(const CommandLine& line, const std::string& name) {
+    std::string error;
+    std::optional<Command> command;
+    std::optional<ServingLine::Command> serving;
+    if (line.serving.isChosen()) {
+        serving = line.serving.bind(error);
+    } else {
+        command = line.bind(line, error);
+    }
+    if (!command && !serving) {
+        std::cerr << "vireoctl " << name << ": " << error << '\n';
+        return ExitCode::eUsage;
+    }
     TextPrinter text(std::cout, std::cerr);
     JsonPrinter json(std::cout, std::cerr);
     AnswerPrinter& printer = line.json ? static_cast<AnswerPrinter&>(json) : text;
-    Commands commands(*client, printer, std::cerr, options.timeout);
-    ExitCode code = command(commands);
+    ExitCode code = command ? ask(line, *command, printer)
+                            : (*serving)(connectionOf(line, line.serving.channelName()), printer,
+                                         std::cout, std::cerr);
     if (!std::cout.flush()) {
         std::cerr << "vireoctl: the answer cannot be written out\n";
         code = code == ExitCode::eDone ? ExitCode::eRefused : code;
@@ -245,19 +270,13 @@ ExitCode run(int argc, char** argv) {
         "answer in time.");
     declareOptions(app, line);
     declareCommands(app, line);
+    line.serving.declare(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& stop) {
         return reportStop(app, stop);
     }
-    const std::string name = app.get_subcommands().front()->get_name();
-    std::string error;
-    const std::optional<Command> command = line.bind(line, error);
-    if (!command) {
-        std::cerr << "vireoctl " << name << ": " << error << '\n';
-        return ExitCode::eUsage;
-    }
-    return runCommand(line, *command);
+    return runCommand(line, app.get_subcommands().front()->get_name());
 }
 
 }  // namespace

@@ -1,0 +1,153 @@
+#include "Watch.h"
+
+#include <poll.h>
+
+#include <algorithm>
+
+#include "CallFailure.h"
+#include "StopSignal.h"
+#include "data/ManageableData.h"
+
+namespace vireo {
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+constexpr milliseconds kLongestWait = std::chrono::hours(24);
+
+}  // namespace
+
+ExitCode Watch::run(LocalMgmtClient::Options connection, const StopSignal& stop) {
+    connection.agent = this;
+    m_timeout = connection.timeout;
+    std::string error;
+    const auto client = LocalMgmtClient::connect(connection, error);
+    if (!client) {
+        m_errors << "vireoctl: " << error << '\n';
+        return ExitCode::eNotReached;
+    }
+    if (observeAll(*client)) {
+        m_errors << "vireoctl: watching as " << client->channelName() << std::endl;
+        m_code = watch(*client, stop);
+    }
+    stopObserving(*client);
+    return m_code;
+}
+
+// What an earlier process of this channel name observed and did not stop is given up first, or each
+// change would be told twice.
+bool Watch::observeAll(LocalMgmtClient& client) {
+    bool result = false;
+    m_isWatching = true;
+    for (const std::string& tag : m_options.tags) {
+        if (const CallStatus status = client.stopObservingData(tag, result);
+            status != CallStatus::eDone) {
+            fail(client, status);
+            return false;
+        }
+    }
+    for (const std::string& tag : m_options.tags) {
+        if (const CallStatus status = client.observeData(tag, m_options.bulk, result);
+            status != CallStatus::eDone) {
+            fail(client, status);
+            return false;
+        }
+        if (result) {
+            m_observed.push_back(tag);
+        } else {
+            m_errors << tag << ": cannot be observed (no such item)\n";
+            m_code = ExitCode::eRefused;
+        }
+    }
+    return m_code == ExitCode::eDone;
+}
+
+ExitCode Watch::watch(LocalMgmtClient& client, const StopSignal& stop) {
+    const Clock::time_point end = Clock::now() + m_options.span.value_or(milliseconds::zero());
+    while (!isDone()) {
+        milliseconds left = kLongestWait;
+        if (m_options.span) {
+            left = std::min(left, std::chrono::ceil<milliseconds>(end - Clock::now()));
+        }
+        pollfd waited[] = {{client.pollDescriptor(), POLLIN, 0}, {stop.descriptor(), POLLIN, 0}};
+        if (left <= milliseconds::zero() ||
+            (::poll(waited, 2, static_cast<int>(left.count())) > 0 && waited[1].revents != 0)) {
+            break;
+        }
+        if (client.serve(milliseconds::zero()) == CallStatus::eDisconnected) {
+            fail(client, CallStatus::eDisconnected);
+            break;
+        }
+    }
+    m_isWatching = false;
+    return m_code;
+}
+
+bool Watch::isDone() const {
+    return !m_out || (m_options.count && m_told >= *m_options.count);
+}
+
+void Watch::fail(const LocalMgmtClient& client, CallStatus status) {
+    const CallFailure failure = CallFailure::of(client, status, m_timeout);
+    m_errors << "vireoctl: " << failure.reason << '\n';
+    m_code = failure.code;
+}
+
+void Watch::stopObserving(LocalMgmtClient& client) {
+    m_isWatching = false;
+    for (const std::string& tag : m_observed) {
+        bool stopped = false;
+        if (client.stopObservingData(tag, stopped) != CallStatus::eDone ||
+            (!stopped && !stopMembers(client, tag))) {
+            return;  // a service that does not answer one does not answer the next
+        }
+    }
+}
+
+// A collection is observed as a whole, but given up item by item.
+bool Watch::stopMembers(LocalMgmtClient& client, const std::string& collection) {
+    ManageableData record;
+    record.addRootId(collection, nullptr);
+    bool result = false;
+    if (client.getData(record, result) != CallStatus::eDone) {
+        return false;
+    }
+    for (const DxlDocumentPointer& member : record.documents()) {
+        if (client.stopObservingData(member->getName(), result) != CallStatus::eDone) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool Watch::manageableDataChanged(ManageableData& record) {
+    if (!m_isWatching || isDone()) {
+        return true;
+    }
+    ItemValues items;
+    for (const std::string& tag : record.rootIds()) {
+        std::string value;
+        if (record.interogate(tag, tag, value)) {
+            items.emplace_back(tag, std::move(value));
+        }
+    }
+    m_printer.changed(items);
+    ++m_told;
+    return true;
+}
+
+// An observer owns nothing.
+bool Watch::setData(ManageableData& /*record*/) {
+    return false;
+}
+
+bool Watch::getData(ManageableData& /*record*/) {
+    return false;
+}
+
+bool Watch::resetUserData() {
+    return true;
+}
+
+}  // namespace vireo

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "AnswerPrinter.h"
+#include "ExitCode.h"
+#include "LocalMgmtClient.h"
+#include "MgmtAgentIfc.h"
+
+namespace vireo {
+
+class StopSignal;
+
+/// The command that observes items and prints their changes as they happen.
+class Watch : private MgmtAgentIfc {
+public:
+    struct Options {
+        std::vector<std::string> tags;  ///< "all-data" for all items
+        bool bulk = false;
+        std::optional<unsigned> count;                  ///< ends after so many records
+        std::optional<std::chrono::milliseconds> span;  ///< ends after so long
+    };
+
+    /// Nothing but the options is kept; all outlives this. `out` is what `printer` writes to.
+    Watch(Options options, AnswerPrinter& printer, const std::ostream& out, std::ostream& errors)
+        : m_options(std::move(options)), m_printer(printer), m_out(out), m_errors(errors) {}
+
+    /// Connects, observes until it is to end, and stops observing.
+    ExitCode run(LocalMgmtClient::Options connection, const StopSignal& stop);
+
+private:
+    bool setData(ManageableData& record) override;
+    bool getData(ManageableData& record) override;
+    bool manageableDataChanged(ManageableData& record) override;
+    bool resetUserData() override;
+
+    bool observeAll(LocalMgmtClient& client);
+    ExitCode watch(LocalMgmtClient& client, const StopSignal& stop);
+    void stopObserving(LocalMgmtClient& client);
+    bool stopMembers(LocalMgmtClient& client, const std::string& collection);
+    bool isDone() const;
+    void fail(const LocalMgmtClient& client, CallStatus status);
+
+    const Options m_options;
+    AnswerPrinter& m_printer;
+    const std::ostream& m_out;
+    std::ostream& m_errors;
+    std::chrono::milliseconds m_timeout{};
+    std::vector<std::string> m_observed;
+    unsigned m_told = 0;
+    bool m_isWatching = false;
+    ExitCode m_code = ExitCode::eDone;
+};
+
+}  // namespace vireo
