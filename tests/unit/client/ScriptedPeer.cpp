@@ -44,6 +44,12 @@ std::string frame(FrameKind kind, std::uint32_t correlation, std::string_view pa
     return bytes;
 }
 
+std::string agentFrame(FrameKind kind, std::uint32_t correlation, std::string_view payload) {
+    std::string bytes;
+    FrameCodec::append(bytes, kind, correlation, "vireo_text", "MgmtAgentIfc", payload);
+    return bytes;
+}
+
 PeerStream::PeerStream(FileDescriptor socket) : m_socket(std::move(socket)) {
     const timeval patience{kPatienceSeconds, 0};
     ::setsockopt(m_socket.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
@@ -100,6 +106,21 @@ void PeerStream::sendBytesOneByOne(std::string_view bytes) {
 
 void PeerStream::send(FrameKind kind, std::uint32_t correlation, std::string_view payload) {
     sendBytes(frame(kind, correlation, payload));
+}
+
+void PeerStream::sendToAgent(FrameKind kind, std::uint32_t correlation, std::string_view payload) {
+    sendBytes(agentFrame(kind, correlation, payload));
+}
+
+std::string PeerStream::askAgent(std::uint32_t correlation, std::string_view payload) {
+    sendToAgent(FrameKind::eRequest, correlation, payload);
+    const auto answer = read();
+    if (!answer || answer->header.kind != FrameKind::eReply ||
+        answer->header.correlation != correlation) {
+        ADD_FAILURE() << "no answer of the agent to " << payload;
+        return {};
+    }
+    return answer->payload;
 }
 
 void PeerStream::welcome(std::string_view channelName) {

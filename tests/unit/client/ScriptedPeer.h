@@ -29,6 +29,8 @@ public:
     /// The next frame; none at the end of the stream, or when none comes for ten seconds.
     std::optional<Received> read();
     void send(FrameKind kind, std::uint32_t correlation, std::string_view payload);
+    /// The same for the agent of the other end.
+    void sendToAgent(FrameKind kind, std::uint32_t correlation, std::string_view payload);
     void sendBytes(std::string_view bytes);
     /// Each byte leaves only after the other end has read the one before.
     void sendBytesOneByOne(std::string_view bytes);
@@ -39,6 +41,8 @@ public:
     /// Takes the next request and answers it.
     void reply(std::string_view payload);
     void reply(const Method& method);
+    /// Asks the agent, and expects its answer next.
+    std::string askAgent(std::uint32_t correlation, std::string_view payload);
 
 private:
     std::optional<std::string> readExactly(std::size_t size);
@@ -70,5 +74,7 @@ private:
 FileDescriptor listenAt(const std::string& path);
 std::string encoded(const Method& method);
 std::string frame(FrameKind kind, std::uint32_t correlation, std::string_view payload);
+/// One for an agent.
+std::string agentFrame(FrameKind kind, std::uint32_t correlation, std::string_view payload);
 
 }  // namespace vireo
