@@ -75,6 +75,7 @@ bool PeerCalls::call(const PeerAddress& to, std::string_view payload, millisecon
     const ConnectionPointer connection = reach(to, payload);
     AwaitedReplies::Call call;
     if (!connection) {
+        logLine(kLogWarning, __LINE__, "is asked, but it is not there", to.channel);
         return false;
     }
     if (!connection->awaited().begin(call)) {
