@@ -17,7 +17,7 @@ class VIREO_API LocalMgmtIfc {
 public:
     /// The kinds of files that the phone receives. Values of 19 and above, and negative ones, come
     /// from outside: every function takes them for unsupported.
-    enum eFiletype {
+    enum eFiletype : int {
         FILETYPE_INVALID = 0,
         FILETYPE_SOFTWARE = 1,
         FILETYPE_MUSIC_ON_HOLD = 2,
