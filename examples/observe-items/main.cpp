@@ -22,7 +22,9 @@ class Printer : public MgmtAgentIfc {
     bool resetUserData() override { return true; }
 };
 
-static LocalMgmtClient* running = nullptr;
+namespace {
+LocalMgmtClient* g_running = nullptr;  // for the signal handler
+}
 
 int main(int argc, char** argv) {
     Printer printer;
@@ -42,8 +44,8 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "%s cannot be observed\n", argv[i]);
         }
     }
-    running = client.get();
-    std::signal(SIGINT, [](int) { running->stopServing(); });
+    g_running = client.get();
+    std::signal(SIGINT, [](int) { g_running->stopServing(); });
     const bool isStopped = client->serveUntilStopped() == CallStatus::eDone;
     for (int i = 2; i < argc; ++i) {
         bool stopped = false;

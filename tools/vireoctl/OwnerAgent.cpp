@@ -58,7 +58,7 @@ bool OwnerAgent::registerAsOwner() {
         m_errors << "vireoctl: warning: " << m_options.managementId
                  << " has an owner already. If that was an earlier process of the name "
                  << m_client->channelName()
-                 << ", its registration reaches this one; if not, nothing will." << std::endl;
+                 << ", its registration reaches this one; if not, nothing will." << '\n';
     }
     m_printer.serving(m_options.managementId, m_client->channelName());
     return true;
@@ -113,9 +113,9 @@ void OwnerAgent::announce(const std::string& line) {
     const auto assignment = Assignment::parse(line, error);
     ManageableData record;
     if (!assignment) {
-        m_errors << "vireoctl: " << error << std::endl;
+        m_errors << "vireoctl: " << error << '\n';
     } else if (!m_values.change(*assignment, record)) {
-        m_errors << "vireoctl: " << assignment->tag << " cannot have this value" << std::endl;
+        m_errors << "vireoctl: " << assignment->tag << " cannot have this value" << '\n';
     } else {
         int observers = 0;
         const CallStatus status = m_client->manageableDataChanged(record, observers);
@@ -123,7 +123,7 @@ void OwnerAgent::announce(const std::string& line) {
             m_printer.announced(assignment->tag, assignment->value, observers);
         } else {
             m_errors << "vireoctl: not announced: "
-                     << CallFailure::of(*m_client, status, m_timeout).reason << std::endl;
+                     << CallFailure::of(*m_client, status, m_timeout).reason << '\n';
         }
     }
 }

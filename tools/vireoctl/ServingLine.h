@@ -1,5 +1,6 @@
 #pragma once
 
+#include <CLI/CLI.hpp>
 #include <functional>
 #include <optional>
 #include <ostream>
@@ -9,10 +10,6 @@
 #include "AnswerPrinter.h"
 #include "ExitCode.h"
 #include "LocalMgmtClient.h"
-
-namespace CLI {
-class App;
-}
 
 namespace vireo {
 

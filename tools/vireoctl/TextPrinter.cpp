@@ -66,7 +66,8 @@ void TextPrinter::changed(const ItemValues& items) {
 }
 
 void TextPrinter::serving(const std::string& managementId, const std::string& channelName) {
-    m_out << "serving " << managementId << " as " << channelName << std::endl;
+    m_out << "serving " << managementId << " as " << channelName << '\n';
+    m_out.flush();
 }
 
 void TextPrinter::asked(const std::string& what, const std::vector<std::string>& tags) {
@@ -74,7 +75,8 @@ void TextPrinter::asked(const std::string& what, const std::vector<std::string>&
     for (const std::string& tag : tags) {
         m_out << ' ' << tag;
     }
-    m_out << std::endl;
+    m_out << '\n';
+    m_out.flush();
 }
 
 void TextPrinter::askedToWrite(const ItemValues& items) {
@@ -86,7 +88,8 @@ void TextPrinter::askedToWrite(const ItemValues& items) {
 
 void TextPrinter::announced(const std::string& tag, const std::string& value, int observers) {
     m_out << "announced " << tag << " = " << value << " (messages to observers: " << observers
-          << ')' << std::endl;
+          << ")\n";
+    m_out.flush();
 }
 
 }  // namespace vireo

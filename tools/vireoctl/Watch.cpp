@@ -28,7 +28,7 @@ ExitCode Watch::run(LocalMgmtClient::Options connection, const StopSignal& stop)
         return ExitCode::eNotReached;
     }
     if (observeAll(*client)) {
-        m_errors << "vireoctl: watching as " << client->channelName() << std::endl;
+        m_errors << "vireoctl: watching as " << client->channelName() << '\n';
         m_code = watch(*client, stop);
     }
     stopObserving(*client);
