@@ -67,8 +67,7 @@ private:
     }
 
     void count(FrameFinding found, const Frame& frame) {
-        const bool isWhole =
-            found == FrameFinding::eFrame || found == FrameFinding::eOversized;
+        const bool isWhole = found == FrameFinding::eFrame || found == FrameFinding::eOversized;
         if (isWhole && frame.header.kind == FrameKind::eRequest &&
             !m_connection->channel().empty()) {
             ++m_requests;
