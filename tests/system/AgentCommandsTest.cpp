@@ -45,7 +45,8 @@ TEST(AgentCommands, AnOwnerAnswersRefusesEndsAndComesBackWhileAWatcherIsTold) {
 
     first.kill(SIGTERM);
     EXPECT_EQ(first.finish().exitCode, 0);
-    EXPECT_EQ(phone.ctl({"get", "vlan-id"}).err, "vlan-id: no value (its owner failed)\n");
+    EXPECT_EQ(phone.ctl({"get", "vlan-id"}).err,
+              "vlan-id: no value (it could not be read; the log of the service says why)\n");
     ChildProcess second(owner);
     EXPECT_EQ(nextLine(second), "serving NetworkMgmtId as agent-1");
     EXPECT_EQ(phone.ctl({"get", "vlan-id"}).out, "vlan-id = none\n") << "nothing is kept for it";
