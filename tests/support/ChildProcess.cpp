@@ -38,6 +38,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command) {
     }
     m_pid = ::fork();
     if (m_pid == 0) {
+        ::dup2(::open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
         ::dup2(out[1], STDOUT_FILENO);
         ::dup2(err[1], STDERR_FILENO);
         ::execvp(arguments[0], arguments.data());
@@ -66,10 +67,10 @@ void ChildProcess::closePipes() {
     }
 }
 
-bool ChildProcess::readLine(std::string& line) {
+bool ChildProcess::readLine(int descriptor, std::string& line) {
     line.clear();
     char c = 0;
-    while (m_out >= 0 && ::read(m_out, &c, 1) == 1) {
+    while (descriptor >= 0 && ::read(descriptor, &c, 1) == 1) {
         if (c == '\n') {
             return true;
         }

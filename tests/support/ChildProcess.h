@@ -14,7 +14,7 @@ struct Outcome {
     std::string err;
 };
 
-/// A child process with its standard output and standard error in pipes.
+/// A child process that reads nothing, with its standard output and standard error in pipes.
 class ChildProcess {
 public:
     explicit ChildProcess(const std::vector<std::string>& command);
@@ -25,7 +25,9 @@ public:
 
     pid_t pid() const { return m_pid; }
     /// Reads standard output up to and including the next line end; false at its end.
-    bool readLine(std::string& line);
+    bool readLine(std::string& line) const { return readLine(m_out, line); }
+    /// The same of standard error.
+    bool readErrorLine(std::string& line) const { return readLine(m_err, line); }
     void kill(int signal) const;
     /// Takes the rest of both outputs and waits for the end.
     Outcome finish();
@@ -34,6 +36,7 @@ public:
     static Outcome run(const std::vector<std::string>& command);
 
 private:
+    static bool readLine(int descriptor, std::string& line);
     void closePipes();
 
     pid_t m_pid = -1;

@@ -41,8 +41,7 @@ bool Watch::observeAll(LocalMgmtClient& client) {
     bool result = false;
     m_isWatching = true;
     for (const std::string& tag : m_options.tags) {
-        if (const CallStatus status = client.stopObservingData(tag, result);
-            status != CallStatus::eDone) {
+        if (const CallStatus status = giveUp(client, tag); status != CallStatus::eDone) {
             fail(client, status);
             return false;
         }
@@ -97,28 +96,28 @@ void Watch::fail(const LocalMgmtClient& client, CallStatus status) {
 void Watch::stopObserving(LocalMgmtClient& client) {
     m_isWatching = false;
     for (const std::string& tag : m_observed) {
-        bool stopped = false;
-        if (client.stopObservingData(tag, stopped) != CallStatus::eDone ||
-            (!stopped && !stopMembers(client, tag))) {
+        if (giveUp(client, tag) != CallStatus::eDone) {
             return;  // a service that does not answer one does not answer the next
         }
     }
 }
 
 // A collection is observed as a whole, but given up item by item.
-bool Watch::stopMembers(LocalMgmtClient& client, const std::string& collection) {
-    ManageableData record;
-    record.addRootId(collection, nullptr);
+CallStatus Watch::giveUp(LocalMgmtClient& client, const std::string& tag) {
     bool result = false;
-    if (client.getData(record, result) != CallStatus::eDone) {
-        return false;
+    CallStatus status = client.stopObservingData(tag, result);
+    if (status != CallStatus::eDone || result) {
+        return status;
     }
+    ManageableData record;
+    record.addRootId(tag, nullptr);
+    status = client.getData(record, result);
     for (const DxlDocumentPointer& member : record.documents()) {
-        if (client.stopObservingData(member->getName(), result) != CallStatus::eDone) {
-            return false;
+        if (status == CallStatus::eDone) {
+            status = client.stopObservingData(member->getName(), result);
         }
     }
-    return true;
+    return status;
 }
 
 bool Watch::manageableDataChanged(ManageableData& record) {

@@ -41,7 +41,7 @@ private:
     bool observeAll(LocalMgmtClient& client);
     ExitCode watch(LocalMgmtClient& client, const StopSignal& stop);
     void stopObserving(LocalMgmtClient& client);
-    bool stopMembers(LocalMgmtClient& client, const std::string& collection);
+    static CallStatus giveUp(LocalMgmtClient& client, const std::string& tag);
     bool isDone() const;
     void fail(const LocalMgmtClient& client, CallStatus status);
 

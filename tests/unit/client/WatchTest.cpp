@@ -27,6 +27,16 @@ void answer(PeerStream& stream, const std::string& method, const std::string& ta
     stream.send(FrameKind::eReply, request->header.correlation, encoded(reply));
 }
 
+// What a collection has for members.
+constexpr const char* kMember = "<record><document name=\"m\" schema=\"m\">1</document></record>";
+
+void answerRead(PeerStream& stream, const char* record) {
+    Method reply("getData", Method::eResponse);
+    reply.addBoolParameter("result", Parameter::eOut, true);
+    reply.addStringParameter("manageableData", Parameter::eOut, record);
+    stream.reply(reply);
+}
+
 void tell(PeerStream& stream, const std::vector<std::pair<std::string, std::string>>& items) {
     ManageableData record;
     for (const auto& [tag, value] : items) {
@@ -100,6 +110,7 @@ TEST(Watch, PrintsWhatItIsToldAndStopsObservingAtTheEnd) {
                [](PeerStream& stream) {
                    answer(stream, "stopObservingData", "a", true);
                    answer(stream, "stopObservingData", "b", false);
+                   answerRead(stream, "<record></record>");
                    answer(stream, "observeDataBulkData", "a", true);
                    answer(stream, "observeDataBulkData", "b", false);
                    answer(stream, "stopObservingData", "a", true);
@@ -110,14 +121,11 @@ TEST(Watch, PrintsWhatItIsToldAndStopsObservingAtTheEnd) {
                {{"c"}, true, {}, milliseconds(1)},
                [](PeerStream& stream) {
                    answer(stream, "stopObservingData", "c", false);
+                   answerRead(stream, kMember);
+                   answer(stream, "stopObservingData", "m", true);
                    answer(stream, "observeDataBulkData", "c", true);
                    answer(stream, "stopObservingData", "c", false);
-                   Method members("getData", Method::eResponse);
-                   members.addBoolParameter("result", Parameter::eOut, true);
-                   members.addStringParameter(
-                       "manageableData", Parameter::eOut,
-                       "<record><document name=\"m\" schema=\"m\">1</document></record>");
-                   stream.reply(members);
+                   answerRead(stream, kMember);
                    answer(stream, "stopObservingData", "m", true);
                },
                ExitCode::eDone,

@@ -1,0 +1,70 @@
+#include "support/ItemCalls.h"
+
+#include <gtest/gtest.h>
+
+namespace vireo::test {
+namespace {
+
+ItemAnswer answerOf(CallStatus status, bool result, ManageableData record) {
+    EXPECT_EQ(status, CallStatus::eDone) << describe(status);
+    ItemAnswer answer;
+    answer.result = result;
+    answer.items = itemsOf(record);
+    for (const RejectionSpec& refusal : record.rejections()) {
+        answer.refusals.push_back(refusal.rootId() + ": " + refusal.reason());
+    }
+    answer.record = std::move(record);
+    return answer;
+}
+
+}  // namespace
+
+std::string ItemAnswer::value(const std::string& tag) const {
+    std::string text;
+    return record.interogate(tag, tag, text) ? text : "none";
+}
+
+Words itemsOf(const ManageableData& record) {
+    Words items;
+    for (const std::string& tag : record.rootIds()) {
+        std::string value;
+        items.push_back(record.interogate(tag, tag, value) ? tag + '=' + value : tag);
+    }
+    return items;
+}
+
+ManageableData recordOf(const Words& assignments) {
+    ManageableData record;
+    for (const std::string& each : assignments) {
+        const std::size_t equals = each.find('=');
+        record.populate(each.substr(0, equals), each.substr(equals + 1));
+    }
+    return record;
+}
+
+ItemAnswer readItems(LocalMgmtClient& client, const Words& tags) {
+    ManageableData record;
+    for (const std::string& tag : tags) {
+        record.addRootId(tag, nullptr);
+    }
+    bool result = false;
+    const CallStatus status = client.getData(record, result);
+    return answerOf(status, result, std::move(record));
+}
+
+ItemAnswer writeItems(LocalMgmtClient& client, const Words& assignments) {
+    ManageableData record = recordOf(assignments);
+    bool result = false;
+    const CallStatus status = client.setData(record, result);
+    return answerOf(status, result, std::move(record));
+}
+
+int announceItems(LocalMgmtClient& client, const Words& assignments) {
+    ManageableData record = recordOf(assignments);
+    int observers = -1;
+    EXPECT_EQ(client.manageableDataChanged(record, observers), CallStatus::eDone);
+    EXPECT_TRUE(record.rejections().empty());
+    return observers;
+}
+
+}  // namespace vireo::test

@@ -1,0 +1,193 @@
+#include <chrono>
+#include <future>
+
+#include "StormPeer.h"
+#include "support/AgentPeer.h"
+
+namespace vireo::test {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+/// A phone with an owner that does not answer.
+class OwnerFaults : public ::testing::Test {
+protected:
+    void start(milliseconds answerTimeout) {
+        phone.start({"--answer-timeout-ms", std::to_string(answerTimeout.count()),
+                     "--log-flush-seconds", "1"});
+        client = phone.connect();
+        client->setTimeout(std::chrono::seconds(100));
+    }
+
+    void startHanging() {
+        hanging = std::make_unique<ChildProcess>(Words{VIREOCTL, "--socket", phone.socket(),
+                                                       "--channel", "hanging", "agent",
+                                                       "NetworkMgmtId", "--bulk", "--hang"});
+        expectAsked("serving NetworkMgmtId as hanging");
+    }
+    void expectAsked(const char* expected) const {
+        std::string line;
+        EXPECT_TRUE(hanging->readLine(line));
+        EXPECT_EQ(line, expected);
+    }
+
+    RunningPhone phone{RunningPhone::Prepared{}};
+    std::unique_ptr<LocalMgmtClient> client;
+    std::unique_ptr<ChildProcess> hanging;
+};
+
+TEST_F(OwnerFaults, AReadGoesOnWithoutAHangingOwnerAfterOneTimeout) {
+    constexpr milliseconds kTimeout{1500};
+    start(kTimeout);
+    startHanging();
+    AgentPeer bulk(phone, "bulk");
+    AgentPeer single(phone, "single");
+    ASSERT_TRUE(bulk.own("TelephonyMgmtId", true));
+    ASSERT_TRUE(single.own("MediaMgmtId", false));
+    const Words tags{"host-name", "handset-volume", "dns-domain", "call-waiting"};
+    auto start = steady_clock::now();
+    const ItemAnswer answer = readItems(*client, tags);
+    const auto taken = steady_clock::now() - start;
+    EXPECT_FALSE(answer.result);
+    EXPECT_EQ(answer.items, (Words{"host-name", "handset-volume=handset-volume of single",
+                                   "dns-domain", "call-waiting=call-waiting of bulk"}));
+    expectAsked("get host-name dns-domain");
+    EXPECT_GE(taken, kTimeout);
+    EXPECT_LT(taken, 2 * kTimeout);
+    EXPECT_TRUE(readItems(*client, {"language"}).result);
+
+    start = steady_clock::now();
+    EXPECT_EQ(readItems(*client, tags).items, answer.items);
+    EXPECT_LT(steady_clock::now() - start, kTimeout) << "it is not waited for a second time";
+}
+
+TEST_F(OwnerFaults, ABatchThatIsSwallowedIsRefusedAndNobodyHearsOfIt) {
+    start(milliseconds(300));
+    startHanging();
+    AgentPeer observer(phone, "observer");
+    ASSERT_TRUE(observer.observe("all-data"));
+    const Words assignments{"host-name=desk", "language=de", "dns-domain=home"};
+    const Words refusals{"host-name: unknown", "dns-domain: unknown"};
+    ItemAnswer answer = writeItems(*client, assignments);
+    EXPECT_FALSE(answer.result);
+    EXPECT_EQ(answer.refusals, refusals);
+    expectAsked("set host-name = desk");
+    expectAsked("set dns-domain = home");
+    EXPECT_EQ(observer.takeTranscript(), Words{"told language=de"});
+
+    // What was locked for the write is free again, and an owner that is gone is no different.
+    ASSERT_TRUE(observer.observe("country"));
+    hanging->kill(SIGKILL);
+    hanging->finish();
+    answer = writeItems(*client, {"host-name=desk", "country=AT", "dns-domain=home"});
+    EXPECT_FALSE(answer.result);
+    EXPECT_EQ(answer.refusals, refusals);
+    EXPECT_EQ(observer.takeTranscript(), (Words{"told country=AT", "told country=AT"}));
+}
+
+TEST_F(OwnerFaults, TheWaitForAnOwnerEndsWhenItIsKilled) {
+    start(milliseconds(60000));
+    startHanging();
+    const auto expectEndsAtOnce = [&](std::future<ItemAnswer> call, const Words& asked) {
+        for (const std::string& line : asked) {
+            expectAsked(line.c_str());
+        }
+        const auto start = steady_clock::now();
+        hanging->kill(SIGKILL);
+        EXPECT_FALSE(call.get().result);
+        EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(1));
+        hanging->finish();
+    };
+    expectEndsAtOnce(
+        std::async(std::launch::async, readItems, std::ref(*client), Words{"host-name"}),
+        {"get host-name"});
+    startHanging();
+    expectEndsAtOnce(std::async(std::launch::async, writeItems, std::ref(*client),
+                                Words{"host-name=a", "dns-domain=b"}),
+                     {"set host-name = a", "set dns-domain = b"});
+    EXPECT_TRUE(readItems(*client, {"language"}).result);
+}
+
+/// An owner that answers with any bytes.
+class OddOwner : public StormPeer {
+public:
+    OddOwner(const RunningPhone& phone, const char* managementId) : StormPeer(phone) {
+        Method reply;
+        const std::string text = send(rpcText(methodWith(
+            "registerManagementIdentity", "managementId", Parameter::eIn, managementId)));
+        EXPECT_TRUE(RpcAdapter::decodeText(text, reply) &&
+                    reply.getBoolParameter("result", Parameter::eOut));
+    }
+
+    /// The next request of the service.
+    ReceivedFrame takeRequest() {
+        const auto request = read();
+        EXPECT_TRUE(request && request->kind == FrameKind::eRequest);
+        return request.value_or(ReceivedFrame{});
+    }
+    bool answer(const ReceivedFrame& request, const std::string& payload) {
+        return write(FramePeer::frame(FrameKind::eReply, request.correlation, payload,
+                                      request.protocol, request.interfaceName));
+    }
+};
+
+TEST_F(OwnerFaults, AnOddReplyIsTakenOnlyWhereItIsWhole) {
+    start(milliseconds(60000));
+    OddOwner owner(phone, "NetworkMgmtId");
+    const auto text = [](const Words& items) { return recordOf(items).serialize(); };
+    const std::string plain = text({"host-name=desk"});
+    const std::string address = text({"host-name=http://a:b"});
+    const struct {
+        std::string payload;
+        bool result;
+        Words items;
+    } rows[] = {
+        {"getData:1;" + plain, true, {"host-name=desk"}},
+        {"1;" + plain, true, {"host-name=desk"}},
+        {"setData:1;" + plain, true, {"host-name=desk"}},
+        {":1;" + plain, true, {"host-name=desk"}},
+        {"getData:1;" + address, true, {"host-name=http://a:b"}},
+        {"1;" + address, false, {"host-name"}},  // the first colon is taken for the command's
+        {"getData:1;" + text({"host-name=desk", "language=stolen"}), true, {"host-name=desk"}},
+        {"getData:0;" + plain, false, {"host-name"}},
+        {"getData:2;" + plain, false, {"host-name"}},
+        {"getData:1;", false, {"host-name"}},
+        {"getData:1;" + plain.substr(0, plain.size() - 3), false, {"host-name"}},
+        {"getData:", false, {"host-name"}},
+        {"garbage", false, {"host-name"}},
+        {std::string("\xff\0:\0", 4), false, {"host-name"}},
+        {"", false, {"host-name"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.payload);
+        auto call = std::async(std::launch::async, readItems, std::ref(*client),
+                               Words{"host-name", "country"});
+        EXPECT_TRUE(owner.answer(owner.takeRequest(), row.payload));
+        const ItemAnswer answer = call.get();
+        EXPECT_EQ(answer.result, row.result);
+        EXPECT_EQ(answer.record.rootIds(), (Words{"host-name", "country"}));
+        EXPECT_EQ(answer.items.front(), row.items.front());
+        EXPECT_EQ(answer.value("country"), "GB");
+        EXPECT_EQ(answer.value("language"), "none") << "it was not asked for";
+    }
+}
+
+TEST_F(OwnerFaults, ALateReplyIsNeverTakenForTheNextOne) {
+    start(milliseconds(300));
+    OddOwner owner(phone, "NetworkMgmtId");
+    EXPECT_FALSE(readItems(*client, {"host-name"}).result);
+    const ReceivedFrame first = owner.takeRequest();
+    const std::string late = "getData:1;" + recordOf({"host-name=late"}).serialize();
+    EXPECT_TRUE(owner.answer(first, late));
+    EXPECT_TRUE(owner.isServed()) << "the late reply has been read";
+    auto call = std::async(std::launch::async, readItems, std::ref(*client), Words{"host-name"});
+    const ReceivedFrame second = owner.takeRequest();
+    EXPECT_NE(second.correlation, first.correlation);
+    EXPECT_TRUE(owner.answer(first, late));
+    EXPECT_TRUE(owner.answer(second, "getData:1;" + recordOf({"host-name=fresh"}).serialize()));
+    EXPECT_EQ(call.get().items, Words{"host-name=fresh"});
+}
+
+}  // namespace
+}  // namespace vireo::test
