@@ -6,6 +6,7 @@
 
 #include "SettingsFile.h"
 #include "log/Log.h"
+#include "messages/PeerDirectory.h"
 
 namespace vireo {
 namespace {
@@ -26,6 +27,13 @@ HostOptions defaults() {
     options.configDirectory = prefix / "share/vireo/config";
     options.plugin = prefix / VIREO_PLUGIN_DIR / "libvireo_client_mgmt.so";
     return options;
+}
+
+std::string checkNamedFile(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    const bool hasBoth = equals != std::string::npos && equals + 1 < text.size() &&
+                         PeerDirectory::isName(std::string_view(text).substr(0, equals));
+    return hasBoth ? std::string() : "\"" + text + "\" is no channel name, '=' and file";
 }
 
 /// A path that stays below the directory that it is relative to.
@@ -62,6 +70,19 @@ void declarePaths(CLI::App& app, HostOptions& options) {
     app.add_option("--plugin", options.plugin, "Service library")
         ->type_name("FILE")
         ->capture_default_str();
+    app.add_option_function<std::vector<std::string>>(
+           "--service",
+           [&options](const std::vector<std::string>& texts) {
+               options.services.clear();
+               for (const std::string& text : texts) {
+                   const std::size_t equals = text.find('=');
+                   options.services.push_back({text.substr(0, equals), text.substr(equals + 1)});
+               }
+           },
+           "Another service to load, and the channel name that it has; any number of times")
+        ->type_name("NAME=FILE")
+        ->check(checkNamedFile)
+        ->allow_extra_args(false);
 }
 
 void declareLog(CLI::App& app, HostOptions& options) {

@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "log/LogOptions.h"
 #include "messages/MessageLimits.h"
 #include "runtime/ConfigDirectory.h"
+#include "runtime/LoadedServices.h"
 #include "store/StoreOptions.h"
 
 namespace vireo {
@@ -19,6 +21,8 @@ struct HostOptions {
     std::string plugin;
     std::string root = "/var/lib/vireo";
     std::string socket = "/run/vireo/vireo.sock";
+
+    std::vector<NamedPlugin> services;  ///< further ones in this process
 
     std::string logFile;  ///< empty: standard error
     int logLevel = 3;     ///< warnings; information has every message in it, passwords too

@@ -109,6 +109,7 @@ void HostProcess::startService(const HostOptions& options) {
     m_invoker->initInvoker(&m_framework);
     m_service->run();
     m_started = true;
+    m_further.start(m_context);
     m_loop.serve(kLocalInterface, *m_invoker, *m_service);
     m_messageThread = std::thread([this] {
         if (!m_loop.run()) {
@@ -137,6 +138,7 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
         error += "; --plugin names the file";
         return false;
     }
+    m_further.load(options.services, m_services, m_loop);
     startService(options);
     return true;
 }
@@ -148,7 +150,9 @@ void HostProcess::stop() {
     }
     if (m_started) {
         m_started = false;
+        m_further.shutdown();
         m_service->shutdown();
+        m_further.destroy();  // what they still know of the service is there up to here
     }
 }
 

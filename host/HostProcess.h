@@ -16,6 +16,7 @@
 #include "runtime/ConfigDirectory.h"
 #include "runtime/DeviceRoot.h"
 #include "runtime/HostContext.h"
+#include "runtime/LoadedServices.h"
 #include "runtime/PluginLoader.h"
 #include "runtime/ServiceRegistry.h"
 #include "store/StoreGate.h"
@@ -35,7 +36,8 @@ public:
     /// good for nothing but its end then. Should the message thread end by itself later, the
     /// process is sent SIGTERM.
     bool start(const HostOptions& options, std::string& error);
-    /// Ends the message thread after the message that it handles, then the service.
+    /// Ends the message thread after the message that it handles, then the further services, then
+    /// the service.
     void stop();
     /// Whether the message thread ended by itself.
     bool failed() const { return m_failed.load(); }
@@ -57,16 +59,17 @@ private:
     void startService(const HostOptions& options);
 
     // In the order in which they are needed; their end is the other way round. The loop holds tasks
-    // whose code is the plug-in's, so it ends before the plug-in is unloaded.
+    // whose code is the plug-ins', so it ends before they are unloaded.
     Ports m_ports;
     std::optional<DeviceRoot> m_root;
     std::unique_ptr<StoreGate> m_store;
     std::optional<PluginLoader> m_plugin;
+    LoadedServices m_further;
     RpcAdapter m_rpcAdapter;
     ServiceXmlAdapter m_serviceXmlAdapter;
     ServiceRegistry m_services;
     MessageLoop m_loop;
-    ProxyTable m_proxies{m_loop.calls(), m_services};
+    ProxyTable m_proxies{m_loop, m_services};
     HostFramework m_framework{m_loop, m_proxies};
     HostContext m_context{m_services, m_loop};
     PluginService m_service;

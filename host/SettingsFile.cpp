@@ -69,7 +69,7 @@ private:
         if (!option->get_configurable()) {
             return fail(key + ": can only be given on the command line");
         }
-        if (!m_seen.insert(key).second) {
+        if (!m_seen.insert(key).second && option->get_items_expected_max() == 1) {
             return fail(key + ": the key is there twice");
         }
         try {

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <unordered_map>
 #include <vector>
@@ -43,6 +44,12 @@ public:
     /// See `RequestDispatcher::serve`. Before `run` only.
     void serve(std::string interfaceName, Invoker& invoker, Executable& executable) {
         m_dispatcher.serve(std::move(interfaceName), invoker, executable);
+    }
+
+    /// No peer is welcomed under `channel` from now on, and messages to it reach nobody. Before
+    /// `run` only. False with a one-line `error` when it is reserved already, or no name.
+    bool reserveChannel(std::string_view channel, std::string& error) {
+        return m_peers.reserve(channel, error);
     }
 
     /// Serves until `stop`, then closes all connections. Blocks. False without a socket, and when

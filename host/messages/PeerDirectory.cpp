@@ -16,7 +16,7 @@ bool isNameCharacter(char c) {
            c == '_' || c == '-';
 }
 
-bool isName(std::string_view text, std::string& error) {
+bool checkName(std::string_view text, std::string& error) {
     if (text.empty() || text.size() > PeerDirectory::kLongestName) {
         error = "a channel name has 1 to 64 bytes, not " + std::to_string(text.size());
         return false;
@@ -54,6 +54,11 @@ std::optional<NumberedName> splitNumber(std::string_view name) {
 
 }  // namespace
 
+bool PeerDirectory::isName(std::string_view text) {
+    std::string ignored;
+    return checkName(text, ignored);
+}
+
 void PeerDirectory::Numbers::take(std::uint32_t number) {
     if (number < next) {
         freed.erase(number);
@@ -89,7 +94,7 @@ std::string PeerDirectory::claim(std::string_view wanted, const std::shared_ptr<
     std::string name = anyNumber
                            ? lowestNumbered(wanted.substr(0, wanted.size() - kAnyNumber.size()))
                            : std::string(wanted);
-    if (!isName(name, error)) {
+    if (!checkName(name, error)) {
         return {};
     }
     const std::unique_lock lock(m_mutex);

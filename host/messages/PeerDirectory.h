@@ -21,11 +21,18 @@ class PeerDirectory {
 public:
     static constexpr std::size_t kLongestName = 64;
 
+    /// Whether `text` can be the name of a peer.
+    static bool isName(std::string_view text);
+
     /// Gives `peer` the name `wanted`, or, when that ends in "-*", the same name with the lowest
     /// free number from 1 instead of the asterisk. Answers the name given; empty with a one-line
     /// `error` when it is taken or no name.
     std::string claim(std::string_view wanted, const std::shared_ptr<Connection>& peer,
                       std::string& error);
+    /// Keeps `name` for what is no peer, to the end. False with a one-line `error` as above.
+    bool reserve(std::string_view name, std::string& error) {
+        return !claim(name, nullptr, error).empty();
+    }
     /// Frees the name of `owner`. A name that is not (or no longer) its own is left alone.
     void release(const std::string& name, const Connection& owner);
 

@@ -11,7 +11,7 @@ Executable* ProxyTable::find(const std::string& channel, const std::string& inte
     Entry& entry = found->second;
     if (isNew) {
         entry.request =
-            std::make_unique<SocketProxyRequest>(m_calls, m_services, interfaceName, channel);
+            std::make_unique<SocketProxyRequest>(m_loop, m_services, interfaceName, channel);
         entry.proxy = factory->second();
         if (entry.proxy) {
             entry.proxy->initProxy(*entry.request);

@@ -20,8 +20,8 @@ public:
     using Factory = std::function<PluginProxy()>;
 
     /// Both outlive this.
-    ProxyTable(PeerCalls& calls, const ServiceRegistry& services)
-        : m_calls(calls), m_services(services) {}
+    ProxyTable(MessageLoop& loop, const ServiceRegistry& services)
+        : m_loop(loop), m_services(services) {}
 
     /// Proxies for `interfaceName` are made by `factory`. Before the first look-up.
     void offer(std::string interfaceName, Factory factory) {
@@ -36,7 +36,7 @@ private:
         PluginProxy proxy;
     };
 
-    PeerCalls& m_calls;
+    MessageLoop& m_loop;
     const ServiceRegistry& m_services;
     std::unordered_map<std::string, Factory> m_factories;
     std::map<std::pair<std::string, std::string>, Entry> m_proxies;

@@ -6,15 +6,18 @@
 
 namespace vireo {
 
+class MessageLoop;
+class MgmtAgentIfc;
 class PeerCalls;
 class ServiceRegistry;
 
-/// What a proxy sends, over the peer's socket.
+/// What a proxy sends: over the peer's socket, or, when the peer is an agent of this process, texts
+/// straight to it. What it is only told waits for the message thread then, and comes in order.
 class SocketProxyRequest : public ProxyRequest {
 public:
     /// Both outlive this.
-    SocketProxyRequest(PeerCalls& calls, const ServiceRegistry& services, std::string interfaceName,
-                       std::string channel);
+    SocketProxyRequest(MessageLoop& loop, const ServiceRegistry& services,
+                       std::string interfaceName, std::string channel);
 
     const std::string& interface() const override { return m_interface; }
     const std::string& destinationChannelName() const override { return m_channel; }
@@ -27,7 +30,10 @@ public:
     bool sendMethod(const Method& method) override;
 
 private:
-    PeerCalls& m_calls;
+    MgmtAgentIfc* findDirectAgent();
+    PeerCalls& calls();
+
+    MessageLoop& m_loop;
     const ServiceRegistry& m_services;
     const std::string m_interface;
     const std::string m_channel;

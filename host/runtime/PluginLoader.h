@@ -32,6 +32,7 @@ using PluginCheck = std::unique_ptr<ConfigurationCheck, PluginDeleter>;
 class PluginLoader {
 public:
     static constexpr const char* kServiceFactory = "createVireoClientMgmt";
+    static constexpr const char* kFurtherServiceFactory = "createService";
     static constexpr const char* kLocalInvokerFactory = "createLocalMgmtInvoker";
     static constexpr const char* kAgentProxyFactory = "createMgmtAgentProxy";
     static constexpr const char* kCheckFactory = "createConfigurationCheck";

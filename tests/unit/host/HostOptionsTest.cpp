@@ -73,7 +73,7 @@ protected:
 TEST_F(HostOptionsTest, TheShippedFileShowsEveryKeyWithItsDefault) {
     std::ifstream shipped(VIREO_CONFIG "/vireod.conf");
     std::string active;
-    std::set<std::string> keys{"plugin"};  // has no fixed default
+    std::set<std::string> keys{"plugin", "service"};  // have no fixed default
     for (std::string line; std::getline(shipped, line);) {
         const std::string key = line.starts_with('#') ? keyAt(line, 1) : "";
         if (!key.empty() && line.substr(1 + key.size(), 3) == " = ") {
@@ -114,6 +114,22 @@ TEST_F(HostOptionsTest, TheFileOfTheConfigurationDirectoryCountsAndTheCommandLin
     EXPECT_EQ(both.options->configDirectory, directory);
 }
 
+TEST_F(HostOptionsTest, FurtherServicesAddUpAndThoseOfTheCommandLineSetAsideTheFile) {
+    const auto servicesOf = [](const Parsed& parsed) {
+        std::string all = parsed.err;
+        for (const NamedPlugin& each :
+             parsed.options ? parsed.options->services : std::vector<NamedPlugin>()) {
+            all += each.channel + " -> " + each.file + '\n';
+        }
+        return all;
+    };
+    const std::string path = write("service = a=/x.so\nservice = \"b.2=y#=z.so\"");
+    EXPECT_EQ(servicesOf(Parsed({"--settings", path})), "a -> /x.so\nb.2 -> y#=z.so\n");
+    EXPECT_EQ(servicesOf(Parsed({"--settings", path, "--service", "c=1", "--service", "d=2"})),
+              "c -> 1\nd -> 2\n");
+    EXPECT_EQ(servicesOf(Parsed({"--config", m_directory.file("none")})), "");
+}
+
 TEST_F(HostOptionsTest, AWrongSettingIsOneLineWithFileAndKeyAndExitCode2) {
     const struct {
         const char* text;
@@ -135,6 +151,9 @@ TEST_F(HostOptionsTest, AWrongSettingIsOneLineWithFileAndKeyAndExitCode2) {
         {"store-file = ../x", "store-file: \"../x\" is no relative path"},
         {"store-file = /x", "store-file: \"/x\" is no relative path"},
         {"store-catalogue = a/b", "store-catalogue: \"a/b\" is no plain file name"},
+        {"service = a=x\nservice = a/b=x", "line 2: service: \"a/b=x\" is no channel name"},
+        {"service = name", "service: \"name\" is no channel name, '=' and file"},
+        {"service = name=", "service: \"name=\" is no channel name, '=' and file"},
         {"log-level = 3\nlog-level = 3", "line 2: log-level: the key is there twice"},
     };
     for (const auto& test : cases) {
