@@ -74,6 +74,7 @@ void AwaitedReplies::waitForReader(const Call& call, Clock::time_point deadline,
 void AwaitedReplies::defer(FrameFinding finding, const Frame& frame) {
     const std::lock_guard lock(m_mutex);
     m_deferred.emplace_back(finding, frame);
+    m_deferredBytes += m_deferred.back().size();
     m_hasDeferred.store(true, std::memory_order_relaxed);
     m_changed.notify_all();
 }
@@ -89,6 +90,7 @@ bool AwaitedReplies::takeDeferred(OwnedFrame& frame) {
     }
     frame = std::move(m_deferred.front());
     m_deferred.pop_front();
+    m_deferredBytes -= frame.size();
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <mutex>
@@ -57,6 +58,8 @@ public:
 
     /// Keeps a frame for the message thread.
     void defer(FrameFinding finding, const Frame& frame);
+    /// The bytes of such frames.
+    std::size_t deferredBytes() const { return m_deferredBytes.load(std::memory_order_relaxed); }
     /// The next such frame; false when there is none. On the message thread.
     bool takeDeferred(OwnedFrame& frame);
 
@@ -72,6 +75,7 @@ private:
     unsigned m_readDepth = 0;
     std::deque<OwnedFrame> m_deferred;
     std::atomic<bool> m_hasDeferred{false};
+    std::atomic<std::size_t> m_deferredBytes{0};
     std::atomic<bool> m_isStuck{false};
 };
 

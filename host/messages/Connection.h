@@ -49,6 +49,7 @@ public:
     bool cutOff();
 
     AwaitedReplies& awaited() { return m_awaited; }
+    const AwaitedReplies& awaited() const { return m_awaited; }
 
     /// From now on nothing is read; the connection ends when all is sent.
     void finish() { m_finishing = true; }

@@ -38,6 +38,8 @@ public:
           m_payload(frame.payload) {}
 
     FrameFinding finding() const { return m_finding; }
+    /// About the memory that it takes.
+    std::size_t size() const { return sizeof *this + m_payload.size(); }
     /// Holds as long as this object.
     Frame frame() const { return {m_header, m_protocol, m_interfaceName, m_payload}; }
 

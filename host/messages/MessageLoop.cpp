@@ -51,8 +51,9 @@ bool MessageLoop::listen(const std::string& socketPath, const MessageLimits& lim
     m_listener = ListeningSocket::open(socketPath, error, limits.backlog);
     m_limits = limits;
     // Replies that a peer has not taken yet are no reason to disconnect it.
-    m_calls.setMaximumQueued(std::max(
-        limits.maximumQueued, limits.maximumUnsent + 2 * std::size_t{FrameCodec::kMaximumPayload}));
+    m_calls.setLimits(std::max(limits.maximumQueued,
+                               limits.maximumUnsent + 2 * std::size_t{FrameCodec::kMaximumPayload}),
+                      limits.maximumUnsent);
     if (m_listener) {
         setAccepting(true);
     }

@@ -22,6 +22,8 @@ constexpr const char* kFile = "./host/messages/PeerCalls";
 constexpr std::size_t kEarlyFlush = 256U << 10U;
 // How soon a waiting message thread notices that the process is to stop.
 constexpr milliseconds kLongestPoll{100};
+// How soon a thread looks again whether the message thread has handled what waits for it.
+constexpr milliseconds kPauseWhenFull{10};
 
 void logLine(int level, int line, const char* what, std::string_view channel) {
     if (loggingOnUni(level)) {
@@ -84,6 +86,7 @@ bool PeerCalls::call(const PeerAddress& to, std::string_view payload, millisecon
         return false;
     }
     connection->send(FrameKind::eRequest, call.id, to.protocol, to.interfaceName, payload);
+    connection->flush();  // another thread may be the one that reads and writes
     await(connection, call, AwaitedReplies::Clock::now() + timeout);
     connection->awaited().end(call);
     // Frames that came behind the reply are still in the buffer.
@@ -99,51 +102,72 @@ void PeerCalls::await(const ConnectionPointer& connection, const AwaitedReplies:
                       Deadline deadline) {
     AwaitedReplies& awaited = connection->awaited();
     const bool isMessageThread = m_loop.isMessageThread();
-    if (isMessageThread) {
-        m_loop.flushRevisits();  // what others are to hear does not wait for this peer
-    }
-    while (!awaited.isOver(call) && AwaitedReplies::Clock::now() < deadline &&
-           !(isMessageThread && m_loop.stopping())) {
+    // What has come by the deadline counts, also when something else kept this thread until then.
+    bool isLastLook = false;
+    while (!awaited.isOver(call) && !isLastLook) {
+        isLastLook =
+            AwaitedReplies::Clock::now() >= deadline || (isMessageThread && m_loop.stopping());
+        if (isMessageThread) {
+            m_loop.flushRevisits();  // what others are to hear does not wait for this peer
+        }
         if (awaited.tryRead()) {
             readOnce(connection, call, deadline, isMessageThread);
             awaited.stopReading();
-        } else {
-            awaited.waitForReader(call, deadline, isMessageThread);
-            if (isMessageThread) {
-                serveDeferred(connection);
-            }
+            continue;
+        }
+        awaited.waitForReader(call, deadline, isMessageThread);
+        if (isMessageThread) {
+            serveDeferred(connection);
         }
     }
 }
 
 void PeerCalls::readOnce(const ConnectionPointer& connection, const AwaitedReplies::Call& call,
                          Deadline deadline, bool isMessageThread) {
-    AwaitedReplies& awaited = connection->awaited();
     if (isMessageThread) {
         serveDeferred(connection);
     }
+    serveBuffered(connection, call, isMessageThread);
+    if (!connection->awaited().isOver(call)) {
+        receive(*connection, deadline);
+        serveBuffered(connection, call, isMessageThread);
+    }
+}
+
+void PeerCalls::serveBuffered(const ConnectionPointer& connection, const AwaitedReplies::Call& call,
+                              bool isMessageThread) {
+    AwaitedReplies& awaited = connection->awaited();
     Frame frame;
-    while (!awaited.isOver(call)) {
+    while (!awaited.isOver(call) && !isFull(*connection)) {
         const FrameFinding found = connection->next(frame);
         if (found == FrameFinding::eNothing) {
-            break;
+            return;
         }
         handle(connection, found, frame, isMessageThread);
+        if (found != FrameFinding::eFrame && found != FrameFinding::eOversized) {
+            awaited.markEnded();  // nothing behind these bytes can be read
+        }
     }
-    if (awaited.isOver(call)) {
-        return;
-    }
-    if (!connection->flush()) {
-        awaited.markEnded();
-        return;
-    }
+}
+
+bool PeerCalls::isFull(const Connection& connection) const {
+    return connection.unsent() > m_maximumUnsent ||
+           connection.awaited().deferredBytes() > m_maximumUnsent;
+}
+
+void PeerCalls::receive(Connection& connection, Deadline deadline) {
+    const bool isWritable = connection.flush();
     const auto left = std::chrono::ceil<milliseconds>(deadline - AwaitedReplies::Clock::now());
-    pollfd waited{connection->descriptor(),
-                  static_cast<short>(connection->unsent() > 0 ? POLLIN | POLLOUT : POLLIN), 0};
-    if (::poll(&waited, 1,
-               static_cast<int>(std::clamp(left, milliseconds(0), kLongestPoll).count())) > 0 &&
-        (waited.revents & ~POLLOUT) != 0 && connection->receive() == Connection::Received::eEnd) {
-        awaited.markEnded();
+    const int wanted = (isFull(connection) ? 0 : POLLIN) | (connection.unsent() > 0 ? POLLOUT : 0);
+    pollfd waited{connection.descriptor(), static_cast<short>(wanted), 0};
+    const auto longest = wanted == 0 ? kPauseWhenFull : kLongestPoll;
+    ::poll(&waited, 1, static_cast<int>(std::clamp(left, milliseconds(0), longest).count()));
+    const bool isReadable = (waited.revents & ~POLLOUT) != 0 && !isFull(connection);
+    const auto received = isReadable ? connection.receive() : Connection::Received::eNothing;
+    // What was sent before the end still counts.
+    if (received == Connection::Received::eEnd ||
+        (!isWritable && received == Connection::Received::eNothing)) {
+        connection.awaited().markEnded();
     }
 }
 

@@ -33,8 +33,12 @@ public:
     PeerCalls(PeerDirectory& peers, PeerProtocol& protocol, MessageLoop& loop)
         : m_peers(peers), m_protocol(protocol), m_loop(loop) {}
 
-    /// More bytes than this that wait for a peer, and it is disconnected. Above one maximal frame.
-    void setMaximumQueued(std::size_t bytes) { m_maximumQueued = bytes; }
+    /// More bytes than `queued` that wait for a peer, and it is disconnected; more than one maximal
+    /// frame. While more than `unsent` wait, or wait to be handled, a peer is not read from.
+    void setLimits(std::size_t queued, std::size_t unsent) {
+        m_maximumQueued = queued;
+        m_maximumUnsent = unsent;
+    }
 
     /// Sends a request and waits for its reply. False at once when the peer is not there, goes, or
     /// is known not to answer, and after `timeout` when it does not answer; `reply` is empty then.
@@ -56,12 +60,17 @@ private:
                Deadline deadline);
     void readOnce(const ConnectionPointer& connection, const AwaitedReplies::Call& call,
                   Deadline deadline, bool isMessageThread);
+    void serveBuffered(const ConnectionPointer& connection, const AwaitedReplies::Call& call,
+                       bool isMessageThread);
+    bool isFull(const Connection& connection) const;
+    void receive(Connection& connection, Deadline deadline);
     void handle(const ConnectionPointer& connection, FrameFinding found, const Frame& frame,
                 bool isMessageThread);
     PeerDirectory& m_peers;
     PeerProtocol& m_protocol;
     MessageLoop& m_loop;
     std::size_t m_maximumQueued = 16U << 20U;
+    std::size_t m_maximumUnsent = 1U << 20U;
 };
 
 }  // namespace vireo

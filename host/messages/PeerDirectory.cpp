@@ -88,7 +88,8 @@ std::string PeerDirectory::lowestNumbered(std::string_view prefix) const {
 }
 
 std::string PeerDirectory::claim(std::string_view wanted, const std::shared_ptr<Connection>& peer,
-                                 std::string& error) {
+                                 std::string& error,
+                                 const std::function<void(const std::string&)>& announce) {
     const bool anyNumber = wanted.size() > kAnyNumber.size() && wanted.size() <= kLongestName &&
                            wanted.ends_with(kAnyNumber);
     std::string name = anyNumber
@@ -104,6 +105,9 @@ std::string PeerDirectory::claim(std::string_view wanted, const std::shared_ptr<
     }
     if (const auto numbered = splitNumber(name)) {
         m_numbers[std::string(numbered->prefix)].take(numbered->number);
+    }
+    if (announce) {
+        announce(name);
     }
     return name;
 }

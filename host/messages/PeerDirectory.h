@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <set>
 #include <shared_mutex>
@@ -26,9 +27,11 @@ public:
 
     /// Gives `peer` the name `wanted`, or, when that ends in "-*", the same name with the lowest
     /// free number from 1 instead of the asterisk. Answers the name given; empty with a one-line
-    /// `error` when it is taken or no name.
+    /// `error` when it is taken or no name. `announce` is called with the name before any thread
+    /// can find the peer by it; it must not come back here.
     std::string claim(std::string_view wanted, const std::shared_ptr<Connection>& peer,
-                      std::string& error);
+                      std::string& error,
+                      const std::function<void(const std::string& name)>& announce = {});
     /// Keeps `name` for what is no peer, to the end. False with a one-line `error` as above.
     bool reserve(std::string_view name, std::string& error) {
         return !claim(name, nullptr, error).empty();

@@ -90,12 +90,15 @@ void PeerProtocol::handleFrame(const std::shared_ptr<Connection>& connection, co
 
 void PeerProtocol::welcome(const std::shared_ptr<Connection>& connection, const Frame& frame) {
     std::string error;
-    std::string channel = m_peers.claim(frame.payload, connection, error);
+    // The welcome comes before anything that other threads may have to tell the peer.
+    std::string channel =
+        m_peers.claim(frame.payload, connection, error, [&](const std::string& name) {
+            connection->send(FrameKind::eWelcome, frame.header.correlation, {}, {}, name);
+        });
     if (channel.empty()) {
         refuse(*connection, frame.header.correlation, error);
         return;
     }
-    connection->send(FrameKind::eWelcome, frame.header.correlation, {}, {}, channel);
     connection->setChannel(std::move(channel));
     if (loggingOnUni(kLogDebug)) {
         logAppUni(kComponent, kFile, kLogDebug, __LINE__, "welcomed %s",

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
+#include <unordered_set>
 
 #include "data/ManageableData.h"
 #include "items/ItemCatalogue.h"
@@ -86,6 +88,19 @@ void ItemRecords::copyItem(const ManageableData& source, ManageableData& target,
         }
         target.putDocument(document);
     }
+}
+
+bool ItemRecords::takeRefusals(const ManageableData& answer, const std::vector<std::string>& sent,
+                               ManageableData& target) {
+    const std::unordered_set<std::string_view> own(sent.begin(), sent.end());
+    bool isAny = false;
+    for (const RejectionSpec& refusal : answer.rejections()) {
+        if (own.contains(refusal.rootId())) {
+            target.addRejectReason(refusal.rootId(), refusal.nodePath(), refusal.reason());
+            isAny = true;
+        }
+    }
+    return isAny;
 }
 
 void ItemRecords::takeItem(const ManageableData& answer, ManageableData& target,

@@ -23,6 +23,10 @@ public:
     /// target stays if it has it.
     static void copyItem(const ManageableData& source, ManageableData& target,
                          const std::string& rootId);
+    /// Appends to `target` the refusals that an owner gave for the items that it was sent. False,
+    /// and nothing appended, when there are none.
+    static bool takeRefusals(const ManageableData& answer, const std::vector<std::string>& sent,
+                             ManageableData& target);
     /// Puts an owner's answer for the item into `target`; its schema takes the place of the one
     /// there. Whatever else the owner sent stays out.
     static void takeItem(const ManageableData& answer, ManageableData& target,

@@ -232,10 +232,8 @@ bool ItemWriter::writeToAgent(MgmtAgentIfc& agent, ManageableData& record,
     if (guarded("setData of an agent", false, [&] { return agent.setData(item); })) {
         return true;
     }
-    if (item.rejections().empty()) {
+    if (!ItemRecords::takeRefusals(item, {rootId}, record)) {
         refuse(record, rootId, "Unknown");
-    } else {
-        record.addRejectReasons(item.rejections());
     }
     return false;
 }

@@ -38,8 +38,7 @@ bool WriteBatches::sendOne(AgentRegistry& registry, const std::string& managemen
     if (accepted) {
         return true;
     }
-    if (!batch.rejections().empty()) {
-        record.addRejectReasons(batch.rejections());
+    if (ItemRecords::takeRefusals(batch, rootIds, record)) {
         return false;
     }
     for (const std::string& rootId : rootIds) {

@@ -250,5 +250,21 @@ TEST_F(ItemWriterTest, AnOwnerMayCallBackWhileAWriteHoldsTheRegistry) {
     EXPECT_FALSE(registry.semaphore().isMine());
 }
 
+TEST_F(ItemWriterTest, AnOwnerCannotRefuseWhatItWasNotSent) {
+    TestAgent owner;
+    owner.onSet = [](ManageableData& record) {
+        record.addRejectReason("melody", "//*", "foreign");
+        if (record.rootIds().size() > 1) {
+            record.addRejectReason("lazy-2", "//*", "no");
+        }
+        return false;
+    };
+    registry.addAgent("EagerMgmtId", {&owner, false});
+    registry.addAgent("LazyMgmtId", {&owner, true});
+    EXPECT_EQ(set({{"melody", "1"}, {"eager", "2"}, {"lazy", "3"}, {"lazy-2", "4"}}, false),
+              (Texts{"eager: Unknown", "lazy-2: no"}));
+    EXPECT_EQ(observer.told, Texts{"melody=1 lazy=3"});
+}
+
 }  // namespace
 }  // namespace vireo::test

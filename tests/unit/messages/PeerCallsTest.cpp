@@ -245,5 +245,55 @@ TEST_F(PeerCallsTest, NotificationsOfTheMessageThreadLeaveBeforeItWaits) {
     EXPECT_EQ(reply(asker), "owner said this");
 }
 
+TEST_F(PeerCallsTest, AnAnswerThatCameInTimeCountsThoughTheThreadWasKept) {
+    FramePeer silent(m_socket);
+    EXPECT_EQ(silent.hello("silent"), "silent");
+    m_asking.onMessage = [this](const std::string& text) {
+        std::string reply;
+        return text == "nested"
+                   ? std::to_string(m_loop.calls().call({"silent", "vireo_text", "AgentIfc"}, "?",
+                                                        milliseconds(60), reply))
+                   : askOwner(text, milliseconds(50));
+    };
+    sendAsk(m_client, 1, "outer");
+    const ReceivedFrame asked = question();
+    // The nested question takes longer than the outer one may; the answer lies behind it.
+    EXPECT_TRUE(
+        m_owner.write(FramePeer::frame(FrameKind::eRequest, 2, "nested", "vireo_rpc", "AskIfc") +
+                      FramePeer::frame(FrameKind::eReply, asked.correlation, "in time")));
+    EXPECT_EQ(reply(m_client), "owner said in time");
+}
+
+TEST_F(PeerCallsTest, WhatIsNoFrameEndsTheWaitOfEveryThread) {
+    auto first = std::async(std::launch::async, [this] { return askOwner("first", kLong); });
+    question();
+    EXPECT_TRUE(m_owner.write(std::string(64, '?')));
+    EXPECT_EQ(first.get(), "nobody");
+    const auto refusal = m_owner.read();
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->kind, FrameKind::eRefusal);
+    EXPECT_FALSE(m_owner.read()) << "once";
+}
+
+TEST_F(PeerCallsTest, AnAskedPeerThatTakesNoRepliesIsNotServedWithoutEnd) {
+    m_asking.onMessage = [this](const std::string& text) {
+        return askOwner(text, milliseconds(300));
+    };
+    sendAsk(m_client, 1, "outer");
+    question();
+    std::string requests;
+    for (std::uint32_t i = 0; i < 64; ++i) {
+        requests += FramePeer::frame(FrameKind::eRequest, i, "big:1000000");
+    }
+    EXPECT_TRUE(m_owner.write(requests));
+    EXPECT_EQ(reply(m_client), "nobody");
+    EXPECT_LT(m_invoker.bigHandled, 8) << "the others wait until it reads";
+    for (std::uint32_t i = 0; i < 64; ++i) {
+        const auto big = m_owner.read();
+        ASSERT_TRUE(big);
+        EXPECT_EQ(big->correlation, i);
+    }
+}
+
 }  // namespace
 }  // namespace vireo::test
