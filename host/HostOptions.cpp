@@ -47,7 +47,8 @@ std::string checkBelow(const std::string& text) {
 }
 
 std::string checkPlainName(const std::string& text) {
-    const bool isPlain = !text.empty() && text.front() != '.' && text.find('/') == text.npos;
+    const bool isPlain =
+        !text.empty() && text.front() != '.' && text.find('/') == std::string::npos;
     return isPlain ? std::string() : "\"" + text + "\" is no plain file name";
 }
 

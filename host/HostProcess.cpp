@@ -74,8 +74,8 @@ HostProcess::Ports::~Ports() {
     installPorts({});
 }
 
-void HostProcess::openStore(const HostOptions& options) {
-    m_store = std::make_unique<StoreGate>((m_root->path() / options.storeFile).string(),
+void HostProcess::openStore(const DeviceRoot& root, const HostOptions& options) {
+    m_store = std::make_unique<StoreGate>((root.path() / options.storeFile).string(),
                                           options.storeCatalogue, options.store);
     m_services.add(kStoreInterface, *m_store);
 }
@@ -133,7 +133,7 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
         error += "; --socket names the path";
         return false;
     }
-    openStore(options);
+    openStore(*m_root, options);
     if (!loadService(options.plugin, error)) {
         error += "; --plugin names the file";
         return false;

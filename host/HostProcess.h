@@ -54,7 +54,7 @@ private:
         std::unique_ptr<ConfigDirectory> m_config;
     };
 
-    void openStore(const HostOptions& options);
+    void openStore(const DeviceRoot& root, const HostOptions& options);
     bool loadService(const std::string& plugin, std::string& error);
     void startService(const HostOptions& options);
 

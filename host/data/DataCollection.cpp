@@ -45,6 +45,7 @@ bool DataCollection::empty(const std::string& collectionId) const {
 
 std::vector<std::string> DataCollection::names() const {
     std::vector<std::string> names;
+    names.reserve(m_members.size());
     for (const auto& [name, members] : m_members) {
         names.push_back(name);
     }

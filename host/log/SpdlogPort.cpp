@@ -97,11 +97,11 @@ void appendVisibly(fmt::memory_buffer& out, std::string_view text) {
 }
 
 /// Whether the line that this thread writes was lost.
-thread_local bool isLineLost = false;
+thread_local bool g_isLineLost = false;
 
 /// Says on standard error that lines are lost, once a minute.
 void reportLostLines(const std::string& reason) {
-    isLineLost = true;
+    g_isLineLost = true;
     using Clock = std::chrono::steady_clock;
     static constinit std::atomic<Clock::rep> nextTime{0};
     const Clock::time_point now = Clock::now();
@@ -162,9 +162,9 @@ void SpdlogPort::write(std::string_view component, std::string_view file, int le
         fmt::memory_buffer out;
         fmt::format_to(fmt::appender(out), "{} [{}] {}:{} ", name.word, component, file, line);
         appendVisibly(out, text);
-        isLineLost = false;
+        g_isLineLost = false;
         m_logger->log(name.level, spdlog::string_view_t(out.data(), out.size()));
-        if (isLineLost && level <= kLogError) {
+        if (g_isLineLost && level <= kLogError) {
             std::fprintf(stderr, "vireod: %.*s\n", static_cast<int>(out.size()), out.data());
         }
     } catch (...) {

@@ -143,8 +143,9 @@ void MessageLoop::flushRevisits() {
 
 void MessageLoop::runRevisits() {
     // What these turns bring up is seen to as well.
-    for (std::size_t i = 0; i < m_revisits.size(); ++i) {
-        const ConnectionPointer connection = m_revisits[i];
+    std::size_t next = 0;
+    while (next < m_revisits.size()) {
+        const ConnectionPointer connection = m_revisits[next++];
         connection->setRevisitPending(false);
         const auto found = m_connections.find(connection->descriptor());
         if (found != m_connections.end() && found->second == connection) {

@@ -120,7 +120,7 @@ void PeerProtocol::handleOversized(Connection& connection, const Frame& frame) {
                   connection.maximumPayload());
     }
     if (frame.header.kind == FrameKind::eRequest) {
-        m_dispatcher.answerEmpty(connection, frame);
+        RequestDispatcher::answerEmpty(connection, frame);
     } else if (frame.header.kind == FrameKind::eReply) {
         connection.awaited().complete(frame.header.correlation, {});
     } else if (frame.header.kind == FrameKind::eHello) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "store/SqliteConnection.h"
 #include "store/StoreCatalogue.h"
@@ -22,9 +23,8 @@ struct OpenedStore {
 class StoreOpening {
 public:
     /// `catalogue` outlives this.
-    StoreOpening(const std::string& path, const StoreCatalogue& catalogue,
-                 const StoreOptions& options)
-        : m_path(path), m_catalogue(catalogue), m_options(options) {}
+    StoreOpening(std::string path, const StoreCatalogue& catalogue, const StoreOptions& options)
+        : m_path(std::move(path)), m_catalogue(catalogue), m_options(options) {}
 
     /// False with a one-line `error` when nothing can be done with the file; it is as it was then.
     /// When it can only be read, `error` says why it is not written.

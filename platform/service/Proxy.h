@@ -18,7 +18,7 @@ class VIREO_API ProxyRequest {
 public:
     /// How long a synchronous send waits when nothing else is said. Milliseconds; set by the host
     /// before it serves.
-    static std::atomic<int> mDefaultTimeout;
+    static std::atomic<int> mDefaultTimeout;  // NOLINT(readability-identifier-naming)
 
     virtual ~ProxyRequest() = default;
     /// The interface of the peer that is addressed, such as "MgmtAgentIfc".
