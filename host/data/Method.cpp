@@ -3,21 +3,22 @@
 #include <utility>
 
 namespace vireo {
-namespace {
 
-const char* describe(Parameter::types type) {
+const char* Parameter::nameOf(types type) {
     switch (type) {
-        case Parameter::types::eInt:
+        case types::eInt:
             return "int";
-        case Parameter::types::eString:
+        case types::eString:
             return "string";
-        case Parameter::types::eBool:
+        case types::eBool:
             return "bool";
-        case Parameter::types::eXML:
+        case types::eXML:
             return "xml";
     }
     return "unknown";
 }
+
+namespace {
 
 bool travels(Parameter::directions actual, Parameter::directions wanted) {
     if (actual == wanted || actual == Parameter::eInOut) {
@@ -65,9 +66,10 @@ const Parameter& Method::find(std::string_view name, Parameter::types type,
         }
         if (parameter.type != type || !travels(parameter.direction, direction)) {
             throw MethodError("method \"" + m_name + "\": parameter \"" + std::string(name) +
-                              "\" is " + describe(parameter.type) + " in direction " +
-                              std::to_string(parameter.direction) + ", wanted " + describe(type) +
-                              " in direction " + std::to_string(direction));
+                              "\" is " + Parameter::nameOf(parameter.type) + " in direction " +
+                              std::to_string(parameter.direction) + ", wanted " +
+                              Parameter::nameOf(type) + " in direction " +
+                              std::to_string(direction));
         }
         return parameter;
     }

@@ -12,20 +12,6 @@ namespace {
 // Room for the tags and the value of a parameter beside its texts.
 constexpr std::size_t kTagRoom = 64;
 
-const char* nameOf(Parameter::types type) {
-    switch (type) {
-        case Parameter::types::eInt:
-            return "int";
-        case Parameter::types::eString:
-            return "string";
-        case Parameter::types::eBool:
-            return "bool";
-        case Parameter::types::eXML:
-            return "xml";
-    }
-    return "";
-}
-
 void appendNumber(std::string& out, int value) {
     char digits[16];
     out.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
@@ -55,7 +41,7 @@ void appendValue(std::string& out, const Parameter& parameter) {
 void appendParameter(std::string& out, const Parameter& parameter) {
     out.append("<param name=\"");
     XmlText::appendEscapedAttribute(out, parameter.name);
-    out.append("\" type=\"").append(nameOf(parameter.type)).append("\" dir=\"");
+    out.append("\" type=\"").append(Parameter::nameOf(parameter.type)).append("\" dir=\"");
     appendNumber(out, parameter.direction);
     out.append("\">");
     appendValue(out, parameter);

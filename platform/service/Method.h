@@ -21,6 +21,9 @@ struct VIREO_API Parameter {
     enum class types { eInt = 0, eString = 1, eBool = 2, eXML = 3 };
     enum directions { eIn = 0, eOut = 1, eInOut = 2 };
 
+    /// "int", "string", "bool" or "xml".
+    static const char* nameOf(types type);
+
     std::string name;
     types type = types::eString;
     directions direction = eIn;
