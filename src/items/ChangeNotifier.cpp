@@ -12,19 +12,21 @@ namespace vireo {
 
 ChangeNotifier::ChangeNotifier(AgentRegistry& registry, ValueCache& cache,
                                const DxlCollection& master)
-    : m_registry(registry), m_cache(cache), m_master(master) {}
+    : m_registry(registry), m_cache(cache), m_master(master), m_order(*this) {}
 
-unsigned ChangeNotifier::notify(const ManageableData& record, ValueCache::Mark mark) {
+unsigned ChangeNotifier::notify(const ManageableData& record, Pending pending) {
     // All of it, and before anybody is told: whoever reads because it was told must not get an old
     // value.
-    correctCache(record, mark);
+    correctCache(record, pending.mark);
     RegistrySemaphore& semaphore = m_registry.semaphore();
     if (!semaphore.isMine()) {
-        return tellNow(record);
+        return pending.order.tell(record);
     }
-    const unsigned count = countCallbacks(record);
-    semaphore.afterGive([this, copy = record] { tellNow(copy); });
-    return count;
+    pending.order.tookEffect(record);
+    const unsigned callbacks = count(record);
+    const auto order = std::make_shared<NotificationOrder::Change>(std::move(pending.order));
+    semaphore.afterGive([order, copy = record] { order->tell(copy); });
+    return callbacks;
 }
 
 void ChangeNotifier::correctCache(const ManageableData& record, ValueCache::Mark mark) {
@@ -35,8 +37,8 @@ void ChangeNotifier::correctCache(const ManageableData& record, ValueCache::Mark
     }
 }
 
-unsigned ChangeNotifier::countCallbacks(const ManageableData& record) {
-    unsigned count = 0;
+unsigned ChangeNotifier::count(const ManageableData& record) {
+    unsigned callbacks = 0;
     std::set<MgmtAgentIfc*> combined;
     std::vector<MgmtAgentDetails> observers;
     for (const std::string& rootId : record.rootIds()) {
@@ -47,10 +49,10 @@ unsigned ChangeNotifier::countCallbacks(const ManageableData& record) {
         m_registry.appendObservers(rootId, observers);
         m_registry.appendObservers(kAllData, observers);
         for (const MgmtAgentDetails& observer : observers) {
-            count += !observer.flag || combined.insert(observer.agent).second ? 1 : 0;
+            callbacks += !observer.flag || combined.insert(observer.agent).second ? 1 : 0;
         }
     }
-    return count;
+    return callbacks;
 }
 
 std::vector<MgmtAgentDetails> ChangeNotifier::gatherObservers(const std::string& rootId) {
@@ -67,9 +69,9 @@ std::vector<MgmtAgentDetails> ChangeNotifier::gatherObservers(const std::string&
     return observers;
 }
 
-unsigned ChangeNotifier::tellNow(const ManageableData& record) {
+unsigned ChangeNotifier::tell(const ManageableData& record) {
     VCMS_LOG(kLogDebug, "VCMS notifyObservers: RootId = %s", record.getRootId().c_str());
-    unsigned count = 0;
+    unsigned callbacks = 0;
     CombinedRecords combinedRecords;
     std::vector<std::string> rootIds;
     record.getRootIds(rootIds);  // an observer may be the writer, and change its record when told
@@ -78,16 +80,16 @@ unsigned ChangeNotifier::tellNow(const ManageableData& record) {
         const auto observers = gatherObservers(rootId);
         const auto item = itemOf(record, rootId);
         if (!observers.empty() && item) {
-            count += tellOfItem(*item, observers, combinedRecords);
+            callbacks += tellOfItem(*item, observers, combinedRecords);
         }
     }
     for (auto& [agent, combined] : combinedRecords) {
         tellOne(*agent, *combined);
-        ++count;
+        ++callbacks;
         VCMS_LOG(kLogDebug,
                  "VCMS notifyObservers - Observer notified of data change for multiple items");
     }
-    return count;
+    return callbacks;
 }
 
 unsigned ChangeNotifier::tellOfItem(const Item& item,

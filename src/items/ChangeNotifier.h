@@ -8,6 +8,7 @@
 
 #include "MgmtAgentDetails.h"
 #include "data/DxlDocument.h"
+#include "items/NotificationOrder.h"
 #include "items/ValueCache.h"
 
 namespace vireo {
@@ -17,19 +18,26 @@ class DxlCollection;
 class DxlSchema;
 class ManageableData;
 
-/// Tells observers of changed items. Safe from every thread; observers are called without a lock.
-class ChangeNotifier {
+/// Tells observers of changed items. Safe from every thread; observers are called without a lock,
+/// and hear of the changes of one item in the order in which these took effect.
+class ChangeNotifier : private NotificationOrder::Audience {
 public:
+    /// A change that is being carried out. Belongs to one thread.
+    struct Pending {
+        ValueCache::Mark mark;
+        NotificationOrder::Change order;
+    };
+
     ChangeNotifier(AgentRegistry& registry, ValueCache& cache, const DxlCollection& master);
 
-    /// To be taken before a change is carried out, and given to `notify` afterwards.
-    ValueCache::Mark mark() { return m_cache.mark(); }
+    /// To be called before a change is carried out; the answer is given to `notify` afterwards.
+    Pending begin() { return {m_cache.mark(), NotificationOrder::Change(m_order)}; }
 
     /// Corrects the value cache and tells every observer of every item that the record holds. The
     /// answer is the number of call-backs made. While this thread holds the registry the record is
     /// copied and told after the registry is given back; the answer is then the number of
     /// call-backs that the observers registered now will get.
-    unsigned notify(const ManageableData& record, ValueCache::Mark mark);
+    unsigned notify(const ManageableData& record, Pending pending);
 
 private:
     using CombinedRecords = std::map<MgmtAgentIfc*, std::unique_ptr<ManageableData>>;
@@ -41,8 +49,8 @@ private:
     };
 
     void correctCache(const ManageableData& record, ValueCache::Mark mark);
-    unsigned countCallbacks(const ManageableData& record);
-    unsigned tellNow(const ManageableData& record);
+    unsigned count(const ManageableData& record) override;
+    unsigned tell(const ManageableData& record) override;
     unsigned tellOfItem(const Item& item, const std::vector<MgmtAgentDetails>& observers,
                         CombinedRecords& combinedRecords);
     std::vector<MgmtAgentDetails> gatherObservers(const std::string& rootId);
@@ -53,6 +61,7 @@ private:
     AgentRegistry& m_registry;
     ValueCache& m_cache;
     const DxlCollection& m_master;
+    NotificationOrder m_order;
 };
 
 }  // namespace vireo

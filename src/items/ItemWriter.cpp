@@ -1,6 +1,7 @@
 #include "items/ItemWriter.h"
 
 #include <unordered_set>
+#include <utility>
 
 #include "Boundary.h"
 #include "MgmtAgentIfc.h"
@@ -47,10 +48,11 @@ void restoreDefaults(ManageableData& record, const RejectionSpec& refusal) {
 
 /// The state of one write.
 struct ItemWriter::Write {
-    explicit Write(ManageableData& writtenRecord, DasBridge& bridge)
-        : record(writtenRecord), store(bridge) {}
+    Write(ManageableData& writtenRecord, NotificationOrder::Change& underWay, DasBridge& bridge)
+        : record(writtenRecord), change(underWay), store(bridge) {}
 
     ManageableData& record;
+    NotificationOrder::Change& change;
     StoreUpdate store;
     WriteBatches batches;
     std::vector<std::string> storedIds;  ///< acknowledged by the store, not yet committed
@@ -76,21 +78,22 @@ bool ItemWriter::setData(ManageableData& record) {
         return false;
     }
     record.clearRejectReasons();  // of an earlier write; they say nothing about this one
-    const ValueCache::Mark mark = m_notifier.mark();
+    ChangeNotifier::Pending pending = m_notifier.begin();
     bool result = false;
     {
         std::optional<RegistryHold> hold;
         if (rootIds.size() > 1) {
             hold.emplace(m_registry.semaphore());
         }
-        result = writeItems(record, rootIds);
+        result = writeItems(record, rootIds, pending.order);
     }
-    tellObservers(record, result, mark);
+    tellObservers(record, result, std::move(pending));
     return result;
 }
 
-bool ItemWriter::writeItems(ManageableData& record, const std::vector<std::string>& rootIds) {
-    Write write(record, m_store);
+bool ItemWriter::writeItems(ManageableData& record, const std::vector<std::string>& rootIds,
+                            NotificationOrder::Change& change) {
+    Write write(record, change, m_store);
     for (const std::string& rootId : rootIds) {
         VCMS_LOG(kLogDebug, "SetData: RootId = \"%s\"", rootId.c_str());
         write.result = writeItem(write, rootId) && write.result;
@@ -102,7 +105,7 @@ bool ItemWriter::writeItems(ManageableData& record, const std::vector<std::strin
     if (write.fileRequestSeen) {
         result = flushFileRequests(record) && result;
     }
-    result = write.batches.send(m_registry, record) && result;
+    result = write.batches.send(m_registry, record, change) && result;
     return commitStore(write) && result;
 }
 
@@ -133,10 +136,10 @@ bool ItemWriter::writeItem(Write& write, const std::string& rootId) {
     }
     const MgmtAgentDetails owner = m_registry.findManageableProxy(managementId);
     if (owner.agent == nullptr) {
-        return writeUnregistered(write.record, managementId, rootId);
+        return writeUnregistered(write, managementId, rootId);
     }
     if (!owner.flag) {
-        return writeToAgent(*owner.agent, write.record, rootId);
+        return writeToAgent(write, *owner.agent, rootId);
     }
     write.batches.add(managementId, write.record, rootId);
     return true;
@@ -188,7 +191,7 @@ bool ItemWriter::writeOwnValue(Write& write, ManageableData& item, const std::st
         case OwnItemKind::eStored:
             break;
     }
-    if (!write.store.write(item)) {
+    if (!store(write, item, rootId)) {
         refuse(write.record, rootId, "Unknown");
         return false;
     }
@@ -196,6 +199,13 @@ bool ItemWriter::writeOwnValue(Write& write, ManageableData& item, const std::st
         write.storedIds.push_back(rootId);
     }
     return true;
+}
+
+bool ItemWriter::store(Write& write, const ManageableData& item, const std::string& rootId) {
+    const std::lock_guard lock(m_effects);
+    const bool result = write.store.write(item);
+    write.change.tookEffect(rootId);
+    return result;
 }
 
 bool ItemWriter::changeFileRequest(Write& write, const std::string& rootId,
@@ -223,33 +233,36 @@ void ItemWriter::warnOfMemory(const std::string& value) {
     }
 }
 
-bool ItemWriter::writeToAgent(MgmtAgentIfc& agent, ManageableData& record,
-                              const std::string& rootId) {
+bool ItemWriter::writeToAgent(Write& write, MgmtAgentIfc& agent, const std::string& rootId) {
     ManageableData item;
-    ItemRecords::copyItem(record, item, rootId);
+    ItemRecords::copyItem(write.record, item, rootId);
     item.setRootId(rootId, nullptr);
     VCMS_LOG(kLogDebug, "Calling setData on management agent for rootId = %s", rootId.c_str());
-    if (guarded("setData of an agent", false, [&] { return agent.setData(item); })) {
+    const bool result = guarded("setData of an agent", false, [&] { return agent.setData(item); });
+    write.change.tookEffect(rootId);
+    if (result) {
         return true;
     }
-    if (!ItemRecords::takeRefusals(item, {rootId}, record)) {
-        refuse(record, rootId, "Unknown");
+    if (!ItemRecords::takeRefusals(item, {rootId}, write.record)) {
+        refuse(write.record, rootId, "Unknown");
     }
     return false;
 }
 
-bool ItemWriter::writeUnregistered(ManageableData& record, const std::string& managementId,
+bool ItemWriter::writeUnregistered(Write& write, const std::string& managementId,
                                    const std::string& rootId) {
     if (m_catalogue.isUncachedUnlessRegistered(managementId)) {
         VCMS_LOG(kLogDebug,
                  "\nSetData: Not caching/notifying data change for unregistered mgmtId %s",
                  managementId.c_str());
-        refuse(record, rootId, "Service not registered");
+        refuse(write.record, rootId, "Service not registered");
         return false;
     }
     VCMS_LOG(kLogDebug, "\nSetData: %s not yet registered, rootId = %s", managementId.c_str(),
              rootId.c_str());
-    m_catalogue.keepItem(record, rootId);
+    const std::lock_guard lock(m_effects);
+    m_catalogue.keepItem(write.record, rootId);
+    write.change.tookEffect(rootId);
     return true;
 }
 
@@ -284,9 +297,10 @@ bool ItemWriter::commitStore(Write& write) {
     return false;
 }
 
-void ItemWriter::tellObservers(const ManageableData& record, bool result, ValueCache::Mark mark) {
+void ItemWriter::tellObservers(const ManageableData& record, bool result,
+                               ChangeNotifier::Pending pending) {
     if (result || record.rejections().empty()) {
-        m_notifier.notify(record, mark);
+        m_notifier.notify(record, std::move(pending));
         return;
     }
     ManageableData written(record);
@@ -302,7 +316,7 @@ void ItemWriter::tellObservers(const ManageableData& record, bool result, ValueC
                  refusal.reason().c_str());
     }
     written.removeRootIds(refused);
-    m_notifier.notify(written, mark);
+    m_notifier.notify(written, std::move(pending));
 }
 
 }  // namespace vireo

@@ -1,15 +1,15 @@
 #pragma once
 
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "items/ValueCache.h"
+#include "items/ChangeNotifier.h"
 
 namespace vireo {
 
 class AgentRegistry;
-class ChangeNotifier;
 class DasBridge;
 class DataCollection;
 class ItemCatalogue;
@@ -33,19 +33,21 @@ public:
 private:
     struct Write;
 
-    bool writeItems(ManageableData& record, const std::vector<std::string>& rootIds);
+    bool writeItems(ManageableData& record, const std::vector<std::string>& rootIds,
+                    NotificationOrder::Change& change);
     bool writeItem(Write& write, const std::string& rootId);
     bool writeCollection(Write& write, const std::string& rootId);
     bool writeOwnItem(Write& write, const std::string& rootId);
     bool writeOwnValue(Write& write, ManageableData& item, const std::string& rootId);
     bool changeFileRequest(Write& write, const std::string& rootId, const std::string& value);
     void warnOfMemory(const std::string& value);
-    bool writeToAgent(MgmtAgentIfc& agent, ManageableData& record, const std::string& rootId);
-    bool writeUnregistered(ManageableData& record, const std::string& managementId,
+    bool store(Write& write, const ManageableData& item, const std::string& rootId);
+    static bool writeToAgent(Write& write, MgmtAgentIfc& agent, const std::string& rootId);
+    bool writeUnregistered(Write& write, const std::string& managementId,
                            const std::string& rootId);
     bool flushFileRequests(ManageableData& record);
     bool commitStore(Write& write);
-    void tellObservers(const ManageableData& record, bool result, ValueCache::Mark mark);
+    void tellObservers(const ManageableData& record, bool result, ChangeNotifier::Pending pending);
 
     ItemCatalogue& m_catalogue;
     const DataCollection& m_collections;
@@ -53,6 +55,10 @@ private:
     DasBridge& m_store;
     ChangeNotifier& m_notifier;
     OwnItems& m_ownItems;
+    /// Held while a value is stored or kept and put into the order of notifications, so that
+    /// observers hear of values in the order in which they replaced each other. Recursive: a store
+    /// may call back.
+    std::recursive_mutex m_effects;
 };
 
 }  // namespace vireo

@@ -16,10 +16,16 @@ void WriteBatches::add(const std::string& managementId, const ManageableData& re
     batch.addRootId(rootId, nullptr);
 }
 
-bool WriteBatches::send(AgentRegistry& registry, ManageableData& record) {
+bool WriteBatches::send(AgentRegistry& registry, ManageableData& record,
+                        NotificationOrder::Change& change) {
     bool result = true;
     for (auto& [managementId, batch] : m_batches) {
+        const std::vector<std::string> rootIds =
+            batch.rootIds();  // the owner may change the record
         result = sendOne(registry, managementId, batch, record) && result;
+        for (const std::string& rootId : rootIds) {
+            change.tookEffect(rootId);
+        }
     }
     return result;
 }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "data/ManageableData.h"
+#include "items/NotificationOrder.h"
 
 namespace vireo {
 
@@ -16,8 +17,8 @@ public:
     void add(const std::string& managementId, const ManageableData& record,
              const std::string& rootId);
     /// Sends each batch to its owner, in management id order. False when any was refused; the
-    /// refusals are appended to `record`.
-    bool send(AgentRegistry& registry, ManageableData& record);
+    /// refusals are appended to `record`. The items took effect when their owner has answered.
+    bool send(AgentRegistry& registry, ManageableData& record, NotificationOrder::Change& change);
 
 private:
     static bool sendOne(AgentRegistry& registry, const std::string& managementId,

@@ -109,7 +109,7 @@ TEST_F(ItemReaderTest, AValueReadBeforeAChangeDoesNotReplaceTheChange) {
         ManageableData change;
         change.populate("lazy", "new");
         notifier.notify(
-            change, notifier.mark());  // the owner changes it while its old answer is on the way
+            change, notifier.begin());  // the owner changes it while its old answer is on the way
         return true;
     };
     std::string value;

@@ -237,7 +237,7 @@ TEST_F(ItemWriterTest, AnOwnerMayCallBackWhileAWriteHoldsTheRegistry) {
         if (record.getRootId() == "lazy") {
             ManageableData announced;
             announced.populate("lazy-2", "announced");
-            EXPECT_EQ(notifier.notify(announced, notifier.mark()), 1U);
+            EXPECT_EQ(notifier.notify(announced, notifier.begin()), 1U);
             EXPECT_EQ(set({{"volume", "5"}, {"plain", "inner"}}, true), Texts{});
             registry.addObserver("melody", {&observer, false});
             EXPECT_TRUE(observer.told.empty()) << "nobody is told while the registry is held";

@@ -61,16 +61,44 @@ struct Watcher : MgmtAgentIfc {
     std::map<std::string, Values> told;
 };
 
-/// Writes two items that nobody else writes, one at a time and both at once.
+/// The real store, with the values that one column took, in the order in which it took them.
+struct RecordingStore : Executable, DataAccessServiceIfc {
+    RecordingStore(DataAccessServiceIfc& store, const std::string& column)
+        : real(store), opening("<" + column + ">"), closing("</" + column + ">") {}
+
+    std::string request(const std::string& text) override {
+        const std::lock_guard lock(mutex);
+        const std::size_t begin = text.find(opening);
+        if (begin != std::string::npos && text.find("update_request") != std::string::npos) {
+            const std::size_t from = begin + opening.size();
+            taken.push_back(text.substr(from, text.find(closing, from) - from));
+        }
+        return real.request(text);
+    }
+    void beginUpdate() override { real.beginUpdate(); }
+    bool commitUpdate() override { return real.commitUpdate(); }
+    bool isRebootRequired() override { return real.isRebootRequired(); }
+
+    DataAccessServiceIfc& real;
+    const std::string opening;
+    const std::string closing;
+    std::mutex mutex;
+    Values taken;
+};
+
+/// Writes an item of its own and one that others may write, one at a time and both at once.
 class Writer {
 public:
-    Writer(VireoClientMgmt& service, std::string one, std::string other)
-        : m_service(service), m_one(std::move(one)), m_other(std::move(other)) {}
+    Writer(VireoClientMgmt& service, std::string name, std::string one, std::string other)
+        : m_service(service),
+          m_name(std::move(name)),
+          m_one(std::move(one)),
+          m_other(std::move(other)) {}
 
     void run(Clock::time_point end) {
         const Values rounds[] = {{m_one}, {m_one, m_other}, {m_other}};
         for (int number = 0; Clock::now() < end; ++number) {
-            write(rounds[number % 3], std::to_string(number));
+            write(rounds[number % 3], m_name + std::to_string(number));
         }
     }
 
@@ -92,27 +120,28 @@ private:
     }
 
     VireoClientMgmt& m_service;
+    const std::string m_name;
     const std::string m_one;
     const std::string m_other;
 };
 
 using ServiceTranscript = ServiceHouse;
 
-TEST_F(ServiceTranscript, ObserversHearEveryAcceptedWriteOfAnItemInTheOrderOfItsWriter) {
+TEST_F(ServiceTranscript, ObserversHearEveryAcceptedWriteInOrder) {
     setLogLevel(0);
+    RecordingStore recorder(*store, "Melody");
+    context.store = &recorder;
     start();
     FussyOwner single;
     FussyOwner bulk;
     EXPECT_TRUE(service.registerManagementIdentity("EagerMgmtId", &single, false));
     EXPECT_TRUE(service.registerManagementIdentity("LazyMgmtId", &bulk, true));
     std::deque<Writer> writers;
-    const char* const pairs[][2] = {
-        {"melody", "lazy"}, {"volume", "lazy-2"}, {"key-1", "eager"}, {"key-2", "guarded"}};
-    Values tags;
-    for (const auto& [one, other] : pairs) {
-        writers.emplace_back(service, one, other);
-        tags.insert(tags.end(), {one, other});
-    }
+    writers.emplace_back(service, "a", "lazy", "melody");
+    writers.emplace_back(service, "b", "lazy-2", "melody");
+    writers.emplace_back(service, "c", "key-1", "melody");
+    writers.emplace_back(service, "d", "eager", "volume");
+    const Values tags{"lazy", "lazy-2", "key-1", "eager", "melody", "volume"};
     std::deque<Watcher> watchers(kObservers);
     for (std::size_t i = 0; i < kObservers; ++i) {
         const std::string tag = i % 10 == 0 ? "all-data" : tags[i % tags.size()];
@@ -130,6 +159,7 @@ TEST_F(ServiceTranscript, ObserversHearEveryAcceptedWriteOfAnItemInTheOrderOfIts
     for (const Writer& writer : writers) {
         accepted.insert(writer.accepted.begin(), writer.accepted.end());
     }
+    accepted["melody"] = recorder.taken;
     EXPECT_EQ(accepted.size(), tags.size());
     for (std::size_t i = 0; i < kObservers; ++i) {
         EXPECT_EQ(watchers[i].told.size(), i % 10 == 0 ? tags.size() : 1);
@@ -138,6 +168,10 @@ TEST_F(ServiceTranscript, ObserversHearEveryAcceptedWriteOfAnItemInTheOrderOfIts
                 << tag << ": " << values.size() << " of " << accepted[tag].size();
         }
     }
+    ManageableData last;
+    last.addRootId("melody", nullptr);
+    ASSERT_TRUE(service.getData(last));
+    EXPECT_EQ(valueOf(last, "melody"), accepted["melody"].back());
 }
 
 }  // namespace
