@@ -22,6 +22,12 @@ AgentRegistrations::AgentRegistrations(ItemCatalogue& catalogue, const DataColle
 bool AgentRegistrations::registerManagementIdentity(const std::string& managementId,
                                                     MgmtAgentIfc* agent, bool bulk) {
     VCMS_LOG(kLogDebug, "registerManagementIdentity - managementId: %s", managementId.c_str());
+    if (managementId == kOwnManagementId) {
+        // Its items would not go to the agent, but their kept values would be gone.
+        VCMS_LOG(kLogWarning, "registerManagementIdentity - %s is this service's own",
+                 managementId.c_str());
+        return false;
+    }
     if (agent == nullptr || managementId.empty() ||
         !m_registry.addAgent(managementId, {agent, bulk})) {
         return false;

@@ -14,7 +14,17 @@ ChangeNotifier::ChangeNotifier(AgentRegistry& registry, ValueCache& cache,
                                const DxlCollection& master)
     : m_registry(registry), m_cache(cache), m_master(master), m_order(*this) {}
 
-unsigned ChangeNotifier::notify(const ManageableData& record, Pending pending) {
+void ChangeNotifier::notify(const ManageableData& record, Pending pending) {
+    tellInTurn(record, std::move(pending));
+}
+
+unsigned ChangeNotifier::announce(const ManageableData& record, Pending pending) {
+    const std::optional<unsigned> told = tellInTurn(record, std::move(pending));
+    return told ? *told : count(record);
+}
+
+/// The number of call-backs made; empty when they are not all made yet.
+std::optional<unsigned> ChangeNotifier::tellInTurn(const ManageableData& record, Pending pending) {
     // All of it, and before anybody is told: whoever reads because it was told must not get an old
     // value.
     correctCache(record, pending.mark);
@@ -23,10 +33,9 @@ unsigned ChangeNotifier::notify(const ManageableData& record, Pending pending) {
         return pending.order.tell(record);
     }
     pending.order.tookEffect(record);
-    const unsigned callbacks = count(record);
     const auto order = std::make_shared<NotificationOrder::Change>(std::move(pending.order));
     semaphore.afterGive([order, copy = record] { order->tell(copy); });
-    return callbacks;
+    return std::nullopt;
 }
 
 void ChangeNotifier::correctCache(const ManageableData& record, ValueCache::Mark mark) {

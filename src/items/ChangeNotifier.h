@@ -33,11 +33,13 @@ public:
     /// To be called before a change is carried out; the answer is given to `notify` afterwards.
     Pending begin() { return {m_cache.mark(), NotificationOrder::Change(m_order)}; }
 
-    /// Corrects the value cache and tells every observer of every item that the record holds. The
-    /// answer is the number of call-backs made. While this thread holds the registry the record is
-    /// copied and told after the registry is given back; the answer is then the number of
-    /// call-backs that the observers registered now will get.
-    unsigned notify(const ManageableData& record, Pending pending);
+    /// Corrects the value cache and tells every observer of every item that the record holds. While
+    /// this thread holds the registry the record is copied and told after the registry is given
+    /// back, or sooner when too many wait for that.
+    void notify(const ManageableData& record, Pending pending);
+    /// The same; answers the number of call-backs made, or, when they are made later or by another
+    /// thread, of those that the observers registered now will get.
+    unsigned announce(const ManageableData& record, Pending pending);
 
 private:
     using CombinedRecords = std::map<MgmtAgentIfc*, std::unique_ptr<ManageableData>>;
@@ -49,7 +51,8 @@ private:
     };
 
     void correctCache(const ManageableData& record, ValueCache::Mark mark);
-    unsigned count(const ManageableData& record) override;
+    std::optional<unsigned> tellInTurn(const ManageableData& record, Pending pending);
+    unsigned count(const ManageableData& record);
     unsigned tell(const ManageableData& record) override;
     unsigned tellOfItem(const Item& item, const std::vector<MgmtAgentDetails>& observers,
                         CombinedRecords& combinedRecords);

@@ -170,7 +170,9 @@ bool ItemWriter::writeOwnItem(Write& write, const std::string& rootId) {
     item.setRootId(rootId, nullptr);
     // Deliberate: the text names an agent although none is called.
     VCMS_LOG(kLogDebug, "Calling setData on management agent for rootId = %s", rootId.c_str());
-    return writeOwnValue(write, item, rootId);
+    const bool result = writeOwnValue(write, item, rootId);
+    write.change.tookEffect(rootId);
+    return result;
 }
 
 bool ItemWriter::writeOwnValue(Write& write, ManageableData& item, const std::string& rootId) {

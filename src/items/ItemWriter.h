@@ -56,9 +56,9 @@ private:
     ChangeNotifier& m_notifier;
     OwnItems& m_ownItems;
     /// Held while a value is stored or kept and put into the order of notifications, so that
-    /// observers hear of values in the order in which they replaced each other. Recursive: a store
-    /// may call back.
-    std::recursive_mutex m_effects;
+    /// observers hear of values in the order in which they replaced each other. Taken after the
+    /// registry, and before the store's own locks; the store never calls back.
+    std::mutex m_effects;
 };
 
 }  // namespace vireo

@@ -1,5 +1,6 @@
 #include "items/NotificationOrder.h"
 
+#include <algorithm>
 #include <chrono>
 #include <string_view>
 #include <unordered_set>
@@ -12,7 +13,7 @@ namespace vireo {
 namespace {
 
 /// Long enough for observers that work, short enough not to be felt when one hangs.
-constexpr std::chrono::milliseconds kPatience(200);
+constexpr std::chrono::milliseconds kPatience(50);
 
 /// The changes that this thread has under way, one inside the other.
 thread_local unsigned t_depth = 0;
@@ -33,11 +34,14 @@ ManageableData restrictedTo(const std::vector<std::string>& tags, const Manageab
 
 void NotificationOrder::append(std::vector<PartPointer>& parts, const std::string& tag) {
     PartPointer& last = m_last[tag];
-    if (last && !parts.empty() && last == parts.back()) {
+    if (last && std::any_of(parts.begin(), parts.end(), [&](const PartPointer& part) {
+            return part == last ||
+                   std::find(part->tags.begin(), part->tags.end(), tag) != part->tags.end();
+        })) {
         return;
     }
-    // A part that others wait for must not wait for anybody new, or two could wait for each other.
-    if (parts.empty() || (last && !parts.back()->followers.empty())) {
+    // Two parts must not wait for each other.
+    if (parts.empty() || (last && comesBefore(*parts.back(), *last))) {
         parts.push_back(std::make_shared<Part>());
     }
     const PartPointer& part = parts.back();
@@ -49,20 +53,43 @@ void NotificationOrder::append(std::vector<PartPointer>& parts, const std::strin
     last = part;
 }
 
+/// Whether `other` waits for the part, or for one that does.
+bool NotificationOrder::comesBefore(const Part& part, const Part& other) {
+    std::unordered_set<const Part*> seen{&part};
+    std::vector<const Part*> open{&part};
+    while (!open.empty()) {
+        const Part* const each = open.back();
+        open.pop_back();
+        if (each == &other) {
+            return true;
+        }
+        for (const PartPointer& follower : each->followers) {
+            if (seen.insert(follower.get()).second) {
+                open.push_back(follower.get());
+            }
+        }
+    }
+    return false;
+}
+
 /// False when the part was left to whoever announces the one before it.
 bool NotificationOrder::awaitTurn(Part& part, const ManageableData& record, bool mayWait) {
     std::unique_lock lock(m_mutex);
     const auto isFirst = [&part] { return part.blockers == 0; };
-    if (isFirst() || (mayWait && m_unblocked.wait_for(lock, kPatience, isFirst))) {
+    if (!isFirst() && mayWait && !m_isSlow) {
+        m_isSlow = !m_unblocked.wait_for(lock, kPatience, isFirst);
+    }
+    if (isFirst()) {
         return true;
     }
     part.left.emplace(record);
     return false;
 }
 
-unsigned NotificationOrder::deliver(Part& part, const ManageableData& record, bool mayWait) {
+std::optional<unsigned> NotificationOrder::deliver(Part& part, const ManageableData& record,
+                                                   bool mayWait) {
     if (!awaitTurn(part, record, mayWait)) {
-        return guarded("notifyObservers", 0U, [&] { return m_audience.count(record); });
+        return std::nullopt;
     }
     const unsigned count = tell(record);
     finish(part);
@@ -77,7 +104,9 @@ unsigned NotificationOrder::tell(const ManageableData& record) noexcept {
 void NotificationOrder::finish(Part& part) noexcept {
     Part* chainEnd = release(part, &part);
     for (PartPointer each = std::move(part.next); each; each = std::move(each->next)) {
-        tell(*each->left);
+        if (!each->left->rootIds().empty()) {
+            tell(*each->left);
+        }
         chainEnd = release(*each, chainEnd);
     }
 }
@@ -86,6 +115,7 @@ void NotificationOrder::finish(Part& part) noexcept {
 /// to `chainEnd`. Answers the new end. Needs no memory: nothing must stay in the order for ever.
 NotificationOrder::Part* NotificationOrder::release(Part& part, Part* chainEnd) noexcept {
     const std::lock_guard lock(m_mutex);
+    m_isSlow = false;
     for (const std::string& tag : part.tags) {
         const auto found = m_last.find(tag);
         if (found != m_last.end() && found->second.get() == &part) {
@@ -157,17 +187,19 @@ void NotificationOrder::Change::tookEffect(const ManageableData& record) {
     }
 }
 
-unsigned NotificationOrder::Change::tell(const ManageableData& record) {
+std::optional<unsigned> NotificationOrder::Change::tell(const ManageableData& record) {
     tookEffect(record);
     if (m_parts.empty()) {
         return m_order->tell(record);
     }
     const bool mayWait = t_depth == 1;
-    unsigned count = 0;
+    std::optional<unsigned> count = 0;
     for (PartPointer& part : m_parts) {
-        count += m_parts.size() == 1
-                     ? m_order->deliver(*part, record, mayWait)
-                     : m_order->deliver(*part, restrictedTo(part->tags, record), mayWait);
+        const std::optional<unsigned> told =
+            m_parts.size() == 1
+                ? m_order->deliver(*part, record, mayWait)
+                : m_order->deliver(*part, restrictedTo(part->tags, record), mayWait);
+        count = count && told ? std::optional(*count + *told) : std::nullopt;
         part.reset();
     }
     return count;

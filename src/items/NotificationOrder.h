@@ -18,8 +18,9 @@ namespace vireo {
 /// thread; nothing is called with a lock held.
 ///
 /// The thread that made a change announces it. It waits a moment for one that comes before, unless
-/// it has another change under way itself (an observer or an owner that writes when it is called):
-/// then, or when the moment has passed, it leaves its change to whoever announces the one before.
+/// it has another change under way itself (an observer or an owner that writes when it is called),
+/// or somebody has waited in vain already: then, or when the moment has passed, it leaves its
+/// change to whoever announces the one before.
 class NotificationOrder {
 public:
     /// Who is told. Called by the thread that announces, without a lock.
@@ -27,8 +28,6 @@ public:
         virtual ~Audience() = default;
         /// Tells everybody of the items of the record; answers the number of call-backs made.
         virtual unsigned tell(const ManageableData& record) = 0;
-        /// The number of call-backs that `tell` would make now.
-        virtual unsigned count(const ManageableData& record) = 0;
     };
 
     class Change;
@@ -49,7 +48,8 @@ private:
     using PartPointer = std::shared_ptr<Part>;
 
     void append(std::vector<PartPointer>& parts, const std::string& tag);
-    unsigned deliver(Part& part, const ManageableData& record, bool mayWait);
+    std::optional<unsigned> deliver(Part& part, const ManageableData& record, bool mayWait);
+    static bool comesBefore(const Part& part, const Part& other);
     bool awaitTurn(Part& part, const ManageableData& record, bool mayWait);
     unsigned tell(const ManageableData& record) noexcept;
     void finish(Part& part) noexcept;
@@ -58,6 +58,7 @@ private:
     Audience& m_audience;
     std::mutex m_mutex;  // a leaf
     std::condition_variable m_unblocked;
+    bool m_isSlow = false;  ///< a wait was in vain, and nothing has been announced since
     std::unordered_map<std::string, PartPointer> m_last;  // the latest of each item, until told
 };
 
@@ -79,9 +80,9 @@ public:
     void tookEffect(const ManageableData& record);
     /// Has the items of the record announced; those that did not take effect yet do so now. Items
     /// that took effect and are not in the record are not announced. Answers the number of
-    /// call-backs made, or to be made when others announce in its place. Once, and not while this
-    /// thread holds the registry.
-    unsigned tell(const ManageableData& record);
+    /// call-backs made; nothing when others announce some of it. Once, and not while this thread
+    /// holds the registry.
+    std::optional<unsigned> tell(const ManageableData& record);
 
 private:
     NotificationOrder* m_order;

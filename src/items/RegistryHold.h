@@ -18,11 +18,14 @@ public:
     bool isMine() const {
         return m_owner.load(std::memory_order_relaxed) == std::this_thread::get_id();
     }
-    /// Runs `task` after this thread has given the semaphore back. Only while it holds it.
-    void afterGive(Task task) { m_afterGive.push_back(std::move(task)); }
+    /// Runs `task` after this thread has given the semaphore back, in order; but not more of them
+    /// gather than memory bears: then they run at once. Only while this thread holds it.
+    void afterGive(Task task);
 
 private:
     friend class RegistryHold;
+
+    static void run(const std::vector<Task>& tasks);
 
     Semaphore m_semaphore{1, 1};
     std::atomic<std::thread::id> m_owner{};

@@ -142,7 +142,7 @@ unsigned VireoClientMgmt::manageableDataChanged(ManageableData& record) {
 
 unsigned VireoClientMgmt::notifyObservers(const ManageableData& record) {
     return guarded("notifyObservers", 0U,
-                   [&] { return m_notifier.notify(record, m_notifier.begin()); });
+                   [&] { return m_notifier.announce(record, m_notifier.begin()); });
 }
 
 int VireoClientMgmt::getFileTypeCountLimit(eFiletype type) {

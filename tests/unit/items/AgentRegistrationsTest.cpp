@@ -18,7 +18,7 @@ protected:
         for (const auto& [tag, value] : items) {
             record.populate(tag, value);
         }
-        return notifier.notify(record, notifier.begin());
+        return notifier.announce(record, notifier.begin());
     }
 
     AgentRegistrations registrations{catalogue, collections, registry, cache};

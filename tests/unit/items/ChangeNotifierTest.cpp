@@ -31,7 +31,7 @@ TEST_F(ChangeNotifierTest, FlagsDecideBetweenCombinedAndSingleRecords) {
     registry.addObserver("z", {&b, false});
     ManageableData record = change({{"x", "1"}, {"y", "2"}, {"z", "3"}});
     record.addRootId("w", nullptr);  // without a document nobody is told of it
-    EXPECT_EQ(notifier.notify(record, notifier.begin()), 8U);
+    EXPECT_EQ(notifier.announce(record, notifier.begin()), 8U);
     EXPECT_EQ(a.told, Texts{"x=1 y=2 z=3"});
     EXPECT_EQ(b.told, (Texts{"x=1", "x=1", "y=2", "y=2", "z=3", "z=3", "z=3"}));
 }
@@ -42,7 +42,7 @@ TEST_F(ChangeNotifierTest, RemovingTakesTheFirstMatchAndCountsAnswerOneOrZero) {
     EXPECT_EQ(registry.getNumberObservers("x"), 1U);
     registry.removeObserver("x", &b);
     registry.removeObserver("x", &a);
-    EXPECT_EQ(notifier.notify(change({{"x", "1"}}), notifier.begin()), 1U);
+    EXPECT_EQ(notifier.announce(change({{"x", "1"}}), notifier.begin()), 1U);
     registry.removeObserver("x", &a);
     EXPECT_EQ(registry.getNumberObservers("x"), 0U);
     registry.removeObserver("x", &a);
@@ -53,7 +53,7 @@ TEST_F(ChangeNotifierTest, OneThatThrowsLeavesNobodyUntold) {
     a.onChange = [](ManageableData&) -> bool { throw std::runtime_error("no"); };
     registry.addObserver("x", {&a, false});
     registry.addObserver("x", {&b, false});
-    EXPECT_EQ(notifier.notify(change({{"x", "1"}}), notifier.begin()), 2U);
+    EXPECT_EQ(notifier.announce(change({{"x", "1"}}), notifier.begin()), 2U);
     EXPECT_EQ(b.told, Texts{"x=1"});
     EXPECT_EQ(ports.count(kLogError, "manageableDataChanged: no"), 1);
 }
@@ -74,7 +74,7 @@ TEST_F(ChangeNotifierTest, TheCacheIsRightBeforeTheFirstObserverIsTold) {
     ManageableData withoutSchema;
     withoutSchema.copyDocument("lazy", record);
     withoutSchema.addRootId("lazy", nullptr);
-    EXPECT_EQ(notifier.notify(withoutSchema, notifier.begin()), 1U);
+    EXPECT_EQ(notifier.announce(withoutSchema, notifier.begin()), 1U);
     // Of several items all are right before the first one is told.
     cache.update("lazy-2", "old");
     a.onChange = [this](ManageableData&) {
@@ -83,10 +83,10 @@ TEST_F(ChangeNotifierTest, TheCacheIsRightBeforeTheFirstObserverIsTold) {
         EXPECT_EQ(value, "new");
         return true;
     };
-    notifier.notify(change({{"lazy", "new"}, {"lazy-2", "new"}}), notifier.begin());
+    notifier.announce(change({{"lazy", "new"}, {"lazy-2", "new"}}), notifier.begin());
     ManageableData withoutValue;
     withoutValue.addRootId("lazy", nullptr);
-    notifier.notify(withoutValue, notifier.begin());
+    notifier.announce(withoutValue, notifier.begin());
     std::string value;
     EXPECT_FALSE(cache.fetch("lazy", value)) << "a change without a value makes it forget";
 }
@@ -100,7 +100,7 @@ TEST_F(ChangeNotifierTest, AnObserverMayEmptyTheRecordOfTheWriter) {
     registry.addObserver("x", {&a, false});
     registry.addObserver("x", {&b, false});
     registry.addObserver("y", {&b, false});
-    EXPECT_EQ(notifier.notify(record, notifier.begin()), 2U);
+    EXPECT_EQ(notifier.announce(record, notifier.begin()), 2U);
     EXPECT_EQ(b.told, Texts{"x=1"});
 }
 
@@ -109,7 +109,7 @@ TEST_F(ChangeNotifierTest, AnotherThreadWaitsForTheRegistryAndTheHoldSurvivesExc
         const RegistryHold outer(registry.semaphore());
         const RegistryHold inner(registry.semaphore());
         registry.addObserver("x", {&a, false});
-        EXPECT_EQ(notifier.notify(change({{"x", "1"}}), notifier.begin()), 1U);
+        EXPECT_EQ(notifier.announce(change({{"x", "1"}}), notifier.begin()), 1U);
         EXPECT_TRUE(a.told.empty());
         throw std::runtime_error("in between");
     } catch (const std::runtime_error&) {

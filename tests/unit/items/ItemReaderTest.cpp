@@ -108,7 +108,7 @@ TEST_F(ItemReaderTest, AValueReadBeforeAChangeDoesNotReplaceTheChange) {
         record.populate("lazy", "old");
         ManageableData change;
         change.populate("lazy", "new");
-        notifier.notify(
+        notifier.announce(
             change, notifier.begin());  // the owner changes it while its old answer is on the way
         return true;
     };

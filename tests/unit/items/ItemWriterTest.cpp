@@ -237,7 +237,7 @@ TEST_F(ItemWriterTest, AnOwnerMayCallBackWhileAWriteHoldsTheRegistry) {
         if (record.getRootId() == "lazy") {
             ManageableData announced;
             announced.populate("lazy-2", "announced");
-            EXPECT_EQ(notifier.notify(announced, notifier.begin()), 1U);
+            EXPECT_EQ(notifier.announce(announced, notifier.begin()), 1U);
             EXPECT_EQ(set({{"volume", "5"}, {"plain", "inner"}}, true), Texts{});
             registry.addObserver("melody", {&observer, false});
             EXPECT_TRUE(observer.told.empty()) << "nobody is told while the registry is held";
@@ -248,6 +248,28 @@ TEST_F(ItemWriterTest, AnOwnerMayCallBackWhileAWriteHoldsTheRegistry) {
     EXPECT_EQ(observer.told,
               (Texts{"lazy-2=announced", "volume=5 plain=inner", "melody=2", "lazy=1 melody=2"}));
     EXPECT_FALSE(registry.semaphore().isMine());
+}
+
+TEST_F(ItemWriterTest, WhatAnOwnerAnnouncesWithoutEndWithinAWriteDoesNotPileUp) {
+    constexpr std::size_t kAnnounced = 1000;
+    TestAgent owner;
+    registry.addAgent("LazyMgmtId", {&owner, true});
+    std::size_t mostWaiting = 0;
+    owner.onSet = [&](ManageableData& /*record*/) {
+        for (std::size_t number = 1; number <= kAnnounced; ++number) {
+            ManageableData announced;
+            announced.populate("lazy-2", std::to_string(number));
+            notifier.notify(announced, notifier.begin());
+            mostWaiting = std::max(mostWaiting, number - observer.told.size());
+        }
+        return true;
+    };
+    EXPECT_EQ(set({{"lazy", "1"}, {"melody", "2"}}, true), Texts{});
+    EXPECT_LT(mostWaiting, 100U);
+    ASSERT_EQ(observer.told.size(), kAnnounced + 1);
+    for (std::size_t number = 1; number <= kAnnounced; ++number) {
+        EXPECT_EQ(observer.told[number - 1], "lazy-2=" + std::to_string(number));
+    }
 }
 
 TEST_F(ItemWriterTest, AnOwnerCannotRefuseWhatItWasNotSent) {

@@ -23,6 +23,8 @@ TEST_F(NotificationOrderTest, WhatAnOwnerWritesWithinARecordIsToldInTheOrderOfEf
         std::vector<std::pair<std::string, std::string>> inner;
         Texts single;
         Texts bulk;
+        bool takesMelody = true;
+        bool isOneByOne = false;
     };
     const Case cases[] = {
         {"an item that was written before the owner was called",
@@ -32,22 +34,37 @@ TEST_F(NotificationOrderTest, WhatAnOwnerWritesWithinARecordIsToldInTheOrderOfEf
         {"an item that is written after the owner was called",
          {{"volume", "inner"}},
          {"volume=inner", "melody=outer", "lazy=outer", "volume=outer"},
-         {"volume=inner", "melody=outer lazy=outer volume=outer"}},
+         {"volume=inner", "melody=outer lazy=outer volume=outer"},
+         false},
         {"one of each: neither record can come first as a whole",
          {{"volume", "inner"}, {"melody", "inner"}},
          {"melody=outer", "lazy=outer", "volume=inner", "melody=inner", "volume=outer"},
          {"melody=outer lazy=outer", "volume=inner melody=inner", "volume=outer"}},
+        {"one of each, one after the other: every record can stay whole",
+         {{"melody", "inner"}, {"volume", "inner"}},
+         {"volume=inner", "melody=outer", "lazy=outer", "volume=outer", "melody=inner"},
+         {"volume=inner", "melody=outer lazy=outer volume=outer", "melody=inner"},
+         true,
+         true},
     };
     registry.addObserver("all-data", {&first, false});
     registry.addObserver("all-data", {&second, true});
     for (const Case& each : cases) {
         SCOPED_TRACE(each.name);
-        owner.onSet = [&](ManageableData& /*record*/) { return set(each.inner, true).empty(); };
+        owner.onSet = [&](ManageableData& /*record*/) {
+            if (!each.isOneByOne) {
+                return set(each.inner, true).empty();
+            }
+            for (const auto& item : each.inner) {
+                set({item}, true);
+            }
+            return true;
+        };
         EXPECT_EQ(set({{"melody", "outer"}, {"lazy", "outer"}, {"volume", "outer"}}, true),
                   Texts{});
         EXPECT_EQ(std::exchange(first.told, {}), each.single);
         EXPECT_EQ(std::exchange(second.told, {}), each.bulk);
-        EXPECT_EQ(get("melody"), each.inner.back().first == "melody" ? "inner" : "outer");
+        EXPECT_EQ(get("melody"), each.takesMelody ? "inner" : "outer");
         EXPECT_EQ(get("volume"), "outer");
     }
 }
