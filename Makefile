@@ -9,12 +9,13 @@ PROGRAMS := vireod vireoctl vireo_client_mgmt
 
 .DEFAULT_GOAL := help
 .NOTPARALLEL:
-.PHONY: help run demo test sanitize fuzz lint format install clean programs
+.PHONY: help run demo test bench sanitize fuzz lint format install clean programs
 
 help:
 	@echo "make run       install what is missing, build, and run the service on the sample phone"
 	@echo "make demo      a tour that starts and stops everything itself"
 	@echo "make test      build and run all tests"
+	@echo "make bench     compare speed and memory with what else one could use; QUICK=1: under a minute"
 	@echo "make sanitize  all tests under the address, undefined behaviour and thread sanitizers"
 	@echo "make fuzz      feed the decoders with made-up input, FUZZ_SECONDS ($(FUZZ_SECONDS)) for each"
 	@echo "make lint      format, static analysis, include direction, sample configuration"
@@ -33,6 +34,12 @@ test:
 	cmake --preset release -D VIREO_BUILD_TESTS=ON
 	cmake --build --preset release --parallel $(JOBS)
 	@ctest --preset release --parallel $(JOBS)
+
+bench:
+	scripts/install-deps build bench
+	cmake --preset release -D VIREO_BUILD_BENCH=ON
+	cmake --build --preset release --parallel $(JOBS) --target vireo_bench
+	@scripts/bench $(BUILD) $(if $(QUICK),--quick)
 
 sanitize:
 	scripts/install-deps build test
