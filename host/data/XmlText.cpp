@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <iterator>
 
+#include "data/ByteScan.h"
 #include "data/Utf8.h"
 
 namespace vireo {
@@ -32,15 +33,17 @@ bool isNamePart(std::uint32_t c) {
            (c >= 0x300 && c <= 0x36F) || c == 0x203F || c == 0x2040;
 }
 
-template <class Replacement>
+/// `Replaced` are the characters for which there is a replacement.
+template <char... Replaced, class Replacement>
 void appendReplacing(std::string& out, std::string_view text, Replacement replacement) {
     std::size_t start = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
+    for (std::size_t i = ByteScan::skipOthers<Replaced...>(text, 0); i < text.size(); ++i) {
         const char* instead = replacement(text[i]);
         if (instead != nullptr) {
             out.append(text, start, i - start);
             out.append(instead);
             start = i + 1;
+            i = ByteScan::skipOthers<Replaced...>(text, start) - 1;
         }
     }
     out.append(text, start);
@@ -63,7 +66,7 @@ bool XmlText::isName(std::string_view name) noexcept {
 }
 
 std::optional<std::string> XmlText::findUncarriable(std::string_view text) {
-    std::size_t position = 0;
+    std::size_t position = ByteScan::skipAscii(text, 0);
     while (position < text.size()) {
         const std::size_t start = position;
         std::uint32_t c = 0;
@@ -73,12 +76,15 @@ std::optional<std::string> XmlText::findUncarriable(std::string_view text) {
                           static_cast<unsigned>(static_cast<unsigned char>(text[start])), start);
             return std::string(found.data());
         }
+        if (c < 0x20 || c >= 0x80) {
+            position = ByteScan::skipAscii(text, position);
+        }
     }
     return std::nullopt;
 }
 
 void XmlText::appendEscaped(std::string& out, std::string_view text) {
-    appendReplacing(out, text, [](char c) -> const char* {
+    appendReplacing<'&', '<', '>', '\r'>(out, text, [](char c) -> const char* {
         switch (c) {
             case '&':
                 return "&amp;";
@@ -95,7 +101,7 @@ void XmlText::appendEscaped(std::string& out, std::string_view text) {
 }
 
 void XmlText::appendEscapedAttribute(std::string& out, std::string_view text) {
-    appendReplacing(out, text, [](char c) -> const char* {
+    appendReplacing<'&', '<', '>', '"', '\t', '\n', '\r'>(out, text, [](char c) -> const char* {
         switch (c) {
             case '&':
                 return "&amp;";

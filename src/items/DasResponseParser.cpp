@@ -42,9 +42,96 @@ struct ParserDeleter {
     void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
 };
 
+bool takeHead(std::string_view& text, std::string_view head) {
+    const bool isThere = text.substr(0, head.size()) == head;
+    text.remove_prefix(isThere ? head.size() : 0);
+    return isThere;
+}
+
+bool isPlainNameStart(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+}
+
+/// Takes an ASCII name; empty when there is none.
+std::string_view takeName(std::string_view& text) {
+    std::size_t end = 0;
+    while (end < text.size() &&
+           (isPlainNameStart(text[end]) || (end > 0 && ((text[end] >= '0' && text[end] <= '9') ||
+                                                        text[end] == '-' || text[end] == '.')))) {
+        ++end;
+    }
+    const std::string_view name = text.substr(0, end);
+    text.remove_prefix(end);
+    return name;
+}
+
+/// Whether the text stands for itself, whatever its place.
+bool isPlainText(std::string_view text) {
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || byte >= 0x7F || c == '&' || c == '<' || c == '>') {
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 bool DasResponseParser::parseXmlResponse(const std::string& response) {
+    forget();
+    if (takePlainAnswer(response)) {
+        return true;
+    }
+    forget();
+    return takeAnswer(response);
+}
+
+void DasResponseParser::forget() {
+    m_values.clear();
+    m_schemaName.clear();
+    m_currentText.clear();
+    m_failed = false;
+}
+
+// Nearly every answer is a schema with some elements of plain text. Making an XML parser for it
+// costs more than all else that a read does; whatever is not just so is left to one.
+bool DasResponseParser::takePlainAnswer(std::string_view answer) {
+    takeHead(answer, R"(<?xml version="1.0" encoding="utf-8"?>)");
+    if (!takeHead(answer, "<Schema name=\"")) {
+        return false;
+    }
+    m_schemaName = takeName(answer);
+    if (m_schemaName.empty() || !takeHead(answer, "\">")) {
+        return false;
+    }
+    while (answer != "</Schema>") {
+        if (!takePlainElement(answer)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool DasResponseParser::takePlainElement(std::string_view& answer) {
+    if (!takeHead(answer, "<")) {
+        return false;
+    }
+    const std::string_view name = takeName(answer);
+    if (name.empty() || name == kSchemaElement || !takeHead(answer, ">")) {
+        return false;
+    }
+    const std::string_view text = answer.substr(0, answer.find('<'));
+    answer.remove_prefix(text.size());
+    if (!isPlainText(text) || !takeHead(answer, "</") || !takeHead(answer, name) ||
+        !takeHead(answer, ">")) {
+        return false;
+    }
+    m_values[std::string(name)] = text;
+    return true;
+}
+
+bool DasResponseParser::takeAnswer(const std::string& response) {
     const std::unique_ptr<XML_ParserStruct, ParserDeleter> parser(XML_ParserCreate(nullptr));
     if (!parser) {
         return false;
@@ -53,9 +140,6 @@ bool DasResponseParser::parseXmlResponse(const std::string& response) {
     XML_SetElementHandler(parser.get(), DasResponseStartElementHandler,
                           DasResponseEndElementHandler);
     XML_SetCharacterDataHandler(parser.get(), DasResponseCharacterDataHandler);
-    m_values.clear();
-    m_schemaName.clear();
-    m_failed = false;
     return XML_Parse(parser.get(), response.data(), static_cast<int>(response.size()), 1) ==
                XML_STATUS_OK &&
            !m_failed;

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 
 namespace vireo {
 
@@ -24,6 +25,11 @@ public:
     void fail() { m_failed = true; }
 
 private:
+    bool takePlainAnswer(std::string_view answer);
+    bool takePlainElement(std::string_view& answer);
+    bool takeAnswer(const std::string& response);
+    void forget();
+
     std::string m_currentText;
     std::string m_schemaName;
     std::map<std::string, std::string> m_values;

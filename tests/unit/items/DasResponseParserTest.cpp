@@ -41,6 +41,45 @@ TEST(DasResponseParser, ForgetsTheAnswerBefore) {
     }
 }
 
+TEST(DasResponseParser, ReadsPlainAndOtherAnswersAlike) {
+    const std::string head = R"(<?xml version="1.0" encoding="utf-8"?><Schema name="T">)";
+    const struct {
+        const char* content;
+        const char* value;  // null: malformed
+    } answers[] = {
+        {"<A>plain</A></Schema>", "plain"},
+        {"<A></A></Schema>", ""},
+        {"<A>1</A><A>2</A></Schema>", "2"},
+        {"<A> ]] \"'</A></Schema>", " ]] \"'"},
+        {"<A>a&amp;b</A></Schema>", "a&b"},
+        {"<A>\xc3\xa4</A></Schema>", "\xc3\xa4"},
+        {"<A>two\r\nlines</A></Schema>", "two\nlines"},
+        {"<A x=\"1\">1</A ></Schema>\n", "1"},
+        {"<A><!-- --><![CDATA[<]]></A></Schema>", "<"},
+        {"<Schema><A>1</A></Schema></Schema>", "1"},
+        {"</Schema>", "(absent)"},
+        {"", nullptr},
+        {"<A>1</A>", nullptr},
+        {"<A>1</B></Schema>", nullptr},
+        {"<A>1</A></Schema><A>2</A>", nullptr},
+        {"<A>]]></A></Schema>", nullptr},
+        {"<A>\x01</A></Schema>", nullptr},
+        {"<A>\xff</A></Schema>", nullptr},
+        {"<1>1</1></Schema>", nullptr},
+        {"<A>1</Ab></Schema>", nullptr},
+        {"<Ab>1</A></Schema>", nullptr},
+    };
+    for (const auto& answer : answers) {
+        DasResponseParser parser;
+        const bool isGood = parser.parseXmlResponse(head + answer.content);
+        EXPECT_EQ(isGood, answer.value != nullptr) << answer.content;
+        if (isGood && answer.value != nullptr) {
+            EXPECT_EQ(valueOf(parser, "A"), answer.value) << answer.content;
+            EXPECT_EQ(parser.schemaName(), "T") << answer.content;
+        }
+    }
+}
+
 TEST(NodeId, IsOrderedByItemThenByNodeByteByByte) {
     const NodeId ordered[] = {{"", "z"},   {"a", "a"},   {"a", "b"},
                               {"ab", "z"}, {"abc", "a"}, {"\xc3\xa4", ""}};
