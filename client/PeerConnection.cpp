@@ -26,6 +26,18 @@ private:
     std::vector<Wait*>& m_waits;
 };
 
+/// Counts a message as being served while it lives, also when serving it ends by an exception.
+class PeerConnection::Depth {
+public:
+    explicit Depth(unsigned& count) : m_count(count) { ++m_count; }
+    ~Depth() { --m_count; }
+    Depth(const Depth&) = delete;
+    Depth& operator=(const Depth&) = delete;
+
+private:
+    unsigned& m_count;
+};
+
 PeerConnection::PeerConnection(FileDescriptor socket, Server server)
     : m_stream(std::move(socket)), m_ready(m_stream.socket()), m_server(std::move(server)) {}
 
@@ -226,10 +238,8 @@ void PeerConnection::takeNotification(const FrameStream::Frame& frame) {
 
 std::string PeerConnection::serve(std::string_view protocol, std::string_view interfaceName,
                                   std::string_view payload) {
-    ++m_serving;
-    std::string reply = m_server(protocol, interfaceName, payload);
-    --m_serving;
-    return reply;
+    const Depth depth(m_serving);
+    return m_server(protocol, interfaceName, payload);
 }
 
 void PeerConnection::updateReadiness() {

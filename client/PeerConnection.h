@@ -67,6 +67,7 @@ private:
         std::size_t size() const { return sizeof *this + payload.size(); }
     };
     class OpenWait;
+    class Depth;
 
     PeerConnection(FileDescriptor socket, Server server);
 
