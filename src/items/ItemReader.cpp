@@ -153,7 +153,7 @@ bool ItemReader::readFromAgent(MgmtAgentIfc& agent, ManageableData& record,
     VCMS_LOG(kLogDebug, "Calling getData on management agent for rootId = %s", rootId.c_str());
     const bool result = guarded("getData of an agent", false, [&] { return agent.getData(item); });
     if (result) {
-        ItemRecords::takeItem(item, record, rootId);
+        ItemRecords::takeItem(item, m_catalogue.master(), record, rootId);
     }
     return result;
 }
@@ -173,7 +173,7 @@ bool ItemReader::askOwner(const std::string& managementId, ManageableData& reque
     VCMS_LOG(kLogDump, "getData(): requesting data from mgmtId(%s) succeeded, result(%s)",
              managementId.c_str(), request.serialize().c_str());
     for (const std::string& rootId : wanted) {
-        ItemRecords::takeItem(request, record, rootId);
+        ItemRecords::takeItem(request, m_catalogue.master(), record, rootId);
     }
     return true;
 }

@@ -103,12 +103,18 @@ bool ItemRecords::takeRefusals(const ManageableData& answer, const std::vector<s
     return isAny;
 }
 
-void ItemRecords::takeItem(const ManageableData& answer, ManageableData& target,
-                           const std::string& rootId) {
-    if (const DxlDocumentPointer document = answer.getDocument(rootId)) {
-        target.copySchema(document->schemaName(), answer);
-        target.putDocument(document);
+void ItemRecords::takeItem(const ManageableData& answer, const DxlCollection& master,
+                           ManageableData& target, const std::string& rootId) {
+    const DxlDocumentPointer document = answer.getDocument(rootId);
+    if (!document) {
+        return;
     }
+    // A schema is shared by all items of its name, so no owner may replace it for the others.
+    const std::string& schemaName = document->schemaName();
+    if (!target.copySchema(schemaName, master) && !target.getSchema(schemaName)) {
+        target.copySchema(schemaName, answer);
+    }
+    target.putDocument(document);
 }
 
 void ItemRecords::copyItems(const ManageableData& source, ManageableData& target,

@@ -27,10 +27,11 @@ public:
     /// and nothing appended, when there are none.
     static bool takeRefusals(const ManageableData& answer, const std::vector<std::string>& sent,
                              ManageableData& target);
-    /// Puts an owner's answer for the item into `target`; its schema takes the place of the one
-    /// there. Whatever else the owner sent stays out.
-    static void takeItem(const ManageableData& answer, ManageableData& target,
-                         const std::string& rootId);
+    /// Puts an owner's answer for the item into `target`. The schema of its document is the one in
+    /// `master`; the owner's where that has none and the target has not got one of the name yet.
+    /// Whatever else the owner sent stays out.
+    static void takeItem(const ManageableData& answer, const DxlCollection& master,
+                         ManageableData& target, const std::string& rootId);
     /// The same as `copyItem` for those of the items that `source` has.
     static void copyItems(const ManageableData& source, ManageableData& target,
                           const std::vector<std::string>& rootIds);

@@ -158,5 +158,29 @@ TEST_F(ItemReaderTest, OwnersAreAskedOncePerItemOrOncePerRead) {
     EXPECT_EQ(ports.count(kLogError, "getData of an agent: unknown exception"), 1);
 }
 
+TEST_F(ItemReaderTest, AnOwnersSchemasTakeNobodysPlace) {
+    TestAgent owner;
+    std::string schemaName = "text";
+    owner.onGet = [&](ManageableData& record) {
+        const auto named = [&](const std::string& name) {
+            return std::make_shared<const DxlNode>(name, DxlNode::Kind::eLeaf, "of the owner");
+        };
+        record.putSchema(std::make_shared<const DxlSchema>(named(schemaName)));
+        record.putDocument(std::make_shared<const DxlDocument>("eager", named(schemaName)));
+        return true;
+    };
+    ASSERT_TRUE(registry.addAgent("EagerMgmtId", {&owner, false}));
+    ManageableData record;
+    for (const char* tag : {"volume", "eager"}) {
+        record.addRootId(tag, nullptr);
+    }
+    EXPECT_TRUE(reader.getData(record));
+    EXPECT_EQ(record.interogate("eager")->value(), "of the owner");
+    EXPECT_EQ(record.getSchema("text"), catalogue.master().getSchema("text"));
+    schemaName = "own";
+    EXPECT_TRUE(reader.getData(record));
+    EXPECT_TRUE(record.getSchema("own")) << "one that nobody else has comes along";
+}
+
 }  // namespace
 }  // namespace vireo::test
