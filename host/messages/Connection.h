@@ -62,13 +62,18 @@ public:
     std::string label() const;
 
     // Kept here for the loop: the epoll events that it is registered for, whether it is registered
-    // at all, and whether it is to be visited at the end of this turn.
+    // at all, whether it is to be visited at the end of this turn, whether frames may be left in its
+    // buffer, and whether it waits for its next turn at them.
     std::uint32_t interest() const { return m_interest; }
     void setInterest(std::uint32_t events) { m_interest = events; }
     bool watched() const { return m_watched; }
     void setWatched(bool watched) { m_watched = watched; }
     bool revisitPending() const { return m_revisitPending; }
     void setRevisitPending(bool pending) { m_revisitPending = pending; }
+    bool hasLeft() const { return m_hasLeft; }
+    void setHasLeft(bool left) { m_hasLeft = left; }
+    bool isPutOff() const { return m_isPutOff; }
+    void setPutOff(bool putOff) { m_isPutOff = putOff; }
 
 private:
     void skipOversized();
@@ -85,6 +90,8 @@ private:
     bool m_finishing = false;
     bool m_watched = false;
     bool m_revisitPending = false;
+    bool m_hasLeft = false;
+    bool m_isPutOff = false;
 };
 
 }  // namespace vireo

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <span>
 #include <system_error>
+#include <utility>
 
 #include "log/Log.h"
 
@@ -98,8 +99,9 @@ bool MessageLoop::run() {
 }
 
 bool MessageLoop::waitAndServe() {
+    const int longest = m_accepting ? -1 : m_limits.acceptPauseMs;
     const int count = ::epoll_wait(m_epoll.get(), m_events.data(), static_cast<int>(kEventsAtOnce),
-                                   m_accepting ? -1 : m_limits.acceptPauseMs);
+                                   m_putOff.empty() ? longest : 0);
     if (count < 0 && errno != EINTR) {
         if (loggingOnUni(kLogError)) {
             logAppUni(kComponent, kFile, kLogError, __LINE__, "cannot wait for messages: %s",
@@ -117,12 +119,13 @@ bool MessageLoop::waitAndServe() {
         } else if (event.data.fd == m_listener->descriptor()) {
             acceptSome();
         } else if (const auto found = m_connections.find(event.data.fd);
-                   found != m_connections.end()) {
+                   found != m_connections.end() && !found->second->isPutOff()) {
             turn(ConnectionPointer(found->second), event.events);
         }
         m_tasks.runPosted();
         runRevisits();
     }
+    runPutOff();
     return true;
 }
 
@@ -147,12 +150,25 @@ void MessageLoop::runRevisits() {
     while (next < m_revisits.size()) {
         const ConnectionPointer connection = m_revisits[next++];
         connection->setRevisitPending(false);
-        const auto found = m_connections.find(connection->descriptor());
-        if (found != m_connections.end() && found->second == connection) {
-            turn(connection, 0);
-        }
+        turnIfHere(connection);
     }
     m_revisits.clear();
+}
+
+void MessageLoop::runPutOff() {
+    for (const ConnectionPointer& connection : std::exchange(m_putOff, {})) {
+        connection->setPutOff(false);
+        turnIfHere(connection);
+        m_tasks.runPosted();
+        runRevisits();
+    }
+}
+
+void MessageLoop::turnIfHere(const ConnectionPointer& connection) {
+    const auto found = m_connections.find(connection->descriptor());
+    if (found != m_connections.end() && found->second == connection) {
+        turn(connection, 0);
+    }
 }
 
 void MessageLoop::setAccepting(bool on) {
@@ -224,14 +240,25 @@ void MessageLoop::turn(const ConnectionPointer& connection, std::uint32_t events
         return;
     }
     bool alive = connection->flush() && serveReceived(connection);
-    if (alive && (events & ~EPOLLOUT) != 0 && readable(*connection)) {
+    if (alive && (events & ~EPOLLOUT) != 0 && readable(*connection) && !connection->hasLeft()) {
         alive = receiveAndServe(connection);
     }
     connection->awaited().stopReading();
     if (!alive || (connection->finishing() && connection->unsent() == 0)) {
         close(connection);
     } else {
-        updateInterest(*connection);
+        waitFor(connection);
+    }
+}
+
+// Other threads write too, so what is unsent is looked at once: either it brings an event, or the
+// frames that it held up have their turn.
+void MessageLoop::waitFor(const ConnectionPointer& connection) {
+    const std::size_t unsent = connection->unsent();
+    updateInterest(*connection, unsent);
+    if (connection->hasLeft() && unsent <= m_limits.maximumUnsent && !connection->isPutOff()) {
+        connection->setPutOff(true);
+        m_putOff.push_back(connection);
     }
 }
 
@@ -256,6 +283,7 @@ bool MessageLoop::serveReceived(const ConnectionPointer& connection) {
     while (readable(*connection)) {
         const FrameFinding found = connection->next(frame);
         if (found == FrameFinding::eNothing) {
+            connection->setHasLeft(false);
             return connection->flush();
         }
         m_protocol.handle(connection, found, frame);
@@ -263,15 +291,16 @@ bool MessageLoop::serveReceived(const ConnectionPointer& connection) {
             return false;
         }
     }
-    // Over the limit, whole frames may be left in the buffer. Nothing is flushed then: the event
-    // that the socket takes more is what brings the loop back to them.
+    // Over the limit nothing is flushed: the event that the socket takes more is what brings the
+    // loop back to the frames that are left.
+    connection->setHasLeft(!connection->finishing());
     return connection->unsent() > m_limits.maximumUnsent || connection->flush();
 }
 
-void MessageLoop::updateInterest(Connection& connection) {
+void MessageLoop::updateInterest(Connection& connection, std::size_t unsent) {
     const std::uint32_t wanted =
-        (connection.finishing() || connection.unsent() > m_limits.maximumUnsent ? 0U : EPOLLIN) |
-        (connection.unsent() > 0 ? EPOLLOUT : 0U);
+        (connection.finishing() || unsent > m_limits.maximumUnsent ? 0U : EPOLLIN) |
+        (unsent > 0 ? EPOLLOUT : 0U);
     if (connection.watched() && wanted == connection.interest()) {
         return;
     }

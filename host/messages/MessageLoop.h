@@ -91,10 +91,13 @@ private:
     bool receiveAndServe(const ConnectionPointer& connection);
     bool serveReceived(const ConnectionPointer& connection);
     bool readable(const Connection& connection) const;
-    void updateInterest(Connection& connection);
+    void waitFor(const ConnectionPointer& connection);
+    void updateInterest(Connection& connection, std::size_t unsent);
     void close(const ConnectionPointer& connection);
     void unwatch(Connection& connection);
     void runRevisits();
+    void runPutOff();
+    void turnIfHere(const ConnectionPointer& connection);
 
     FileDescriptor m_epoll;
     FileDescriptor m_wakeUp;
@@ -110,6 +113,7 @@ private:
     PeerCalls m_calls;
     TaskQueue m_tasks;
     std::vector<ConnectionPointer> m_revisits;
+    std::vector<ConnectionPointer> m_putOff;  // have frames left for another turn
     std::atomic<std::thread::id> m_thread{};
     std::atomic<bool> m_stopRequested{false};
 };
