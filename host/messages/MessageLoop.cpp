@@ -232,16 +232,19 @@ bool MessageLoop::readable(const Connection& connection) const {
 }
 
 void MessageLoop::turn(const ConnectionPointer& connection, std::uint32_t events) {
+    std::size_t budget = m_limits.framesInTurn;
     if (!connection->awaited().tryRead()) {
         // Whoever reads it asks for a visit for each frame that it comes across, and at the end.
         unwatch(*connection);
-        m_calls.serveDeferred(connection);
+        if (!m_calls.serveDeferred(connection, budget)) {
+            putOff(connection);
+        }
         connection->flush();
         return;
     }
-    bool alive = connection->flush() && serveReceived(connection);
+    bool alive = connection->flush() && serveReceived(connection, budget);
     if (alive && (events & ~EPOLLOUT) != 0 && readable(*connection) && !connection->hasLeft()) {
-        alive = receiveAndServe(connection);
+        alive = receiveAndServe(connection, budget);
     }
     connection->awaited().stopReading();
     if (!alive || (connection->finishing() && connection->unsent() == 0)) {
@@ -256,16 +259,22 @@ void MessageLoop::turn(const ConnectionPointer& connection, std::uint32_t events
 void MessageLoop::waitFor(const ConnectionPointer& connection) {
     const std::size_t unsent = connection->unsent();
     updateInterest(*connection, unsent);
-    if (connection->hasLeft() && unsent <= m_limits.maximumUnsent && !connection->isPutOff()) {
+    if (connection->hasLeft() && unsent <= m_limits.maximumUnsent) {
+        putOff(connection);
+    }
+}
+
+void MessageLoop::putOff(const ConnectionPointer& connection) {
+    if (!connection->isPutOff()) {
         connection->setPutOff(true);
         m_putOff.push_back(connection);
     }
 }
 
-bool MessageLoop::receiveAndServe(const ConnectionPointer& connection) {
+bool MessageLoop::receiveAndServe(const ConnectionPointer& connection, std::size_t& budget) {
     switch (connection->receive()) {
         case Connection::Received::eBytes:
-            return serveReceived(connection);
+            return serveReceived(connection, budget);
         case Connection::Received::eNothing:
             return true;
         case Connection::Received::eEnd:
@@ -277,15 +286,16 @@ bool MessageLoop::receiveAndServe(const ConnectionPointer& connection) {
     return connection->flush();
 }
 
-bool MessageLoop::serveReceived(const ConnectionPointer& connection) {
-    m_calls.serveDeferred(connection);
+bool MessageLoop::serveReceived(const ConnectionPointer& connection, std::size_t& budget) {
+    bool mayGoOn = m_calls.serveDeferred(connection, budget);  // those came before
     Frame frame;
-    while (readable(*connection)) {
+    for (; mayGoOn && readable(*connection); mayGoOn = budget > 0) {
         const FrameFinding found = connection->next(frame);
         if (found == FrameFinding::eNothing) {
             connection->setHasLeft(false);
             return connection->flush();
         }
+        --budget;
         m_protocol.handle(connection, found, frame);
         if (connection->unsent() >= kEarlyFlush && !connection->flush()) {
             return false;

@@ -26,8 +26,9 @@ namespace vireo {
 
 /// Serves the peers of the service, all on the one thread that calls `run`: the message thread.
 ///
-/// Each turn of a connection reads once, handles every whole frame that is there and writes all
-/// replies at once. Replies come in the order of the requests. A peer that does not take its
+/// Each turn of a connection reads once, handles the whole frames that are there, up to a number,
+/// and writes all replies at once; what is left waits until the others have had a turn. Replies
+/// come in the order of the requests. A peer that does not take its
 /// replies is not read from until it does, so that neither it nor the service runs out of memory;
 /// the others do not notice.
 class MessageLoop {
@@ -88,14 +89,15 @@ private:
     void admit(FileDescriptor socket);
     void setAccepting(bool on);
     void turn(const ConnectionPointer& connection, std::uint32_t events);
-    bool receiveAndServe(const ConnectionPointer& connection);
-    bool serveReceived(const ConnectionPointer& connection);
+    bool receiveAndServe(const ConnectionPointer& connection, std::size_t& budget);
+    bool serveReceived(const ConnectionPointer& connection, std::size_t& budget);
     bool readable(const Connection& connection) const;
     void waitFor(const ConnectionPointer& connection);
     void updateInterest(Connection& connection, std::size_t unsent);
     void close(const ConnectionPointer& connection);
     void unwatch(Connection& connection);
     void runRevisits();
+    void putOff(const ConnectionPointer& connection);
     void runPutOff();
     void turnIfHere(const ConnectionPointer& connection);
 

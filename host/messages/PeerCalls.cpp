@@ -3,6 +3,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <limits>
 
 #include "log/Log.h"
 #include "messages/Connection.h"
@@ -190,11 +191,19 @@ void PeerCalls::handle(const ConnectionPointer& connection, FrameFinding found, 
     }
 }
 
-void PeerCalls::serveDeferred(const ConnectionPointer& connection) {
+bool PeerCalls::serveDeferred(const ConnectionPointer& connection, std::size_t& budget) {
     OwnedFrame owned;
-    while (connection->awaited().takeDeferred(owned)) {
+    while (budget > 0 && connection->awaited().takeDeferred(owned)) {
+        --budget;
         handle(connection, owned.finding(), owned.frame(), true);
     }
+    return budget > 0;
+}
+
+// All of them: whoever waits for this peer must not wait for a turn.
+void PeerCalls::serveDeferred(const ConnectionPointer& connection) {
+    std::size_t all = std::numeric_limits<std::size_t>::max();
+    serveDeferred(connection, all);
 }
 
 }  // namespace vireo

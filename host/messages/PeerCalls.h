@@ -49,12 +49,14 @@ public:
     bool notify(const PeerAddress& to, std::string_view payload);
 
     using ConnectionPointer = std::shared_ptr<Connection>;
-    /// Handles the frames that other threads came across. Message thread only.
-    void serveDeferred(const ConnectionPointer& connection);
+    /// Handles the frames that other threads came across, at most `budget`, which becomes less by
+    /// each. False when it is used up and there may be more. Message thread only.
+    bool serveDeferred(const ConnectionPointer& connection, std::size_t& budget);
 
 private:
     using Deadline = AwaitedReplies::Clock::time_point;
 
+    void serveDeferred(const ConnectionPointer& connection);
     ConnectionPointer reach(const PeerAddress& to, std::string_view payload);
     void await(const ConnectionPointer& connection, const AwaitedReplies::Call& call,
                Deadline deadline);

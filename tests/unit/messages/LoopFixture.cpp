@@ -14,6 +14,8 @@ void EchoInvoker::handleMessage(Executable* executable, const char* message, int
     if (text.starts_with("big:")) {
         ++bigHandled;
         reply.assign(std::stoul(text.substr(4)), 'b');
+    } else if (text == "count") {
+        reply = std::to_string(handled);
     } else if (text == "protocol") {
         reply = response->protocol();
     }

@@ -16,7 +16,8 @@
 namespace vireo::test {
 
 /// Does what the message says: "big:N" is answered with N bytes, "twice" and "silent" break the
-/// rule of one reply, "throw" and "throw a number" let something out; anything else comes back.
+/// rule of one reply, "throw" and "throw a number" let something out, "count" is answered with the
+/// number of messages so far; anything else comes back.
 class EchoInvoker : public Invoker {
 public:
     void initInvoker(FrameworkContext*) override {}

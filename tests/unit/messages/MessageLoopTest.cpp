@@ -100,6 +100,24 @@ TEST_F(MessageLoopTest, ThousandsOfRequestsInOneWriteAreAnsweredInOrder) {
     expectEchoes(peer, payloads);
 }
 
+TEST_F(MessageLoopTest, APeerThatFloodsLetsTheOthersHaveTheirTurn) {
+    start();
+    FramePeer flooding(m_socket);
+    FramePeer other(m_socket);
+    ASSERT_EQ(flooding.hello("flooding"), "flooding");
+    ASSERT_EQ(other.hello("other"), "other");
+    std::promise<void> gate;
+    m_loop.postTask([&] { gate.get_future().wait(); });  // until both have sent
+    const auto payloads = numberedPayloads(1000);
+    ASSERT_TRUE(flooding.write(requestsFor(payloads)));
+    ASSERT_TRUE(other.write(FramePeer::frame(FrameKind::eRequest, 1, "count")));
+    gate.set_value();
+    const auto reply = other.read();
+    ASSERT_TRUE(reply);
+    EXPECT_LE(std::stoul(reply->payload), MessageLimits().framesInTurn + 1);
+    expectEchoes(flooding, payloads);
+}
+
 TEST_F(MessageLoopTest, RequestsCutIntoSingleBytesAreAnswered) {
     start();
     FramePeer peer(m_socket);
