@@ -62,8 +62,8 @@ public:
     std::string label() const;
 
     // Kept here for the loop: the epoll events that it is registered for, whether it is registered
-    // at all, whether it is to be visited at the end of this turn, whether frames may be left in its
-    // buffer, and whether it waits for its next turn at them.
+    // at all, whether it is to be visited at the end of this turn, whether frames may be left in
+    // its buffer, and whether it waits for its next turn at them.
     std::uint32_t interest() const { return m_interest; }
     void setInterest(std::uint32_t events) { m_interest = events; }
     bool watched() const { return m_watched; }

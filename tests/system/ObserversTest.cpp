@@ -76,9 +76,9 @@ TEST_F(Observers, OneThatCameBackUnderItsNameIsStillTold) {
     EXPECT_EQ(observer->takeTranscript(), Words{"told language=v3"});
 }
 
-TEST_F(Observers, AWatchThatWasKilledTellsEachChangeOnceWhenItIsRunAgain) {
-    const Words command{VIREOCTL,  "--socket", phone.socket(), "--channel",
-                        "watcher", "watch",    "language",     "audio-volumes"};
+TEST_F(Observers, AWatchThatWasKilledLeavesNothingToTheNextOneOfItsName) {
+    Words command{VIREOCTL,  "--socket", phone.socket(), "--channel",
+                  "watcher", "watch",    "language",     "audio-volumes"};
     std::optional<ChildProcess> watch;
     std::string line;
     const auto start = [&] {
@@ -104,6 +104,16 @@ TEST_F(Observers, AWatchThatWasKilledTellsEachChangeOnceWhenItIsRunAgain) {
     expectLine("language = v3");
     expectLine("ringer-volume = 4");
     expectLine("language = v4");
+    watch->kill(SIGKILL);
+    watch->finish();
+    command.pop_back();  // the collection
+    command.push_back("country");
+    start();
+    EXPECT_TRUE(write({"ringer-volume=5", "country=AT"}));
+    expectLine("country = AT");
+    EXPECT_TRUE(write({"ringer-volume=6", "language=v5"}));
+    expectLine("language = v5");
+    EXPECT_EQ(announceItems(*client, {"ringer-volume=7"}), 0) << "what it did not ask for is gone";
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "CallFailure.h"
 #include "StopSignal.h"
@@ -15,6 +16,7 @@ using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
 constexpr milliseconds kLongestWait = std::chrono::hours(24);
+constexpr const char* kAllData = "all-data";
 
 }  // namespace
 
@@ -27,7 +29,7 @@ ExitCode Watch::run(LocalMgmtClient::Options connection, const StopSignal& stop)
         m_errors << "vireoctl: " << error << '\n';
         return ExitCode::eNotReached;
     }
-    if (observeAll(*client)) {
+    if (giveUpAll(*client) && observeAll(*client)) {
         m_errors << "vireoctl: watching as " << client->channelName() << '\n';
         m_code = watch(*client, stop);
     }
@@ -37,15 +39,22 @@ ExitCode Watch::run(LocalMgmtClient::Options connection, const StopSignal& stop)
 
 // What an earlier process of this channel name observed and did not stop is given up first, or each
 // change would be told twice.
-bool Watch::observeAll(LocalMgmtClient& client) {
-    bool result = false;
-    m_isWatching = true;
-    for (const std::string& tag : m_options.tags) {
+bool Watch::giveUpAll(LocalMgmtClient& client) {
+    std::set<std::string> tags(m_options.tags.begin(), m_options.tags.end());
+    m_wantsAll = !tags.insert(kAllData).second;
+    for (const std::string& tag : tags) {
         if (const CallStatus status = giveUp(client, tag); status != CallStatus::eDone) {
             fail(client, status);
             return false;
         }
     }
+    m_wanted.insert(m_options.tags.begin(), m_options.tags.end());
+    return true;
+}
+
+bool Watch::observeAll(LocalMgmtClient& client) {
+    bool result = false;
+    m_isWatching = true;
     for (const std::string& tag : m_options.tags) {
         if (const CallStatus status = client.observeData(tag, m_options.bulk, result);
             status != CallStatus::eDone) {
@@ -78,6 +87,9 @@ ExitCode Watch::watch(LocalMgmtClient& client, const StopSignal& stop) {
             fail(client, CallStatus::eDisconnected);
             break;
         }
+        if (!giveUpStrays(client)) {
+            break;
+        }
     }
     m_isWatching = false;
     return m_code;
@@ -102,7 +114,21 @@ void Watch::stopObserving(LocalMgmtClient& client) {
     }
 }
 
-// A collection is observed as a whole, but given up item by item.
+// What an earlier process observed beside the items of this one goes as soon as it is seen.
+bool Watch::giveUpStrays(LocalMgmtClient& client) {
+    for (const std::string& tag : std::exchange(m_strays, {})) {
+        bool result = false;
+        if (const CallStatus status = client.stopObservingData(tag, result);
+            status != CallStatus::eDone) {
+            fail(client, status);
+            return false;
+        }
+    }
+    return true;
+}
+
+// A collection is observed as a whole, but given up item by item. Of one that cannot be read
+// completely not all items are known.
 CallStatus Watch::giveUp(LocalMgmtClient& client, const std::string& tag) {
     bool result = false;
     CallStatus status = client.stopObservingData(tag, result);
@@ -112,8 +138,10 @@ CallStatus Watch::giveUp(LocalMgmtClient& client, const std::string& tag) {
     ManageableData record;
     record.addRootId(tag, nullptr);
     status = client.getData(record, result);
+    m_wantsAll = m_wantsAll || !result;
     for (const DxlDocumentPointer& member : record.documents()) {
         if (status == CallStatus::eDone) {
+            m_wanted.insert(member->getName());
             status = client.stopObservingData(member->getName(), result);
         }
     }
@@ -125,14 +153,22 @@ bool Watch::manageableDataChanged(ManageableData& record) {
         return true;
     }
     ItemValues items;
+    bool isAnyWanted = false;
     for (const std::string& tag : record.rootIds()) {
         std::string value;
+        if (!isWanted(tag)) {
+            m_strays.insert(tag);
+            continue;
+        }
+        isAnyWanted = true;
         if (record.interogate(tag, tag, value)) {
             items.emplace_back(tag, std::move(value));
         }
     }
-    m_printer.changed(items);
-    ++m_told;
+    if (isAnyWanted) {
+        m_printer.changed(items);
+        ++m_told;
+    }
     return true;
 }
 

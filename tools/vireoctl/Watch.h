@@ -3,6 +3,7 @@
 #include <chrono>
 #include <optional>
 #include <ostream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,9 @@ namespace vireo {
 
 class StopSignal;
 
-/// The command that observes items and prints their changes as they happen.
+/// The command that observes items and prints their changes as they happen. Its channel name is
+/// often one that an earlier process had, which may have gone without taking its observations back:
+/// they are given up, and what they tell is not printed.
 class Watch : private MgmtAgentIfc {
 public:
     struct Options {
@@ -38,10 +41,13 @@ private:
     bool manageableDataChanged(ManageableData& record) override;
     bool resetUserData() override;
 
+    bool giveUpAll(LocalMgmtClient& client);
     bool observeAll(LocalMgmtClient& client);
     ExitCode watch(LocalMgmtClient& client, const StopSignal& stop);
     void stopObserving(LocalMgmtClient& client);
-    static CallStatus giveUp(LocalMgmtClient& client, const std::string& tag);
+    CallStatus giveUp(LocalMgmtClient& client, const std::string& tag);
+    bool giveUpStrays(LocalMgmtClient& client);
+    bool isWanted(const std::string& tag) const { return m_wantsAll || m_wanted.contains(tag); }
     bool isDone() const;
     void fail(const LocalMgmtClient& client, CallStatus status);
 
@@ -51,6 +57,9 @@ private:
     std::ostream& m_errors;
     std::chrono::milliseconds m_timeout{};
     std::vector<std::string> m_observed;
+    std::set<std::string> m_wanted;  // what is printed
+    bool m_wantsAll = false;         // or all, also when not all that is observed is known by name
+    std::set<std::string> m_strays;  // told, but not wanted
     unsigned m_told = 0;
     bool m_isWatching = false;
     ExitCode m_code = ExitCode::eDone;

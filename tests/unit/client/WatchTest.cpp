@@ -77,16 +77,20 @@ void expectRow(const Row& row, bool json) {
 TEST(Watch, PrintsWhatItIsToldAndStopsObservingAtTheEnd) {
     const Watch::Options both{{"a", "b"}, false, 2, {}};
     const auto observeBoth = [](PeerStream& stream) {
-        for (const char* method : {"stopObservingData", "observeDataBulkData"}) {
-            answer(stream, method, "a", true);
-            answer(stream, method, "b", true);
-        }
+        answer(stream, "stopObservingData", "a", true);
+        answer(stream, "stopObservingData", "all-data", true);
+        answer(stream, "stopObservingData", "b", true);
+        answer(stream, "observeDataBulkData", "a", true);
+        answer(stream, "observeDataBulkData", "b", true);
     };
     const auto untilCounted = [&](PeerStream& stream) {
         observeBoth(stream);
         tell(stream, {{"a", "1"}});
-        tell(stream, {{"b", "2"}, {"a", "3"}});
+        tell(stream, {{"left", "1"}});
+        answer(stream, "stopObservingData", "left", true);
+        tell(stream, {{"b", "2"}, {"left", "1"}, {"a", "3"}});
         tell(stream, {{"a", "one too many"}});
+        answer(stream, "stopObservingData", "left", true);
         answer(stream, "stopObservingData", "a", true);
         answer(stream, "stopObservingData", "b", true);
     };
@@ -109,6 +113,7 @@ TEST(Watch, PrintsWhatItIsToldAndStopsObservingAtTheEnd) {
     expectRow({"an item that is not there", both,
                [](PeerStream& stream) {
                    answer(stream, "stopObservingData", "a", true);
+                   answer(stream, "stopObservingData", "all-data", true);
                    answer(stream, "stopObservingData", "b", false);
                    answerRead(stream, "<record></record>");
                    answer(stream, "observeDataBulkData", "a", true);
@@ -120,6 +125,7 @@ TEST(Watch, PrintsWhatItIsToldAndStopsObservingAtTheEnd) {
     expectRow({"a time that is over, and a collection, which is given up by its members",
                {{"c"}, true, {}, milliseconds(1)},
                [](PeerStream& stream) {
+                   answer(stream, "stopObservingData", "all-data", true);
                    answer(stream, "stopObservingData", "c", false);
                    answerRead(stream, kMember);
                    answer(stream, "stopObservingData", "m", true);
