@@ -24,6 +24,19 @@ void announceUntilSeen(const RunningPhone& phone, const std::string& tag) {
     }
 }
 
+TEST(AgentCommands, AnIdThatNobodyCanOwnIsRefusedAndNotRegistered) {
+    const RunningPhone phone;
+    for (const std::string id : {"NoSuchId", "VcmsMgmtId"}) {
+        const Outcome refused = phone.ctl({"agent", id});
+        EXPECT_EQ(refused.exitCode, 1);
+        EXPECT_EQ(refused.out, "");
+        EXPECT_TRUE(refused.err.starts_with(
+            "vireoctl: no item that an agent can own has the management id '" + id +
+            "'; there are: BluetoothMgmtId, "))
+            << refused.err;
+    }
+}
+
 TEST(AgentCommands, AnOwnerAnswersRefusesEndsAndComesBackWhileAWatcherIsTold) {
     RunningPhone phone;
     const auto owner = command(phone, {"agent", "NetworkMgmtId", "--refuse", "host-name=fixed"});

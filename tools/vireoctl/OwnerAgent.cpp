@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <set>
 #include <utility>
 
 #include "CallFailure.h"
@@ -13,6 +14,25 @@
 namespace vireo {
 
 using std::chrono::milliseconds;
+
+namespace {
+
+constexpr const char* kItemMap = "masterItemMap";
+// The items of this one are the service's, which asks nobody for them.
+constexpr const char* kServiceId = "VcmsMgmtId";
+
+std::set<std::string> idsIn(const DxlDocument& itemMap) {
+    std::set<std::string> ids;
+    for (const DxlNode::Pointer& item : itemMap.root()->children()) {
+        if (const DxlNode* id = item->child("managementId")) {
+            ids.insert(id->text());
+        }
+    }
+    ids.erase(kServiceId);
+    return ids;
+}
+
+}  // namespace
 
 OwnerAgent::OwnerAgent(Options options, AnswerPrinter& printer, const std::ostream& out,
                        std::ostream& errors, const StopSignal& stop)
@@ -40,10 +60,33 @@ ExitCode OwnerAgent::run(LocalMgmtClient::Options connection, int input) {
         m_errors << "vireoctl: " << error << '\n';
         return ExitCode::eNotReached;
     }
-    if (registerAsOwner()) {
+    if (checkId() && registerAsOwner()) {
         serve(input);
     }
     return m_code;
+}
+
+// True also when the service does not tell which ids there are.
+bool OwnerAgent::checkId() {
+    ManageableData record;
+    record.addRootId(kItemMap, nullptr);
+    bool result = false;
+    const CallStatus status = m_client->getData(record, result);
+    const DxlDocumentPointer itemMap =
+        status == CallStatus::eDone ? record.getDocument(kItemMap) : nullptr;
+    const std::set<std::string> ids = itemMap ? idsIn(*itemMap) : std::set<std::string>();
+    if (!itemMap || ids.contains(m_options.managementId)) {
+        return true;
+    }
+    m_errors << "vireoctl: no item that an agent can own has the management id '"
+             << m_options.managementId << "'; there are";
+    const char* separator = ": ";
+    for (const std::string& id : ids) {
+        m_errors << std::exchange(separator, ", ") << id;
+    }
+    m_errors << (ids.empty() ? " none\n" : "\n");
+    m_code = ExitCode::eRefused;
+    return false;
 }
 
 bool OwnerAgent::registerAsOwner() {

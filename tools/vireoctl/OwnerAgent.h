@@ -35,7 +35,8 @@ public:
     OwnerAgent(Options options, AnswerPrinter& printer, const std::ostream& out,
                std::ostream& errors, const StopSignal& stop);
 
-    /// Connects, registers, and serves until a signal comes, reading announcements from `input`.
+    /// Connects, registers, and serves until a signal comes, reading announcements from `input`. An
+    /// id that no item has is refused instead: nobody would ever ask, and it would stay registered.
     ExitCode run(LocalMgmtClient::Options connection, int input);
 
 private:
@@ -44,6 +45,7 @@ private:
     bool manageableDataChanged(ManageableData& record) override;
     bool resetUserData() override;
 
+    bool checkId();
     bool registerAsOwner();
     void serve(int input);
     bool readInput(int input);

@@ -24,6 +24,7 @@ Outcome run(OwnerAgent::Options options, bool registered, const std::string& typ
             const ScriptedPeer::Script& script) {
     ScriptedPeer peer([&](PeerStream& stream) {
         stream.welcome("agent-1");
+        stream.reply("");  // does not tell which ids there are
         Method reply("registerManagementIdentityBulkData", Method::eResponse);
         reply.addBoolParameter("result", Parameter::eOut, registered);
         stream.reply(reply);
