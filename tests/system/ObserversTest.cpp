@@ -113,7 +113,10 @@ TEST_F(Observers, AWatchThatWasKilledLeavesNothingToTheNextOneOfItsName) {
     expectLine("country = AT");
     EXPECT_TRUE(write({"ringer-volume=6", "language=v5"}));
     expectLine("language = v5");
-    EXPECT_EQ(announceItems(*client, {"ringer-volume=7"}), 0) << "what it did not ask for is gone";
+    watch->kill(SIGTERM);
+    EXPECT_EQ(watch->finish().exitCode, 0);
+    EXPECT_EQ(announceItems(*client, {"ringer-volume=7", "country=CH"}), 0)
+        << "also what it did not ask for";
 }
 
 }  // namespace
