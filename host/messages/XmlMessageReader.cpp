@@ -3,116 +3,18 @@
 #include <expat.h>
 
 #include <charconv>
-#include <climits>
-#include <exception>
-#include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
 #include <utility>
+
+#include "messages/StrictXmlPass.h"
 
 namespace vireo {
 namespace {
 
 constexpr int kMessageDepth = 1;
 constexpr int kParameterDepth = 2;
-
-struct ParserDeleter {
-    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
-};
-
-/// A pass over XML text that stops at the first thing which is not allowed. `depth` counts the
-/// elements that are open.
-class StrictPass {
-public:
-    explicit StrictPass(int depth);
-    virtual ~StrictPass() = default;
-    StrictPass(const StrictPass&) = delete;
-    StrictPass& operator=(const StrictPass&) = delete;
-
-    /// Reads the next piece; false when it is malformed or something in it is not allowed.
-    bool feed(std::string_view piece, bool isLast);
-
-protected:
-    virtual bool start(std::string_view /*name*/, const char** /*attributes*/) { return true; }
-    virtual bool end() { return true; }
-    virtual bool characters(std::string_view /*text*/) { return true; }
-
-    int depth() const { return m_depth; }
-    XML_Parser parser() const { return m_parser.get(); }
-
-private:
-    // Nothing may be thrown through the parser's frames.
-    template <class Step>
-    static void handle(void* userData, Step&& step) noexcept;
-    static void onStart(void* userData, const char* name, const char** attributes);
-    static void onEnd(void* userData, const char* name);
-    static void onCharacters(void* userData, const char* text, int length);
-    static void onDocumentType(void* userData, const char* name, const char* systemId,
-                               const char* publicId, int hasSubset);
-
-    std::unique_ptr<XML_ParserStruct, ParserDeleter> m_parser;
-    int m_depth;
-    bool m_stopped = false;
-};
-
-StrictPass::StrictPass(int depth) : m_parser(XML_ParserCreate("UTF-8")), m_depth(depth) {
-    if (m_parser) {
-        XML_SetUserData(m_parser.get(), this);
-        XML_SetElementHandler(m_parser.get(), &onStart, &onEnd);
-        XML_SetCharacterDataHandler(m_parser.get(), &onCharacters);
-        XML_SetStartDoctypeDeclHandler(m_parser.get(), &onDocumentType);
-    }
-}
-
-bool StrictPass::feed(std::string_view piece, bool isLast) {
-    return m_parser && piece.size() <= INT_MAX &&
-           XML_Parse(m_parser.get(), piece.data(), static_cast<int>(piece.size()),
-                     isLast ? XML_TRUE : XML_FALSE) == XML_STATUS_OK;
-}
-
-template <class Step>
-void StrictPass::handle(void* userData, Step&& step) noexcept {
-    auto& pass = *static_cast<StrictPass*>(userData);
-    if (pass.m_stopped) {  // the end of an empty element still comes after its start was refused
-        return;
-    }
-    bool goesOn = false;
-    try {
-        goesOn = step(pass);
-    } catch (const std::exception&) {
-        goesOn = false;
-    }
-    if (!goesOn) {
-        pass.m_stopped = true;
-        XML_StopParser(pass.m_parser.get(), XML_FALSE);
-    }
-}
-
-void StrictPass::onStart(void* userData, const char* name, const char** attributes) {
-    handle(userData, [&](StrictPass& pass) {
-        return ++pass.m_depth <= XmlMessageReader::kMaximumDepth && pass.start(name, attributes);
-    });
-}
-
-void StrictPass::onEnd(void* userData, const char* /*name*/) {
-    handle(userData, [&](StrictPass& pass) {
-        const bool goesOn = pass.end();
-        --pass.m_depth;
-        return goesOn;
-    });
-}
-
-void StrictPass::onCharacters(void* userData, const char* text, int length) {
-    handle(userData, [&](StrictPass& pass) {
-        return pass.characters(std::string_view(text, static_cast<std::size_t>(length)));
-    });
-}
-
-void StrictPass::onDocumentType(void* userData, const char* /*name*/, const char* /*systemId*/,
-                                const char* /*publicId*/, int /*hasSubset*/) {
-    handle(userData, [](StrictPass&) { return false; });
-}
 
 std::optional<Parameter::types> findType(std::string_view name) {
     if (name == "int") {
@@ -148,9 +50,9 @@ bool readFlag(std::string_view text, int& number) {
     return number == 1 || text == "0" || text == "false";
 }
 
-class MessagePass : public StrictPass {
+class MessagePass : public StrictXmlPass {
 public:
-    explicit MessagePass(std::string_view source) : StrictPass(0), m_source(source) {}
+    explicit MessagePass(std::string_view source) : StrictXmlPass(0), m_source(source) {}
 
     Method takeMethod() { return std::move(m_method); }
 
@@ -275,7 +177,7 @@ bool XmlMessageReader::read(std::string_view text, Method& method) {
 
 bool XmlMessageReader::isFragment(std::string_view text) {
     // The element that is read around it is the parameter's.
-    StrictPass pass(kMessageDepth);
+    StrictXmlPass pass(kMessageDepth);
     return pass.feed("<param>", false) && pass.feed(text, false) && pass.feed("</param>", true);
 }
 

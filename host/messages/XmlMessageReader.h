@@ -11,8 +11,6 @@ namespace vireo {
 /// the text, no tree; stateless, safe from every thread.
 class XmlMessageReader {
 public:
-    static constexpr int kMaximumDepth = 64;
-
     /// Reads a whole message, in UTF-8 whatever its declaration says. False, and `method`
     /// unchanged, when it is no well-formed XML, or has other elements, attributes, types or
     /// values than a message has.
