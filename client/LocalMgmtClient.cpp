@@ -6,9 +6,7 @@
 #include <utility>
 
 #include "ClientSession.h"
-#include "messages/FrameCodec.h"
-#include "messages/RpcAdapter.h"
-#include "messages/ServiceXmlAdapter.h"
+#include "MethodCalls.h"
 #include "service/ClientUtils.h"
 #include "service/Serializer.h"
 
@@ -17,22 +15,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::string_view kInterface = "LocalMgmtIfc";
 constexpr std::size_t kMaximumName = 255;
-
-bool encode(LocalMgmtClient::Protocol protocol, const Method& method, std::string& payload) {
-    if (protocol == LocalMgmtClient::Protocol::eXml) {
-        return ServiceXmlAdapter::encodeText(method, payload);
-    }
-    RpcAdapter::encodeText(method, payload);
-    return true;
-}
-
-bool decode(LocalMgmtClient::Protocol protocol, std::string_view payload, Method& method) {
-    return protocol == LocalMgmtClient::Protocol::eXml
-               ? ServiceXmlAdapter::decodeText(payload, method)
-               : RpcAdapter::decodeText(payload, method);
-}
 
 bool takeElement(const std::string& xml, const char* name, int& number) {
     const std::string text = ClientUtils::extractValueFromXMLString(xml, name);
@@ -67,16 +50,6 @@ auto takeResultInto(bool& result) {
     };
 }
 
-// Takes values out of a reply; one that lacks them is malformed.
-template <class Take>
-CallStatus takeFrom(Take&& take) {
-    try {
-        return take() ? CallStatus::eDone : CallStatus::eMalformedReply;
-    } catch (const MethodError&) {
-        return CallStatus::eMalformedReply;
-    }
-}
-
 }  // namespace
 
 std::unique_ptr<LocalMgmtClient> LocalMgmtClient::connect(const Options& options,
@@ -101,7 +74,7 @@ std::unique_ptr<LocalMgmtClient> LocalMgmtClient::connect(const Options& options
 }
 
 LocalMgmtClient::LocalMgmtClient(std::unique_ptr<ClientSession> session, Protocol protocol)
-    : m_session(std::move(session)), m_protocol(protocol) {}
+    : m_calls(std::make_unique<MethodCalls>(*session, protocol)), m_session(std::move(session)) {}
 
 LocalMgmtClient::~LocalMgmtClient() = default;
 
@@ -137,117 +110,33 @@ int LocalMgmtClient::pollDescriptor() const {
     return m_session->readyDescriptor();
 }
 
+CallStatus LocalMgmtClient::call(const Method& request, Method& reply) {
+    return m_calls->call(request, reply);
+}
+
 CallStatus LocalMgmtClient::callRaw(std::string_view protocol, std::string_view payload,
                                     std::string& replyPayload) {
-    if (payload.size() > FrameCodec::kMaximumPayload || protocol.size() > kMaximumName) {
-        return CallStatus::eTooLarge;
-    }
-    std::string received;
-    const CallStatus status = m_session->call(protocol, kInterface, payload, received);
-    if (status != CallStatus::eDone) {
-        return status;
-    }
-    if (received.empty()) {
-        return CallStatus::eEmptyReply;
-    }
-    replyPayload = std::move(received);
-    return CallStatus::eDone;
-}
-
-CallStatus LocalMgmtClient::call(const Method& request, Method& reply) {
-    std::string payload;
-    if (!encode(m_protocol, request, payload)) {
-        return CallStatus::eNotCarried;
-    }
-    const char* const protocol =
-        m_protocol == Protocol::eXml ? VireoProtocols::SERVICE_XML : VireoProtocols::DEFAULT;
-    std::string received;
-    if (const CallStatus status = callRaw(protocol, payload, received);
-        status != CallStatus::eDone) {
-        return status;
-    }
-    Method decoded;
-    if (!decode(m_protocol, received, decoded) || decoded.type() != Method::eResponse) {
-        return CallStatus::eMalformedReply;
-    }
-    reply = std::move(decoded);
-    return CallStatus::eDone;
-}
-
-// A call whose reply bears the name of its request.
-CallStatus LocalMgmtClient::callNamed(const Method& request, Method& reply) {
-    const CallStatus status = call(request, reply);
-    if (status == CallStatus::eDone && reply.name() != request.name()) {
-        return CallStatus::eMalformedReply;
-    }
-    return status;
-}
-
-CallStatus LocalMgmtClient::askText(const Method& request, const char* answer, std::string& text) {
-    Method reply;
-    if (const CallStatus status = callNamed(request, reply); status != CallStatus::eDone) {
-        return status;
-    }
-    return takeFrom([&] {
-        text = reply.getStringParameter(answer, Parameter::eOut);
-        return true;
-    });
-}
-
-CallStatus LocalMgmtClient::askNumber(const Method& request, const char* answer, int& number) {
-    Method reply;
-    if (const CallStatus status = callNamed(request, reply); status != CallStatus::eDone) {
-        return status;
-    }
-    return takeFrom([&] {
-        number = reply.getIntParameter(answer, Parameter::eOut);
-        return true;
-    });
-}
-
-// Sends the record and takes the one of the reply in its place; `takeResult` takes the rest of the
-// reply.
-template <class TakeResult>
-CallStatus LocalMgmtClient::exchangeRecord(const char* methodName, ManageableData& record,
-                                           TakeResult&& takeResult) {
-    Method request(methodName, Method::eRequest);
-    request.addStringParameter("manageableData", Parameter::eInOut,
-                               record.serialize(ManageableData::eWithoutRejections));
-    Method reply;
-    if (const CallStatus status = callNamed(request, reply); status != CallStatus::eDone) {
-        return status;
-    }
-    return takeFrom([&] {
-        ManageableData answer;
-        if (!answer.deserialize(reply.getStringParameter("manageableData", Parameter::eOut))) {
-            return false;
-        }
-        takeResult(reply);
-        // Not an assignment: the record stays bound to its dictionary.
-        record.clearAll();
-        record.overlay(answer);
-        return true;
-    });
+    return m_calls->callRaw(protocol, payload, replyPayload);
 }
 
 CallStatus LocalMgmtClient::getData(ManageableData& record, bool& result) {
-    return exchangeRecord("getData", record, takeResultInto(result));
+    return m_calls->exchangeRecord("getData", record, takeResultInto(result));
 }
 
 CallStatus LocalMgmtClient::setData(ManageableData& record, bool& result) {
-    return exchangeRecord("setData", record, takeResultInto(result));
+    return m_calls->exchangeRecord("setData", record, takeResultInto(result));
 }
 
 CallStatus LocalMgmtClient::findSchemaName(const std::string& tag, std::string& schemaName) {
     Method request("findSchemaName", Method::eRequest);
     request.addStringParameter("nodeId", Parameter::eIn, tag);
-    return askText(request, "schemaName", schemaName);
+    return m_calls->askText(request, "schemaName", schemaName);
 }
 
 CallStatus LocalMgmtClient::exportSchema(const std::string& schemaName, std::string& schemaXml) {
     Method request("exportSchema", Method::eRequest);
     request.addStringParameter("schemaName", Parameter::eIn, schemaName);
-    return askText(request, "schemaXml", schemaXml);
+    return m_calls->askText(request, "schemaXml", schemaXml);
 }
 
 CallStatus LocalMgmtClient::getSchema(const std::string& schemaName, ManageableData& record,
@@ -255,10 +144,10 @@ CallStatus LocalMgmtClient::getSchema(const std::string& schemaName, ManageableD
     Method request("getSchema", Method::eRequest);
     request.addStringParameter("schemaName", Parameter::eIn, schemaName);
     Method reply;
-    if (const CallStatus status = callNamed(request, reply); status != CallStatus::eDone) {
+    if (const CallStatus status = m_calls->callNamed(request, reply); status != CallStatus::eDone) {
         return status;
     }
-    return takeFrom([&] {
+    return MethodCalls::takeFrom([&] {
         const bool known = reply.getBoolParameter("result", Parameter::eOut);
         const std::string& text = reply.getStringParameter("manageableData", Parameter::eOut);
         if (known && !record.deserialize(text)) {
@@ -274,14 +163,7 @@ CallStatus LocalMgmtClient::askForAgent(const Method& request, bool& result) {
     if (!m_session->hasAgent()) {
         return CallStatus::eNoAgent;
     }
-    Method reply;
-    if (const CallStatus status = callNamed(request, reply); status != CallStatus::eDone) {
-        return status;
-    }
-    return takeFrom([&] {
-        takeResultInto(result)(reply);
-        return true;
-    });
+    return m_calls->askBool(request, "result", result);
 }
 
 CallStatus LocalMgmtClient::registerManagementIdentity(const std::string& managementId, bool bulk,
@@ -314,20 +196,21 @@ CallStatus LocalMgmtClient::stopObservingData(const std::string& tag, bool& stop
 }
 
 CallStatus LocalMgmtClient::manageableDataChanged(ManageableData& record, int& observers) {
-    return exchangeRecord("manageableDataChanged", record, [&observers](const Method& reply) {
-        observers = reply.getIntParameter("numObservers", Parameter::eOut);
-    });
+    return m_calls->exchangeRecord(
+        "manageableDataChanged", record, [&observers](const Method& reply) {
+            observers = reply.getIntParameter("numObservers", Parameter::eOut);
+        });
 }
 
 CallStatus LocalMgmtClient::invalidateVCMSCache() {
     Method reply;
-    return callNamed(Method("invalidateVCMSCache", Method::eRequest), reply);
+    return m_calls->callNamed(Method("invalidateVCMSCache", Method::eRequest), reply);
 }
 
 CallStatus LocalMgmtClient::retrievePhoneBusyStatus(unsigned& mask) {
     int bits = 0;  // the 32 bits travel as an int
     const CallStatus status =
-        askNumber(Method("retrievePhoneBusyStatus", Method::eRequest), "busyStatus", bits);
+        m_calls->askNumber(Method("retrievePhoneBusyStatus", Method::eRequest), "busyStatus", bits);
     if (status == CallStatus::eDone) {
         mask = static_cast<unsigned>(bits);
     }
@@ -338,7 +221,7 @@ CallStatus LocalMgmtClient::sendBusyBits(const char* methodName, unsigned bits) 
     Method request(methodName, Method::eRequest);
     request.addIntParameter("busyStatus", Parameter::eIn, static_cast<int>(bits));
     Method reply;
-    return callNamed(request, reply);
+    return m_calls->callNamed(request, reply);
 }
 
 CallStatus LocalMgmtClient::setPhoneBusyStatus(unsigned bits) {
@@ -353,12 +236,13 @@ CallStatus LocalMgmtClient::getFileTypeMetadata(const std::string& fileType,
                                                 FileTypeLimits& limits) {
     Method reply;
     if (const CallStatus status =
-            callNamed(fileTypeRequest("getFileTypeMetadata", fileType), reply);
+            m_calls->callNamed(fileTypeRequest("getFileTypeMetadata", fileType), reply);
         status != CallStatus::eDone) {
         return status;
     }
     FileTypeLimits taken;
-    const CallStatus status = takeFrom([&] { return takeLimits(m_protocol, reply, taken); });
+    const CallStatus status =
+        MethodCalls::takeFrom([&] { return takeLimits(m_calls->protocol(), reply, taken); });
     if (status == CallStatus::eDone) {
         limits = taken;
     }
@@ -367,12 +251,12 @@ CallStatus LocalMgmtClient::getFileTypeMetadata(const std::string& fileType,
 
 CallStatus LocalMgmtClient::getFileTypeCountLimit(const std::string& fileType, int& entries) {
     constexpr const char* kName = "getFileTypeCountLimit";
-    return askNumber(fileTypeRequest(kName, fileType), kName, entries);
+    return m_calls->askNumber(fileTypeRequest(kName, fileType), kName, entries);
 }
 
 CallStatus LocalMgmtClient::getFileTypeNameLimit(const std::string& fileType, int& nameCharacters) {
     constexpr const char* kName = "getFileTypeNameLimit";
-    return askNumber(fileTypeRequest(kName, fileType), kName, nameCharacters);
+    return m_calls->askNumber(fileTypeRequest(kName, fileType), kName, nameCharacters);
 }
 
 }  // namespace vireo

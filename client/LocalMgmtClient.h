@@ -15,6 +15,7 @@
 namespace vireo {
 
 class ClientSession;
+class MethodCalls;
 
 /// The local management interface for another process: a named connection to the service over its
 /// Unix socket, and the interface's functions as calls that wait for their reply. With an agent of
@@ -161,17 +162,11 @@ public:
 private:
     LocalMgmtClient(std::unique_ptr<ClientSession> session, Protocol protocol);
 
-    CallStatus callNamed(const Method& request, Method& reply);
-    CallStatus askText(const Method& request, const char* answer, std::string& text);
-    CallStatus askNumber(const Method& request, const char* answer, int& number);
     CallStatus askForAgent(const Method& request, bool& result);
     CallStatus sendBusyBits(const char* methodName, unsigned bits);
-    template <class TakeResult>
-    CallStatus exchangeRecord(const char* methodName, ManageableData& record,
-                              TakeResult&& takeResult);
 
+    const std::unique_ptr<MethodCalls> m_calls;  // outlives the session, whose thread may call
     const std::unique_ptr<ClientSession> m_session;
-    const Protocol m_protocol;
 };
 
 }  // namespace vireo
