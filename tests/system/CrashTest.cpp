@@ -102,21 +102,6 @@ TEST(Crash, NothingAcknowledgedIsLostWheneverTheServiceIsKilled) {
     std::printf("%ld rounds, %ld acknowledged writes\n", rounds(), writes);
 }
 
-TEST(Crash, ADamagedStoreIsSetAsideAndThePhoneStarts) {
-    RunningPhone phone;
-    phone.crash();
-    // The log alone would bring everything back.
-    for (const char* suffix : {"", "-wal"}) {
-        std::ofstream(phone.storeFile() + suffix, std::ios::trunc) << std::string(8192, 'x');
-    }
-    phone.start();
-    EXPECT_EQ(phone.ctl({"get", "ringer-melody"}).out, "ringer-melody = melody-1\n");
-    EXPECT_TRUE(std::filesystem::exists(phone.storeFile() + ".damaged-1"));
-    std::ifstream log(phone.logFile());
-    const std::string lines(std::istreambuf_iterator<char>(log), {});
-    EXPECT_NE(lines.find("damaged-1"), std::string::npos) << lines;
-}
-
 TEST(Crash, TheStoreIsSyncedBeforeTheReplyIsSent) {
     if (ChildProcess::run({"strace", "-qq", "-o", "/dev/null", "true"}).exitCode != 0) {
         GTEST_SKIP() << "strace cannot trace here";

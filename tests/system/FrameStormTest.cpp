@@ -79,26 +79,6 @@ TEST_F(FrameStorm, WhateverAHeaderSaysEachRequestInItGetsOneReply) {
     }
 }
 
-TEST_F(FrameStorm, SlowWritersAreServedInTheEndAndHoldUpNobody) {
-    StormPeer slow(phone);
-    StormPeer stopped(phone);
-    const std::string request = requestFrame(7, honestMessage());
-    const std::size_t half = request.size() / 2;
-    ASSERT_TRUE(stopped.write(request.substr(0, half)));
-    for (const char& byte : request) {
-        ASSERT_TRUE(slow.write({&byte, 1}));
-        ASSERT_TRUE(honest.isServed());
-    }
-    ASSERT_TRUE(stopped.write(request.substr(half)));
-    for (StormPeer* peer : {&slow, &stopped}) {
-        const auto reply = peer->read();
-        ASSERT_TRUE(reply);
-        EXPECT_EQ(reply->correlation, 7U);
-        EXPECT_EQ(reply->payload, honestReply());
-        EXPECT_TRUE(peer->isServed());
-    }
-}
-
 TEST_F(FrameStorm, PeersThatVanishLeaveNothingBehind) {
     const std::string longRequest = askForLongValue();
     const std::string request = requestFrame(1, honestMessage());

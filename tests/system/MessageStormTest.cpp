@@ -1,9 +1,13 @@
+#include <map>
 #include <vector>
 
 #include "StormPeer.h"
+#include "messages/ServiceXmlAdapter.h"
 
 namespace vireo::test {
 namespace {
+
+constexpr const char* kXml = VireoProtocols::SERVICE_XML;
 
 class MessageStorm : public ::testing::Test {
 protected:
@@ -14,9 +18,8 @@ protected:
 
     /// The message is not understood: an empty reply, and the next one is served.
     void expectEmptyReply(const std::string& message,
-                          const char* protocol = VireoProtocols::DEFAULT,
-                          const char* interfaceName = kLocalInterface) {
-        ASSERT_EQ(peer.send(message, protocol, interfaceName), "");
+                          const char* protocol = VireoProtocols::DEFAULT) {
+        ASSERT_EQ(peer.send(message, protocol), "");
         ASSERT_TRUE(peer.isServed());
     }
 
@@ -35,20 +38,12 @@ std::string setMelody(const std::string& value) {
     return rpcText(methodWith("setData", "manageableData", Parameter::eInOut, melodyRecord(value)));
 }
 
-TEST_F(MessageStorm, WhoeverIsAddressedWronglyIsAnsweredEmpty) {
-    const std::string longName(255, 'n');
-    for (const char* protocol : {"", "vireo_rpcx", "VIREO_RPC", "vireo_text", longName.c_str()}) {
-        SCOPED_TRACE(protocol);
-        expectEmptyReply(honestMessage(), protocol);
-    }
-    for (const char* interfaceName : {"", "localMgmtIfc", "RemoteMgmtIfc", longName.c_str()}) {
-        SCOPED_TRACE(interfaceName);
-        expectEmptyReply(honestMessage(), VireoProtocols::DEFAULT, interfaceName);
-    }
-    for (const char* method : {"", "setdata", "setData ", "no such method", longName.c_str()}) {
-        SCOPED_TRACE(method);
-        expectEmptyReply(rpcText(Method(method, Method::eRequest)));
-    }
+/// The same in each protocol.
+std::map<const char*, std::string> setMelodyInAll(const std::string& value) {
+    std::string xml;
+    EXPECT_TRUE(ServiceXmlAdapter::encodeText(
+        methodWith("setData", "manageableData", Parameter::eInOut, melodyRecord(value)), xml));
+    return {{VireoProtocols::DEFAULT, setMelody(value)}, {kXml, xml}};
 }
 
 TEST_F(MessageStorm, AParameterThatIsMissingOrMistypedMakesAnEmptyReply) {
@@ -113,10 +108,11 @@ TEST_F(MessageStorm, NumbersThatCannotBeMakeAnEmptyReply) {
 
 TEST_F(MessageStorm, EveryBeginningOfAMessageIsAnsweredEmptyAndWritesNothing) {
     ASSERT_EQ(phone.ctl({"set", "ringer-melody=before"}).exitCode, 0);
-    const std::string whole = setMelody("after");
-    for (std::size_t length = 0; length < whole.size(); ++length) {
-        SCOPED_TRACE(length);
-        expectEmptyReply(whole.substr(0, length));
+    for (const auto& [protocol, whole] : setMelodyInAll("after")) {
+        for (std::size_t length = 0; length < whole.size(); ++length) {
+            SCOPED_TRACE(length);
+            expectEmptyReply(whole.substr(0, length), protocol);
+        }
     }
     EXPECT_EQ(phone.ctl({"get", "ringer-melody"}).out, "ringer-melody = before\n");
 }
@@ -137,23 +133,26 @@ TEST_F(MessageStorm, EveryBeginningOfARecordIsRefusedAndWritesNothing) {
 }
 
 TEST_F(MessageStorm, WhateverOneByteIsMadeOfThereIsOneReplyAndTheNextIsServed) {
-    const std::string whole = setMelody("value");
-    for (std::size_t position = 0; position < whole.size(); ++position) {
-        SCOPED_TRACE(position);
-        for (const char byte : {'\0', '\xff', ';', '<', '&'}) {
-            std::string changed = whole;
-            changed[position] = byte;
-            ASSERT_NE(peer.send(changed), "no reply");
-            ASSERT_TRUE(peer.isServed());
+    for (const auto& [protocol, whole] : setMelodyInAll("value")) {
+        for (std::size_t position = 0; position < whole.size(); ++position) {
+            SCOPED_TRACE(position);
+            std::vector<std::string> changes(1, whole);
+            changes[0].erase(position, 1);
+            for (const char byte : {'\0', '\xff', ';', '<', '>', '&', '"', ' '}) {
+                changes.push_back(whole);
+                changes.back()[position] = byte;
+            }
+            for (const std::string& changed : changes) {
+                ASSERT_NE(peer.send(changed, protocol), "no reply");
+                ASSERT_TRUE(peer.isServed());
+            }
         }
-        std::string shorter = whole;
-        shorter.erase(position, 1);
-        ASSERT_NE(peer.send(shorter), "no reply");
-        ASSERT_TRUE(peer.isServed());
     }
     for (const std::string& nothing : {std::string(), std::string(1, '\0'), std::string(4096, '\0'),
                                        std::string(1U << 20U, '\0')}) {
         expectEmptyReply(nothing);
+        expectEmptyReply(nothing, kXml);
+        expectEmptyReply(nothing, "no_such_protocol");
     }
 }
 
@@ -180,7 +179,7 @@ TEST_F(MessageStorm, TheLongestMessageIsServedAndAByteMoreIsNot) {
     }
 }
 
-TEST_F(MessageStorm, RecordsThatWantToBeHugeAreRefused) {
+TEST_F(MessageStorm, RecordsThatWantToBeHugeOrHoldWhatXmlCannotCarryAreRefused) {
     std::string deep = "<record><rootId>a</rootId><document name=\"a\" schema=\"a\">";
     for (int i = 0; i < 200000; ++i) {
         deep += "<n>";
@@ -198,8 +197,11 @@ TEST_F(MessageStorm, RecordsThatWantToBeHugeAreRefused) {
         "<record><rootId>&b;&b;</rootId></record>";
     const std::string longName =
         "<record><rootId>" + std::string(3U << 20U, 'x') + "</rootId></record>";
+    const std::string value = "<record><rootId>a</rootId><document name=\"a\" schema=\"a\">";
     for (const std::string& record :
-         {deep, manyIds + "</record>", attributes + "/></document></record>", bomb, longName,
+         {value + "&#1;</document></record>", value + "\xff</document></record>",
+          value + std::string(1, '\0') + "</document></record>", deep, manyIds + "</record>",
+          attributes + "/></document></record>", bomb, longName,
           "<record>" + std::string(3U << 20U, '&') + "</record>",
           "<record>" + std::string(3U << 20U, ' ') + "x</record>"}) {
         SCOPED_TRACE(record.substr(0, 60));
@@ -208,6 +210,56 @@ TEST_F(MessageStorm, RecordsThatWantToBeHugeAreRefused) {
             ASSERT_TRUE(peer.isServed());
         }
     }
+}
+
+std::string nested(int levels) {
+    std::string text;
+    for (int i = 0; i < levels; ++i) {
+        text += "<n>";
+    }
+    for (int i = 0; i < levels; ++i) {
+        text += "</n>";
+    }
+    return text;
+}
+
+TEST_F(MessageStorm, XmlThatWantsToBeHugeIsAnsweredEmpty) {
+    const std::string head =
+        "<request name=\"findSchemaName\"><param name=\"x\" type=\"xml\" dir=\"0\">";
+    const std::string tail = "</param></request>";
+    std::string entities = "<!DOCTYPE request [<!ENTITY e0 \"eeeeeeeeee\">";
+    for (int i = 1; i < 12; ++i) {
+        const std::string before = "&e" + std::to_string(i - 1) + ";";
+        entities += "<!ENTITY e" + std::to_string(i) + " \"";
+        for (int copies = 0; copies < 10; ++copies) {
+            entities += before;
+        }
+        entities += "\">";
+    }
+    std::string attributes = "<request ";
+    for (int i = 0; i < 200000; ++i) {
+        attributes += "a" + std::to_string(i) + "=\"\" ";
+    }
+    std::string deep;
+    for (int i = 0; i < 1000000; ++i) {
+        deep += "<n>";
+    }
+    for (const std::string& message : std::vector<std::string>{
+             entities + "]>" + head + "&e11;" + tail,
+             "<!DOCTYPE request SYSTEM \"file:///etc/passwd\">" + head + tail,
+             head + nested(63) + tail, head + nested(100000) + tail, head + deep, attributes + "/>",
+             head + std::string(3U << 20U, '&') + tail, "<" + std::string(3U << 20U, 'r'),
+             std::string(FrameCodec::kMaximumPayload, '<'),
+             std::string(FrameCodec::kMaximumPayload + 1, '<')}) {
+        expectEmptyReply(message, kXml);
+    }
+    EXPECT_NE(peer.send(head + nested(62) +
+                            "</param><param name=\"nodeId\" type=\"string\" "
+                            "dir=\"0\">language" +
+                            tail,
+                        kXml),
+              "")
+        << "64 levels are allowed";
 }
 
 }  // namespace

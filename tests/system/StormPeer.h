@@ -56,9 +56,8 @@ public:
     }
 
     /// The payload of the one reply to a message.
-    std::string send(const std::string& message, const char* protocol = VireoProtocols::DEFAULT,
-                     const char* interfaceName = kLocalInterface) {
-        return ask(message, interfaceName, protocol);
+    std::string send(const std::string& message, const char* protocol = VireoProtocols::DEFAULT) {
+        return ask(message, kLocalInterface, protocol);
     }
 
     /// Whether an honest message gets its proper reply, and no other reply came before it.

@@ -1,6 +1,5 @@
 #include <sqlite3.h>
 
-#include "messages/RpcAdapter.h"
 #include "support/RunningPhone.h"
 
 namespace vireo::test {
@@ -65,58 +64,6 @@ TEST(Values, EveryValueComesBackByteForByteFromMessageAndStore) {
         storedText(phone.storeFile(), "SELECT Label FROM ProgrammableKeys WHERE KeyIndex = '2'"),
         "neighbour row\n");
     EXPECT_EQ(storedText(phone.storeFile(), "SELECT count(*) FROM ProgrammableKeys"), "2\n");
-}
-
-TEST(Values, WhatXmlCannotCarryIsRefusedAndTheOldValueStays) {
-    RunningPhone phone;
-    const auto client = phone.connect();
-    ASSERT_TRUE(client);
-    ManageableData good;
-    good.populate("ringer-melody", "old-value");
-    bool result = false;
-    ASSERT_EQ(client->setData(good, result), CallStatus::eDone);
-    for (const std::string& bad :
-         {std::string("\x01"), std::string("&#1;"), std::string("\xff"), std::string(1, '\0')}) {
-        std::string text = good.serialize();
-        text.replace(text.find("old-value"), 9, bad);
-        Method request("setData", Method::eRequest);
-        request.addStringParameter("manageableData", Parameter::eInOut, text);
-        Method reply;
-        ASSERT_EQ(client->call(request, reply), CallStatus::eDone);
-        EXPECT_FALSE(reply.getBoolParameter("result", Parameter::eOut));
-        ManageableData answer;
-        ASSERT_TRUE(
-            answer.deserialize(reply.getStringParameter("manageableData", Parameter::eOut)));
-        ASSERT_EQ(answer.rejections().size(), 1U);
-        EXPECT_EQ(answer.rejections()[0].reason(), "Invalid data");
-    }
-    EXPECT_EQ(phone.ctl({"get", "ringer-melody"}).out, "ringer-melody = old-value\n");
-}
-
-TEST(Values, AMessageThatIsWrongInAnyWayGetsOneReplyAndTheNextIsServed) {
-    RunningPhone phone;
-    const auto client = phone.connect();
-    ASSERT_TRUE(client);
-    std::string good;
-    RpcAdapter::encodeText(Method("invalidateVCMSCache", Method::eRequest), good);
-    std::string unknown;
-    RpcAdapter::encodeText(Method("setdata", Method::eRequest), unknown);
-    const std::vector<std::pair<std::string, std::string>> wrong{
-        {"no_such_protocol", good},
-        {"", good},
-        {"vireo_rpc", ""},
-        {"vireo_rpc", "garbage"},
-        {"vireo_rpc", good + "more"},
-        {"vireo_rpc", unknown},
-        {"vireo_rpc", std::string(4U << 20U, '\xff')}};
-    for (const auto& [protocol, payload] : wrong) {
-        std::string reply = "untouched";
-        const CallStatus status = client->callRaw(protocol, payload, reply);
-        EXPECT_TRUE(status == CallStatus::eEmptyReply ||
-                    (status == CallStatus::eDone && reply.empty()))
-            << protocol << ": " << describe(status);
-        EXPECT_EQ(client->invalidateVCMSCache(), CallStatus::eDone) << "the next one is served";
-    }
 }
 
 }  // namespace

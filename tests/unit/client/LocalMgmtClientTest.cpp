@@ -390,31 +390,5 @@ TEST(LocalMgmtClient, AddsAKnownSchemaAndLeavesTheRecordOtherwise) {
     EXPECT_TRUE(record.getDocument("time"));
 }
 
-TEST(LocalMgmtClient, GivesEachOfManyThreadsItsOwnReply) {
-    constexpr int kThreads = 4;
-    constexpr int kCalls = 50;
-    ScriptedPeer peer([](PeerStream& stream) {
-        stream.welcome();
-        while (const auto request = stream.read()) {
-            stream.send(FrameKind::eReply, request->header.correlation, request->payload);
-        }
-    });
-    const auto client = connectTo(peer);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&client, t] {
-            for (int i = 0; i < kCalls; ++i) {
-                const std::string sent = std::to_string(t) + ":" + std::to_string(i);
-                std::string reply;
-                EXPECT_EQ(client->callRaw("vireo_text", sent, reply), CallStatus::eDone);
-                EXPECT_EQ(reply, sent);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-}
-
 }  // namespace
 }  // namespace vireo

@@ -19,7 +19,6 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kPatience{10000};
-constexpr milliseconds kBrief{30};
 
 /// Answers with functions of the test; what it was told is put down in order.
 class FunctionAgent : public MgmtAgentIfc {
@@ -169,30 +168,6 @@ TEST(Serving, TheReplyOfAnOuterCallMayComeWhileAnInnerOneWaits) {
     EXPECT_EQ(ask(*client, "next?"), "next");
 }
 
-TEST(Serving, DropsTheLateReplyOfTheAgentsCallThatTimedOut) {
-    ScriptedPeer peer([](PeerStream& stream) {
-        stream.welcome();
-        stream.sendToAgent(FrameKind::eRequest, 1, question("x"));
-        const auto call = stream.read();
-        const auto reply = stream.read();
-        ASSERT_TRUE(call && reply);
-        EXPECT_EQ(reply->header.kind, FrameKind::eReply);
-        stream.send(FrameKind::eReply, call->header.correlation, "late");
-        stream.reply("right");
-    });
-    FunctionAgent agent;
-    const auto client = connectTo(peer, &agent);
-    client->setTimeout(kBrief);
-    agent.read = [&](ManageableData&) {
-        std::string reply;
-        EXPECT_EQ(client->callRaw("vireo_text", "q", reply), CallStatus::eTimedOut);
-        return false;
-    };
-    EXPECT_EQ(client->serve(kPatience), CallStatus::eDone);
-    client->setTimeout(kPatience);
-    EXPECT_EQ(ask(*client, "q2"), "right");
-}
-
 TEST(Serving, NotificationsComeInOrderAndNeverWithinAnotherMessage) {
     std::vector<std::string> expected;
     ScriptedPeer peer([&expected](PeerStream& stream) {
@@ -309,20 +284,6 @@ TEST(Serving, StopsForGoodEvenBeforeItHasBegun) {
     EXPECT_TRUE(client->startServing()) << "a thread that ends at once";
 }
 
-TEST(Serving, WithoutAnAgentNothingIsRegistered) {
-    ScriptedPeer peer([](PeerStream& stream) {
-        stream.welcome();
-        EXPECT_FALSE(stream.read());
-    });
-    const auto client = connectTo(peer, nullptr);
-    bool result = true;
-    EXPECT_EQ(client->registerManagementIdentity("Id", true, result), CallStatus::eNoAgent);
-    EXPECT_EQ(client->observeData("x", true, result), CallStatus::eNoAgent);
-    EXPECT_EQ(client->observeListData({"x"}, result), CallStatus::eNoAgent);
-    EXPECT_EQ(client->stopObservingData("x", result), CallStatus::eNoAgent);
-    EXPECT_TRUE(result);
-}
-
 TEST(Serving, RegistersObservesAndAnnouncesByTheirMethods) {
     const auto resultOf = [](const char* name, bool result) {
         Method reply(name, Method::eResponse);
@@ -369,6 +330,16 @@ TEST(Serving, RegistersObservesAndAnnouncesByTheirMethods) {
     int observers = 0;
     EXPECT_EQ(client->manageableDataChanged(record, observers), CallStatus::eDone);
     EXPECT_EQ(observers, 3);
+
+    ScriptedPeer silent([](PeerStream& stream) {
+        stream.welcome();
+        EXPECT_FALSE(stream.read());
+    });
+    const auto agentless = connectTo(silent, nullptr);
+    EXPECT_EQ(agentless->registerManagementIdentity("Id", true, result), CallStatus::eNoAgent);
+    EXPECT_EQ(agentless->observeData("x", true, result), CallStatus::eNoAgent);
+    EXPECT_EQ(agentless->observeListData({"x"}, result), CallStatus::eNoAgent);
+    EXPECT_EQ(agentless->stopObservingData("x", result), CallStatus::eNoAgent);
 }
 
 // What the thread sanitizer should see: a thread that serves, threads that call, and an agent that
