@@ -58,7 +58,7 @@ unsigned ChangeNotifier::count(const ManageableData& record) {
         m_registry.appendObservers(rootId, observers);
         m_registry.appendObservers(kAllData, observers);
         for (const MgmtAgentDetails& observer : observers) {
-            callbacks += !observer.flag || combined.insert(observer.agent).second ? 1 : 0;
+            callbacks += !observer.flag || combined.insert(observer.agent).second ? 1U : 0U;
         }
     }
     return callbacks;
