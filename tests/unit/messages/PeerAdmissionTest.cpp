@@ -126,6 +126,7 @@ TEST_F(PeerAdmissionTest, WithoutDescriptorsPeersWaitUntilThereAreSome) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the undefined behaviour sanitizer built with it needs descriptors of its own";
 #endif
+    constexpr const char* kNoPeers = "cannot accept peers for now";
     start();
     FramePeer early(m_socket);
     ASSERT_EQ(early.hello("early"), "early");
@@ -134,12 +135,15 @@ TEST_F(PeerAdmissionTest, WithoutDescriptorsPeersWaitUntilThereAreSome) {
         const DescriptorFamine famine;
         ASSERT_TRUE(late.connect(m_socket));
         late.write(FramePeer::frame(FrameKind::eHello, 1, "late", "", ""));
-        EXPECT_EQ(early.ask("served meanwhile"), "served meanwhile");
+        // The loop may have been about to look at this peer again before the other one came.
+        for (int i = 0; i == 0 || (i < 1000 && m_log.count(kLogError, kNoPeers) == 0); ++i) {
+            ASSERT_EQ(early.ask("served meanwhile"), "served meanwhile");
+        }
     }
     const auto welcome = late.read();
     ASSERT_TRUE(welcome);
     EXPECT_EQ(welcome->payload, "late");
-    EXPECT_EQ(m_log.count(kLogError, "cannot accept peers for now"), 1);
+    EXPECT_EQ(m_log.count(kLogError, kNoPeers), 1);
 }
 
 }  // namespace
