@@ -1,8 +1,11 @@
 #include "HostOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <limits>
 
 #include "SettingsFile.h"
 #include "log/Log.h"
@@ -86,6 +89,10 @@ void declarePaths(CLI::App& app, HostOptions& options) {
         ->allow_extra_args(false);
 }
 
+/// As long as a log file can be told to get: a tebibyte, or what a size holds.
+constexpr auto kLargestLogFile = static_cast<std::size_t>(
+    std::min(std::uintmax_t{1} << 40U, std::uintmax_t{std::numeric_limits<std::size_t>::max()}));
+
 void declareLog(CLI::App& app, HostOptions& options) {
     declareNumber(app, "--log-level", options.logLevel, int{kLogError}, int{kLogDump},
                   "2 errors, 3 warnings, 4 information, 5 debugging, 6 with whole records");
@@ -94,8 +101,7 @@ void declareLog(CLI::App& app, HostOptions& options) {
     declareNumber(app, "--log-flush-seconds", options.log.flushSeconds, 1, 3600,
                   "How long lines that are no errors may wait to be written");
     declareNumber(app, "--log-max-bytes", options.log.maximumFileBytes, std::size_t{64} << 10U,
-                  std::size_t{1} << 40U,
-                  "A log file that gets longer is renamed and a new one begun");
+                  kLargestLogFile, "A log file that gets longer is renamed and a new one begun");
     declareNumber(app, "--log-kept-files", options.log.keptFiles, std::size_t{0}, std::size_t{1000},
                   "Renamed log files that are kept");
 }

@@ -138,6 +138,8 @@ TEST_F(HostOptionsTest, AWrongSettingIsOneLineWithFileAndKeyAndExitCode2) {
         {"max-peer = 3", "line 1: unknown key \"max-peer\""},
         {"\nmax-peers = abc", "line 2: max-peers: Value abc not in range"},
         {"max-peers = 0", "max-peers: Value 0 not in range 1 to 65536"},
+        // Also where a size has 32 bits and would take the number for another.
+        {"log-max-bytes = 1099511693313", "log-max-bytes: Value 1099511693313 not in range 65536"},
         {"max-peers = -1", "max-peers: Value -1 not in range"},
         {"max-peers = 1 2", "max-peers: Value 1 2 not in range"},
         {"store-busy-ms = 99999999999999999999", "store-busy-ms: Value 9"},
