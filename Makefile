@@ -5,11 +5,12 @@ PREFIX ?= /usr/local
 JOBS := $(shell nproc)
 BUILD := build/release
 FUZZ_SECONDS ?= 60
+CROSS_TARGETS ?= mips s390x
 PROGRAMS := vireod vireoctl vireo_client_mgmt
 
 .DEFAULT_GOAL := help
 .NOTPARALLEL:
-.PHONY: help run demo test bench sanitize fuzz lint format install clean programs
+.PHONY: help run demo test bench sanitize fuzz cross lint format install clean programs
 
 help:
 	@echo "make run       install what is missing, build, and run the service on the sample phone"
@@ -18,6 +19,7 @@ help:
 	@echo "make bench     compare speed and memory with what else one could use; QUICK=1: under a minute"
 	@echo "make sanitize  all tests under the address, undefined behaviour and thread sanitizers"
 	@echo "make fuzz      feed the decoders with made-up input, FUZZ_SECONDS ($(FUZZ_SECONDS)) for each"
+	@echo "make cross     build and run all tests for big-endian processors, under an emulator"
 	@echo "make lint      format, static analysis, include direction, sample configuration"
 	@echo "make format    format all sources in place"
 	@echo "make install   install below PREFIX ($(PREFIX)); DESTDIR is put before it"
@@ -56,6 +58,9 @@ fuzz:
 	cmake --build --preset fuzz --parallel $(JOBS)
 	@scripts/fuzz build/fuzz $(FUZZ_SECONDS)
 
+cross:
+	@scripts/cross $(CROSS_TARGETS)
+
 lint:
 	scripts/install-deps build test lint
 	cmake --preset release -D VIREO_BUILD_TESTS=ON
@@ -69,7 +74,7 @@ install: programs
 	cmake --install $(BUILD) --prefix $(PREFIX)
 
 clean:
-	rm -rf build/release build/asan build/tsan build/fuzz
+	rm -rf build/release build/asan build/tsan build/fuzz build/cross build/cross-*
 
 # Running the service takes fewer packages than testing it.
 programs:

@@ -1,5 +1,7 @@
 #include <sys/stat.h>
+#ifdef VIREO_SYSTEMD
 #include <systemd/sd-daemon.h>
+#endif
 
 #include <csignal>
 #include <cstdio>
@@ -27,6 +29,13 @@ sigset_t blockStopSignals() {
     return signals;
 }
 
+/// Tells the supervisor, where there is one, how far the process is.
+void notifySupervisor([[maybe_unused]] const char* state) {
+#ifdef VIREO_SYSTEMD
+    sd_notify(0, state);
+#endif
+}
+
 int serve(const vireo::HostOptions& options, const sigset_t& stopSignals) {
     vireo::HostProcess process;
     std::string error;
@@ -37,10 +46,10 @@ int serve(const vireo::HostOptions& options, const sigset_t& stopSignals) {
     std::printf("vireod: ready on %s (%zu peers at most)\n", options.socket.c_str(),
                 options.messages.maximumPeers);
     std::fflush(stdout);
-    sd_notify(0, "READY=1");
+    notifySupervisor("READY=1");
     int signal = 0;
     sigwait(&stopSignals, &signal);
-    sd_notify(0, "STOPPING=1");
+    notifySupervisor("STOPPING=1");
     process.stop();
     return process.failed() ? kCannotStart : kStopped;
 }

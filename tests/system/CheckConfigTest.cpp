@@ -74,9 +74,9 @@ void expectFindings(const Mistake& mistake, const Outcome& outcome) {
         EXPECT_TRUE(lines[i].starts_with(mistake.findings[i])) << lines[i];
         EXPECT_NE(lines[i].find("; "), std::string::npos) << "says how to mend it: " << lines[i];
     }
-    const auto errors = std::count_if(lines.begin(), lines.end(), [](const std::string& line) {
-        return line.starts_with("error: ");
-    });
+    const auto errors = static_cast<std::size_t>(
+        std::count_if(lines.begin(), lines.end(),
+                      [](const std::string& line) { return line.starts_with("error: "); }));
     const std::string summary = ": " + std::to_string(errors) + " errors, " +
                                 std::to_string(mistake.findings.size() - errors) + " warnings";
     EXPECT_TRUE(lines.back().ends_with(summary)) << lines.back();

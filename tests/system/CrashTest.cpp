@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -70,11 +71,16 @@ TEST(Crash, NothingAcknowledgedIsLostWheneverTheServiceIsKilled) {
     const unsigned seed = std::random_device{}();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
-    std::uniform_int_distribution<int> microseconds(0, 12000);
     RunningPhone phone;
     ManageableData initial = recordOf(0);
     bool result = false;
+    const auto began = std::chrono::steady_clock::now();
     ASSERT_EQ(phone.connect()->setData(initial, result), CallStatus::eDone);
+    // Some rounds have to last for more than one write, however slow the first is here.
+    const std::chrono::microseconds twoWrites = std::chrono::ceil<std::chrono::microseconds>(
+        2 * (std::chrono::steady_clock::now() - began));
+    std::uniform_int_distribution<std::chrono::microseconds::rep> microseconds(
+        0, std::max<std::chrono::microseconds::rep>(12000, twoWrites.count()));
     Progress progress{0, 0};
     long writes = 0;
     for (long round = 0; round < rounds() && !::testing::Test::HasFailure(); ++round) {

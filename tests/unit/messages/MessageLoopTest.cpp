@@ -35,9 +35,9 @@ void expectEchoes(FramePeer& peer, const std::vector<std::string>& payloads) {
     }
 }
 
-std::vector<std::string> numberedPayloads(int count) {
+std::vector<std::string> numberedPayloads(std::size_t count) {
     std::vector<std::string> payloads;
-    for (int i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         payloads.push_back("payload " + std::to_string(i) + std::string(i % 7, '.'));
     }
     return payloads;
@@ -238,7 +238,7 @@ TEST_F(MessageLoopTest, TasksRunOnTheMessageThreadInTheOrderOfTheirPosting) {
     done.get_future().wait();
     ASSERT_EQ(order.size(), static_cast<std::size_t>(kTasks));
     for (int i = 0; i < kTasks; ++i) {
-        ASSERT_EQ(order[i], i);
+        ASSERT_EQ(order[static_cast<std::size_t>(i)], i);
     }
     EXPECT_TRUE(alwaysThere);
     EXPECT_EQ(m_log.count(kLogError, "a bad task"), 1);

@@ -98,7 +98,8 @@ TEST(PeerDirectory, NumbersAreTheLowestFreeWhateverComesAndGoes) {
                 taken[expected] = peer;
             }
         } else {
-            const auto leaving = std::next(taken.begin(), random() % taken.size());
+            const std::size_t position = random() % taken.size();
+            const auto leaving = std::next(taken.begin(), static_cast<std::ptrdiff_t>(position));
             peers.release(leaving->first, *leaving->second);
             taken.erase(leaving);
         }

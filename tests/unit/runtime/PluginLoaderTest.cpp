@@ -1,20 +1,20 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <string>
 
 #include "ScratchDirectory.h"
+#include "log/Log.h"
 #include "runtime/PluginLoader.h"
 
 namespace vireo::test {
 namespace {
 
 /// A shared library that is certainly there and certainly no plug-in.
-std::string systemLibrary() {
+std::string valueLibrary() {
     Dl_info info{};
-    return ::dladdr(reinterpret_cast<void*>(&std::getenv), &info) != 0 ? info.dli_fname : "";
+    return ::dladdr(reinterpret_cast<void*>(&setLogLevel), &info) != 0 ? info.dli_fname : "";
 }
 
 TEST(PluginLoader, AFileThatCannotBeLoadedIsNamedWithTheReason) {
@@ -42,7 +42,7 @@ TEST(PluginLoader, AFileThatCannotBeLoadedIsNamedWithTheReason) {
 }
 
 TEST(PluginLoader, AMissingFactoryIsNamedWithItsFile) {
-    const std::string library = systemLibrary();
+    const std::string library = valueLibrary();
     std::string error;
     const auto plugin = PluginLoader::load(library, error);
     ASSERT_TRUE(plugin) << error;
