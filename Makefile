@@ -5,6 +5,7 @@ PREFIX ?= /usr/local
 JOBS := $(shell nproc)
 BUILD := build/release
 FUZZ_SECONDS ?= 60
+SANITIZE_TESTS ?= .
 CROSS_TARGETS ?= mips s390x
 PROGRAMS := vireod vireoctl vireo_client_mgmt
 
@@ -17,7 +18,8 @@ help:
 	@echo "make demo      a tour that starts and stops everything itself"
 	@echo "make test      build and run all tests"
 	@echo "make bench     compare speed and memory with what else one could use; QUICK=1: under a minute"
-	@echo "make sanitize  all tests under the address, undefined behaviour and thread sanitizers"
+	@echo "make sanitize  all tests under the address, undefined behaviour and thread sanitizers;"
+	@echo "               SANITIZE_TESTS=REGEX: those that match"
 	@echo "make fuzz      feed the decoders with made-up input, FUZZ_SECONDS ($(FUZZ_SECONDS)) for each"
 	@echo "make cross     build and run all tests for big-endian processors, under an emulator"
 	@echo "make lint      format, static analysis, include direction, sample configuration"
@@ -47,10 +49,10 @@ sanitize:
 	scripts/install-deps build test
 	cmake --preset asan
 	cmake --build --preset asan --parallel $(JOBS)
-	ctest --preset asan --parallel $(JOBS)
+	ctest --preset asan --parallel $(JOBS) --tests-regex '$(SANITIZE_TESTS)'
 	cmake --preset tsan
 	cmake --build --preset tsan --parallel $(JOBS)
-	@ctest --preset tsan --parallel $(JOBS)
+	@ctest --preset tsan --parallel $(JOBS) --tests-regex '$(SANITIZE_TESTS)'
 
 fuzz:
 	scripts/install-deps build fuzz
