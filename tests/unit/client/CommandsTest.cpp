@@ -14,7 +14,6 @@
 namespace vireo {
 namespace {
 
-using std::chrono::milliseconds;
 using Request = std::function<ExitCode(Commands&)>;
 
 struct Outcome {
@@ -32,30 +31,18 @@ Outcome runAgainst(const std::vector<std::string>& replies, const Request& comma
         }
         EXPECT_FALSE(stream.read()) << "one request too many";
     });
-    LocalMgmtClient::Options options;
-    options.socketPath = peer.socketPath();
-    options.timeout = milliseconds(10000);
-    std::string error;
-    const auto client = LocalMgmtClient::connect(options, error);
-    EXPECT_TRUE(client) << error;
+    const auto client = connectTo(peer);
     std::ostringstream out;
     std::ostringstream errors;
     TextPrinter text(out, errors);
     JsonPrinter jsonPrinter(out, errors);
     AnswerPrinter& printer = json ? static_cast<AnswerPrinter&>(jsonPrinter) : text;
-    Commands commands(*client, printer, errors, options.timeout);
+    Commands commands(*client, printer, errors, kPatience);
     Outcome outcome;
     outcome.code = command(commands);
     outcome.out = out.str();
     outcome.errors = errors.str();
     return outcome;
-}
-
-std::string recordReply(const char* method, bool result, const ManageableData& record) {
-    Method reply(method, Method::eResponse);
-    reply.addBoolParameter("result", Parameter::eOut, result);
-    reply.addStringParameter("manageableData", Parameter::eOut, record.serialize());
-    return encoded(reply);
 }
 
 std::string schemaNameReply(const char* name) {
@@ -114,8 +101,8 @@ TEST(Commands, ExplainWhatAServiceLeavesOpenAndPrintEveryTypeOfParameter) {
          [](Commands& commands) {
              return commands.get({"no", "a", "hung"});
          },
-         {recordReply("getData", false, recordOf({{"a", "1"}})), schemaNameReply(""),
-          schemaNameReply("hung")},
+         {encoded(recordReply("getData", false, recordOf({{"a", "1"}}).serialize())),
+          schemaNameReply(""), schemaNameReply("hung")},
          ExitCode::eRefused,
          "a = 1\n",
          "no: no value (unknown item)\nhung: no value (it could not be read; the log of the "
@@ -125,7 +112,7 @@ TEST(Commands, ExplainWhatAServiceLeavesOpenAndPrintEveryTypeOfParameter) {
          "\n"},
         {"a collection of which a member failed",
          [](Commands& commands) { return commands.get({"sounds"}); },
-         {recordReply("getData", false, recordOf({{"c", "3"}}))},
+         {encoded(recordReply("getData", false, recordOf({{"c", "3"}}).serialize()))},
          ExitCode::eRefused,
          "c = 3\n",
          "read failed: an item could not be read, its value may be old; the log of the service "
@@ -137,7 +124,7 @@ TEST(Commands, ExplainWhatAServiceLeavesOpenAndPrintEveryTypeOfParameter) {
          [](Commands& commands) {
              return commands.set({{"a", "1"}, {"b", "2"}});
          },
-         {recordReply("setData", false, unexplained), schemaNameReply("leaf")},
+         {encoded(recordReply("setData", false, unexplained.serialize())), schemaNameReply("leaf")},
          ExitCode::eRefused,
          "",
          "a: Initiated\n"

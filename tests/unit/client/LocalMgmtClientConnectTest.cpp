@@ -14,8 +14,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kPatience{10000};
-constexpr milliseconds kBrief{30};
 
 LocalMgmtClient::Options optionsFor(const std::string& path, milliseconds timeout = kPatience) {
     LocalMgmtClient::Options options;

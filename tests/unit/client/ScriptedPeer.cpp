@@ -159,4 +159,24 @@ ScriptedPeer::~ScriptedPeer() {
     m_thread.join();
 }
 
+std::unique_ptr<LocalMgmtClient> connectTo(const ScriptedPeer& peer, MgmtAgentIfc* agent,
+                                           LocalMgmtClient::Protocol protocol) {
+    LocalMgmtClient::Options options;
+    options.socketPath = peer.socketPath();
+    options.timeout = kPatience;
+    options.protocol = protocol;
+    options.agent = agent;
+    std::string error;
+    auto client = LocalMgmtClient::connect(options, error);
+    EXPECT_TRUE(client) << error;
+    return client;
+}
+
+Method recordReply(const std::string& name, bool result, const std::string& record) {
+    Method method(name, Method::eResponse);
+    method.addBoolParameter("result", Parameter::eOut, result);
+    method.addStringParameter("manageableData", Parameter::eOut, record);
+    return method;
+}
+
 }  // namespace vireo

@@ -1,12 +1,15 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
 
+#include "LocalMgmtClient.h"
 #include "messages/FileDescriptor.h"
 #include "messages/FrameCodec.h"
 #include "service/Method.h"
@@ -69,6 +72,18 @@ private:
     FileDescriptor m_listener;
     std::thread m_thread;
 };
+
+/// Time-outs that are not to pass, and one that is.
+inline constexpr std::chrono::milliseconds kPatience{10000};
+inline constexpr std::chrono::milliseconds kBrief{30};
+
+/// A client of the peer that waits for kPatience; the agent may be null.
+std::unique_ptr<LocalMgmtClient> connectTo(
+    const ScriptedPeer& peer, MgmtAgentIfc* agent = nullptr,
+    LocalMgmtClient::Protocol protocol = LocalMgmtClient::Protocol::eRpc);
+
+/// The reply of a method that answers with a record.
+Method recordReply(const std::string& name, bool result, const std::string& record);
 
 /// A listening Unix socket at `path`.
 FileDescriptor listenAt(const std::string& path);

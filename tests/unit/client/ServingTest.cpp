@@ -18,8 +18,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kPatience{10000};
-
 /// Answers with functions of the test; what it was told is put down in order.
 class FunctionAgent : public MgmtAgentIfc {
 public:
@@ -41,17 +39,6 @@ public:
     std::function<void(const std::string&)> whenTold = [](const std::string&) {};
     std::vector<std::string> told;
 };
-
-std::unique_ptr<LocalMgmtClient> connectTo(const ScriptedPeer& peer, MgmtAgentIfc* agent) {
-    std::string error;
-    LocalMgmtClient::Options options;
-    options.socketPath = peer.socketPath();
-    options.timeout = kPatience;
-    options.agent = agent;
-    auto client = LocalMgmtClient::connect(options, error);
-    EXPECT_TRUE(client) << error;
-    return client;
-}
 
 std::string question(const std::string& tag) {
     ManageableData record;
@@ -282,64 +269,6 @@ TEST(Serving, StopsForGoodEvenBeforeItHasBegun) {
     EXPECT_EQ(client->serveUntilStopped(), CallStatus::eDone);
     EXPECT_EQ(client->serveUntilStopped(), CallStatus::eDone);
     EXPECT_TRUE(client->startServing()) << "a thread that ends at once";
-}
-
-TEST(Serving, RegistersObservesAndAnnouncesByTheirMethods) {
-    const auto resultOf = [](const char* name, bool result) {
-        Method reply(name, Method::eResponse);
-        reply.addBoolParameter("result", Parameter::eOut, result);
-        return encoded(reply);
-    };
-    ScriptedPeer peer([&resultOf](PeerStream& stream) {
-        stream.welcome();
-        const struct {
-            const char* request;
-            std::string reply;
-        } rows[] = {
-            {"34;registerManagementIdentityBulkData0;2;12;managementId1;0;2;Id"
-             "18;bulkDataManageable2;0;1;",
-             resultOf("registerManagementIdentityBulkData", false)},
-            {"19;observeDataBulkData0;2;6;nodeId1;0;1;x18;bulkDataManageable2;0;0;",
-             resultOf("observeDataBulkData", true)},
-            {"23;observeListDataBulkData0;1;7;rootIds1;0;9;2;1;x2;yz",
-             resultOf("observeListDataBulkData", true)},
-            {"17;stopObservingData0;1;6;nodeId1;0;1;x", resultOf("stopObservingData", true)},
-        };
-        for (const auto& row : rows) {
-            const auto request = stream.read();
-            ASSERT_TRUE(request);
-            EXPECT_EQ(request->payload, row.request);
-            stream.send(FrameKind::eReply, request->header.correlation, row.reply);
-        }
-        Method told("manageableDataChanged", Method::eResponse);
-        told.addIntParameter("numObservers", Parameter::eOut, 3);
-        told.addStringParameter("manageableData", Parameter::eOut, "<record></record>");
-        stream.reply(told);
-    });
-    FunctionAgent agent;
-    const auto client = connectTo(peer, &agent);
-    bool result = true;
-    EXPECT_EQ(client->registerManagementIdentity("Id", true, result), CallStatus::eDone);
-    EXPECT_FALSE(result);
-    EXPECT_EQ(client->observeData("x", false, result), CallStatus::eDone);
-    EXPECT_TRUE(result);
-    EXPECT_EQ(client->observeListData({"x", "yz"}, result), CallStatus::eDone);
-    EXPECT_EQ(client->stopObservingData("x", result), CallStatus::eDone);
-    ManageableData record;
-    record.populate("x", "1");
-    int observers = 0;
-    EXPECT_EQ(client->manageableDataChanged(record, observers), CallStatus::eDone);
-    EXPECT_EQ(observers, 3);
-
-    ScriptedPeer silent([](PeerStream& stream) {
-        stream.welcome();
-        EXPECT_FALSE(stream.read());
-    });
-    const auto agentless = connectTo(silent, nullptr);
-    EXPECT_EQ(agentless->registerManagementIdentity("Id", true, result), CallStatus::eNoAgent);
-    EXPECT_EQ(agentless->observeData("x", true, result), CallStatus::eNoAgent);
-    EXPECT_EQ(agentless->observeListData({"x"}, result), CallStatus::eNoAgent);
-    EXPECT_EQ(agentless->stopObservingData("x", result), CallStatus::eNoAgent);
 }
 
 // What the thread sanitizer should see: a thread that serves, threads that call, and an agent that
