@@ -14,7 +14,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-
 LocalMgmtClient::Options optionsFor(const std::string& path, milliseconds timeout = kPatience) {
     LocalMgmtClient::Options options;
     options.socketPath = path;
