@@ -26,11 +26,19 @@ public:
                                 std::string& error) = 0;
 };
 
+class StoragePort;
+class TransferPort;
+class ImagePort;
+
 /// The real parts behind the platform's named entry points. Null members are allowed: without a
-/// log port lines are dropped, without a configuration port every import fails.
+/// log port lines are dropped, without a configuration port every import fails, and what needs one
+/// of the others fails with an error line or a `StorageError`.
 struct PlatformPorts {
     LogPort* log = nullptr;
     ConfigPort* config = nullptr;
+    StoragePort* storage = nullptr;
+    TransferPort* transfer = nullptr;
+    ImagePort* image = nullptr;
 };
 
 /// Installs the ports (not owned). Call once, before the plug-in is loaded and before any thread

@@ -16,6 +16,7 @@ public:
 
     Executable* findService(const std::string& interfaceName) override;
     void postToMessageThread(std::function<void()> task) override;
+    TimerFacility* timers() override { return nullptr; }
 
 private:
     const ServiceRegistry& m_services;

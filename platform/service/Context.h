@@ -8,6 +8,7 @@
 namespace vireo {
 
 class Executable;
+class TimerFacility;
 
 /// What the framework gives to a service at its start. The concrete type is the run-time's.
 class VIREO_API Context {
@@ -24,6 +25,8 @@ public:
     /// Runs `task` soon on the message thread, after the message that is being handled. Tasks run
     /// in the order in which they were posted. A task must not throw.
     virtual void postToMessageThread(std::function<void()> task) = 0;
+    /// The timers of the framework; null where there are none. Lives as long as the context.
+    virtual TimerFacility* timers() = 0;
 };
 
 }  // namespace vireo

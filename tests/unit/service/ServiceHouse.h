@@ -25,6 +25,7 @@ struct TestContext : SvcRTEContext {
         return interfaceName == "DataAccessServiceIfc" ? store : nullptr;
     }
     void postToMessageThread(std::function<void()> task) override { task(); }
+    TimerFacility* timers() override { return nullptr; }
 
     Executable* store = nullptr;
     std::vector<std::string> asked;

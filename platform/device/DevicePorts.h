@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Visibility.h"
+#include "device/Storage.h"
+#include "device/TransferRequest.h"
+
+namespace vireo {
+
+class AdminProgressCallback;
+
+/// The real part behind `Storage`; the contracts are there. What fails throws `StorageError`.
+class VIREO_API StoragePort {
+public:
+    virtual ~StoragePort() = default;
+    virtual void initStorageLocation(std::string& path) = 0;
+    virtual std::uint64_t fileSize(const std::string& fullPath) = 0;
+    virtual void deleteFile(const std::string& fullPath) = 0;
+    virtual std::vector<StorageEntry> list(const std::string& directory) = 0;
+    virtual void move(const std::string& fromPath, const std::string& toPath) = 0;
+};
+
+/// The real part behind the transfers of `GPALAdmin`. Throws nothing.
+class VIREO_API TransferPort {
+public:
+    virtual ~TransferPort() = default;
+    virtual void setSecurityDetails(const SecurityDetails& details) = 0;
+    /// False with a one-line `error` that names what is wrong.
+    virtual bool getFile(const TransferRequest& request, AdminProgressCallback& progress,
+                         std::string& error) = 0;
+    virtual bool isActive() = 0;
+};
+
+/// The real part behind the software images of `GPALAdmin`. Throws nothing.
+class VIREO_API ImagePort {
+public:
+    virtual ~ImagePort() = default;
+    virtual std::string hardwareVariant() = 0;
+    /// False with a one-line `error` that names what is wrong.
+    virtual bool verify(const std::string& path, const std::string& hardwareVariant,
+                        std::string& error) = 0;
+    virtual bool burn(const std::string& path, AdminProgressCallback& progress,
+                      std::string& error) = 0;
+    virtual bool isActive() = 0;
+};
+
+}  // namespace vireo

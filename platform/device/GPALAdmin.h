@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+
+#include "Visibility.h"
+#include "device/TransferRequest.h"
+
+namespace vireo {
+
+class AdminProgressCallback;
+
+/// The platform's administration: file transfer and software images. Forwards to the installed
+/// `TransferPort` and `ImagePort`. Safe from every thread. Nothing is thrown; what fails is logged
+/// and answered with false, and so is everything without a port.
+class VIREO_API GPALAdmin {
+public:
+    /// What HTTPS transfers that are started later verify and present. Until it was called once,
+    /// they fail.
+    static bool setSecurityDetails(const SecurityDetails& details);
+    /// Starts to fetch a file in the background. False when it could not be started, for instance
+    /// because another transfer or a burn is under way; then `progress` is never called. Else
+    /// `progress` gets exactly one last report, never before this returns; it outlives that.
+    /// A file that is not complete never appears under its name, nor in a listing.
+    static bool getFile(const TransferRequest& request, AdminProgressCallback& progress);
+    /// Whether a transfer or a burn is under way: from its start until its last report has
+    /// returned.
+    static bool isActive();
+
+    /// Whether the file is a software image for this kind of phone.
+    static bool verifyImageType(const std::string& path, const std::string& hardwareVariant);
+    /// Starts to burn an image in the background; as `getFile` for the rest.
+    static bool imageBurn(const std::string& path, AdminProgressCallback& progress);
+};
+
+}  // namespace vireo
