@@ -7,6 +7,7 @@
 
 namespace vireo {
 
+class Executable;
 class ManageableData;
 class MgmtAgentIfc;
 
@@ -37,6 +38,22 @@ public:
         FILETYPE_VR_AUDIO = 17,
         FILETYPE_VR_PATTERN = 18,
     };
+
+    /// Whose files are meant. Other values come from outside.
+    enum eUsertype : int {
+        USER_UNSET = 0,  ///< before the first user change
+        USER_BASE = 1,   ///< the phone's own user
+        USER_VISITOR = 2,
+        USER_MIGRATE_TO_VISITOR = 3,
+        USER_DEFAULT = 4,
+        USER_CLEAR_DATA_VISITOR = 5,
+        USER_BASE_KSP = 6,
+        USER_VISITOR_KSP = 7,
+        USER_CLEAR_DATA_VISITOR_KSP = 8,
+    };
+
+    /// How files are fetched. Other values come from outside and are refused.
+    enum eDownloadProtocol : int { DOWNLOAD_FTP = 1, DOWNLOAD_HTTPS = 2 };
 
     virtual ~LocalMgmtIfc() = default;
 
@@ -90,6 +107,42 @@ public:
     virtual int getFileTypeNameLimit(eFiletype type) = 0;
     /// Empty: no type carries metadata.
     virtual std::string getFileTypeMetadata(eFiletype type) = 0;
+
+    /// Appends the directory of the type's files to `path`, as the current user has them; relative
+    /// to the storage root. False for an unsupported type; the user's directory is appended then.
+    virtual bool getFilePathFromType(eFiletype type, std::string& path) = 0;
+    virtual bool getFilePathFromType(eFiletype type, std::string& path, eUsertype user) = 0;
+    /// Checks a file of the current user by its name without directory: its size, and whether sound
+    /// can be played. False when it was rejected; what is too large is deleted.
+    virtual bool validateFile(eFiletype type, const std::string& fileName) = 0;
+
+    // Downloads. One at a time: a start while a transfer or a burn is under way answers false and
+    // leaves that one alone. What comes in is checked, its outcome and time are written to the
+    // items "dl-...-last-status" and "dl-...-last-time", and a software image is burnt.
+    /// Starts the download that the items of the type describe, and marks the phone busy with a
+    /// software update until it ends.
+    virtual bool startDownload(eFiletype type) = 0;
+    /// The same without the mark; `callback` (not owned, outlives the download; null, or what is no
+    /// `LocalMgmtCallbackIfc`, is nobody) hears of its progress and its end.
+    virtual bool startDownload(eFiletype type, Executable* callback) = 0;
+    /// Starts a download with everything given, and waits for its end. Not from a call-back of a
+    /// write of several items.
+    virtual bool startDownload(eDownloadProtocol protocol, const std::string& port,
+                               const std::string& server, const std::string& userName,
+                               const std::string& password, eFiletype type,
+                               const std::string& sourcePath, const std::string& fileName) = 0;
+    /// The same without waiting. During a call a software image is only fetched with
+    /// `overrideBusy`.
+    virtual bool startDownload(eDownloadProtocol protocol, const std::string& port,
+                               const std::string& server, const std::string& userName,
+                               const std::string& password, eFiletype type,
+                               const std::string& sourcePath, const std::string& fileName,
+                               Executable* callback, bool overrideBusy) = 0;
+    /// Percent of the current or last download when it is of that type and, unless `fileName` is
+    /// empty, of that file: 0 to 100, negative when it failed; -1 when it is another one.
+    virtual int requestCurrentDownloadStatus(eFiletype type, const std::string& fileName) = 0;
+    /// Has the pictures of the phone book read again.
+    virtual void refreshPictureClips() = 0;
 
     /// Adds reasons why the phone is busy to the mask of them, and writes the mask as a decimal
     /// number to the item "phone-busy-status", so that its observers are told.

@@ -7,7 +7,9 @@ namespace vireo {
 /// What a remote management client implements to be told of long-running work.
 class VIREO_API RemoteMgmtCallbackIfc {
 public:
-    enum eRemoteOperationType {
+    /// What the remote client asked for; other values are its own.
+    enum eRemoteOperationType : int {
+        eNoRemoteRequest = 0,  ///< somebody else started the work
         eRebootLackOfMemory = 3,
         eMemoryThresholdExceeded = 4,
     };

@@ -27,12 +27,12 @@ struct LogFileName {
 }  // namespace vireo
 
 // Logging that is off costs one branch: the arguments are not evaluated.
-#define VIREO_LOG(component, level, ...)                                                \
-    do {                                                                                \
-        if (::vireo::loggingOnUni(level)) {                                             \
-            static constexpr ::vireo::LogFileName fileName(__FILE__);                   \
-            ::vireo::logAppUni(component, fileName.text, level, __LINE__, __VA_ARGS__); \
-        }                                                                               \
+#define VIREO_LOG(component, level, ...)                                                   \
+    do {                                                                                   \
+        if (::vireo::loggingOnUni(level)) {                                                \
+            static constexpr ::vireo::LogFileName logFileName(__FILE__);                   \
+            ::vireo::logAppUni(component, logFileName.text, level, __LINE__, __VA_ARGS__); \
+        }                                                                                  \
     } while (false)
 
 #define VCMS_LOG(level, ...) VIREO_LOG("Vireo Client Management", level, __VA_ARGS__)

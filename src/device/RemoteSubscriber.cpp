@@ -30,16 +30,25 @@ bool RemoteSubscriber::unsubscribe(RemoteMgmtCallbackIfc* callback) {
     return true;
 }
 
+RemoteMgmtCallbackIfc* RemoteSubscriber::current() {
+    const SemaphoreGuard guard(m_semaphore);
+    return m_remote_callback_service;
+}
+
 bool RemoteSubscriber::warn(RemoteMgmtCallbackIfc::eRemoteOperationType type) {
-    RemoteMgmtCallbackIfc* subscriber = nullptr;
-    {
-        const SemaphoreGuard guard(m_semaphore);
-        subscriber = m_remote_callback_service;
-    }
+    RemoteMgmtCallbackIfc* const subscriber = current();
     if (subscriber != nullptr) {
         guardedCall("informRemoteWarning", [&] { subscriber->informRemoteWarning(type); });
     }
     return subscriber != nullptr;
+}
+
+void RemoteSubscriber::tellProgress(int percent) {
+    if (RemoteMgmtCallbackIfc* const subscriber = current()) {
+        guardedCall("informRemoteProgress", [&] {
+            subscriber->informRemoteProgress(percent, RemoteMgmtCallbackIfc::eNoRemoteRequest);
+        });
+    }
 }
 
 }  // namespace vireo

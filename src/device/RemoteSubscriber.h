@@ -15,8 +15,12 @@ public:
     bool unsubscribe(RemoteMgmtCallbackIfc* callback);
     /// False when there is no subscriber.
     bool warn(RemoteMgmtCallbackIfc::eRemoteOperationType type);
+    /// Tells the subscriber, if there is one, how a download goes on.
+    void tellProgress(int percent);
 
 private:
+    RemoteMgmtCallbackIfc* current();
+
     Semaphore m_semaphore{1, 1};
     RemoteMgmtCallbackIfc* m_remote_callback_service = nullptr;
 };

@@ -19,6 +19,10 @@ bool FileManager::changeFileManagerCache(const std::string& rootId, const std::s
     return false;
 }
 
+void FileManager::fileDownloadTimeout() {
+    VCMS_LOG(kLogWarning, "FileManager - the time is over, but nothing is being deployed");
+}
+
 bool FileManager::flushToCache(FileRequestStatuses& statuses) {
     statuses.clear();  // nothing was accepted, so nothing can fail
     return true;

@@ -19,6 +19,8 @@ public:
                                 std::string& reason);
     /// Fills `statuses` with what is to be reported.
     bool flushToCache(FileRequestStatuses& statuses);
+    /// A deployment took too long. None is ever under way.
+    void fileDownloadTimeout();
 };
 
 }  // namespace vireo

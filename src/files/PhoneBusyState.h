@@ -6,6 +6,10 @@ namespace vireo {
 
 class LocalMgmtIfc;
 
+// Reasons for the phone to be busy.
+constexpr unsigned kBusyWithCall = 1;
+constexpr unsigned kBusyWithSoftwareUpdate = 512;
+
 /// Why the phone is busy: a mask of reasons, 0 when it is idle. Mirrored as a decimal number in the
 /// item "phone-busy-status". Safe from every thread.
 class PhoneBusyState {

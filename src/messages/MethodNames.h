@@ -3,6 +3,13 @@
 namespace vireo::methodNames {
 
 // The methods of the local management interface, as messages name them.
+inline constexpr const char* kStartDownloadWithFileType = "startDownloadWithFileType";
+inline constexpr const char* kStartDownloadWithFileTypeAndCallback =
+    "startDownloadWithFileTypeAndCallback";
+inline constexpr const char* kStartDownloadWithManyParams = "startDownloadWithManyParams";
+inline constexpr const char* kStartDownloadWithManyParamsAndCallback =
+    "startDownloadWithManyParamsAndCallback";
+inline constexpr const char* kRequestCurrentDownloadStatus = "requestCurrentDownloadStatus";
 inline constexpr const char* kGetFileTypeMetadata = "getFileTypeMetadata";
 inline constexpr const char* kGetFileTypeCountLimit = "getFileTypeCountLimit";
 inline constexpr const char* kGetFileTypeNameLimit = "getFileTypeNameLimit";
@@ -22,6 +29,10 @@ inline constexpr const char* kGetData = "getData";
 inline constexpr const char* kFindSchemaName = "findSchemaName";
 inline constexpr const char* kExportSchema = "exportSchema";
 inline constexpr const char* kGetSchema = "getSchema";
+inline constexpr const char* kGetFilePathFromType = "getFilePathFromType";
+inline constexpr const char* kGetFilePathFromTypeAndUser = "getFilePathFromTypeAndUser";
 inline constexpr const char* kInvalidateVCMSCache = "invalidateVCMSCache";
+inline constexpr const char* kRefreshPictureClips = "refreshPictureClips";
+inline constexpr const char* kValidateFile = "validateFile";
 
 }  // namespace vireo::methodNames

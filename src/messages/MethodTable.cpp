@@ -2,6 +2,8 @@
 
 #include "messages/AgentMethods.h"
 #include "messages/BusyMethods.h"
+#include "messages/DownloadMethods.h"
+#include "messages/FilePathMethods.h"
 #include "messages/FileTypeMethods.h"
 #include "messages/ItemMethods.h"
 #include "messages/MethodNames.h"
@@ -11,6 +13,13 @@ namespace vireo {
 namespace {
 
 constexpr MethodRow kMethods[] = {
+    {methodNames::kStartDownloadWithFileType, handleStartDownloadWithFileType},
+    {methodNames::kStartDownloadWithFileTypeAndCallback,
+     handleStartDownloadWithFileTypeAndCallback},
+    {methodNames::kStartDownloadWithManyParams, handleStartDownloadWithManyParams},
+    {methodNames::kStartDownloadWithManyParamsAndCallback,
+     handleStartDownloadWithManyParamsAndCallback},
+    {methodNames::kRequestCurrentDownloadStatus, handleRequestCurrentDownloadStatus},
     {methodNames::kGetFileTypeMetadata, handleGetFileTypeMetadata},
     {methodNames::kGetFileTypeCountLimit, handleGetFileTypeCountLimit},
     {methodNames::kGetFileTypeNameLimit, handleGetFileTypeNameLimit},
@@ -29,7 +38,11 @@ constexpr MethodRow kMethods[] = {
     {methodNames::kExportSchema, handleExportSchema},
     {methodNames::kGetSchema, handleGetSchema},
     {methodNames::kManageableDataChanged, handleManageableDataChanged},
+    {methodNames::kGetFilePathFromType, handleGetFilePathFromType},
+    {methodNames::kGetFilePathFromTypeAndUser, handleGetFilePathFromTypeAndUser},
     {methodNames::kInvalidateVCMSCache, handleInvalidateVCMSCache},
+    {methodNames::kRefreshPictureClips, handleRefreshPictureClips},
+    {methodNames::kValidateFile, handleValidateFile},
 };
 
 }  // namespace

@@ -20,6 +20,12 @@ void OwnItemManagers::startFileDeployment(LocalMgmtIfc& service) {
     m_files = std::make_unique<FileManager>(service);
 }
 
+void OwnItemManagers::fileDownloadTimeout() {
+    if (m_files) {
+        m_files->fileDownloadTimeout();
+    }
+}
+
 bool OwnItemManagers::readLockedDown(const std::string& rootId, std::string& value) {
     return m_lockDown && m_lockDown->readLockedDownCache(rootId, value);
 }

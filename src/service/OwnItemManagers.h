@@ -25,6 +25,9 @@ public:
     /// Creates the file deployment manager.
     void startFileDeployment(LocalMgmtIfc& service);
 
+    /// A file deployment took too long.
+    void fileDownloadTimeout();
+
     bool readLockedDown(const std::string& rootId, std::string& value) override;
     bool changeLockedDown(const std::string& rootId, const std::string& value) override;
     bool flushLockedDown() override;

@@ -16,7 +16,11 @@ VireoClientMgmt::VireoClientMgmt()
       m_store(m_catalogue, [this] { return m_directory.dataAccessIfc(); }),
       m_ownItems(m_busyState, m_remoteSubscriber),
       m_reader(m_catalogue, m_dataCollections, m_registry, m_store, m_valueCache, m_ownItems),
-      m_writer(m_catalogue, m_dataCollections, m_registry, m_store, m_notifier, m_ownItems) {}
+      m_writer(m_catalogue, m_dataCollections, m_registry, m_store, m_notifier, m_ownItems),
+      m_downloads(downloadSurroundings(),
+                  {.media = [this] { return m_directory.mediaControlServiceIfc(); },
+                   .mobility = [this] { return m_directory.mobilityIfc(); },
+                   .remote = [this](int percent) { m_remoteSubscriber.tellProgress(percent); }}) {}
 
 VireoClientMgmt::~VireoClientMgmt() = default;
 
@@ -29,6 +33,7 @@ void VireoClientMgmt::init(Context& context) {
             return;
         }
         m_directory.setContext(runTime);
+        m_deploymentTimer.setFacility(runTime->timers());
         if (!m_catalogue.load(m_dataCollections)) {
             return;
         }
@@ -143,20 +148,6 @@ unsigned VireoClientMgmt::manageableDataChanged(ManageableData& record) {
 unsigned VireoClientMgmt::notifyObservers(const ManageableData& record) {
     return guarded("notifyObservers", 0U,
                    [&] { return m_notifier.announce(record, m_notifier.begin()); });
-}
-
-int VireoClientMgmt::getFileTypeCountLimit(eFiletype type) {
-    VCMS_LOG(kLogDebug, "getFileTypeCountLimit");
-    return FileTypeCatalogue::row(type).countLimit;
-}
-
-int VireoClientMgmt::getFileTypeNameLimit(eFiletype type) {
-    VCMS_LOG(kLogDebug, "getFileTypeNameLimit");
-    return FileTypeCatalogue::row(type).nameLimit;
-}
-
-std::string VireoClientMgmt::getFileTypeMetadata(eFiletype /*type*/) {
-    return {};
 }
 
 void VireoClientMgmt::setPhoneBusyStatus(unsigned bits) {

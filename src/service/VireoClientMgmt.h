@@ -5,8 +5,12 @@
 
 #include "LocalMgmtIfc.h"
 #include "RemoteMgmtIfc.h"
+#include "ShutdownConsentIfc.h"
 #include "data/DataCollection.h"
+#include "device/AdminProgressCallback.h"
 #include "device/RemoteSubscriber.h"
+#include "files/Downloads.h"
+#include "files/FileDeploymentTimer.h"
 #include "files/PhoneBusyState.h"
 #include "items/AgentRegistrations.h"
 #include "items/AgentRegistry.h"
@@ -26,7 +30,11 @@ namespace vireo {
 
 /// The client management service as the framework and its callers see it. Delegates to the
 /// collaborators that it wires together.
-class VireoClientMgmt : public Service, public LocalMgmtIfc, public RemoteMgmtIfc {
+class VireoClientMgmt : public Service,
+                        public LocalMgmtIfc,
+                        public RemoteMgmtIfc,
+                        public AdminProgressCallback,
+                        public ShutdownConsentIfc {
 public:
     VireoClientMgmt();
     ~VireoClientMgmt() override;
@@ -34,6 +42,8 @@ public:
     void init(Context& context) override;
     void run() override {}
     void shutdown() override {}
+    void timerEvent(int timerId) override;
+    bool requestShutdown() override;
 
     bool setData(ManageableData& record) override;
     bool getData(ManageableData& record) override;
@@ -55,6 +65,23 @@ public:
     int getFileTypeCountLimit(eFiletype type) override;
     int getFileTypeNameLimit(eFiletype type) override;
     std::string getFileTypeMetadata(eFiletype type) override;
+    bool getFilePathFromType(eFiletype type, std::string& path) override;
+    bool getFilePathFromType(eFiletype type, std::string& path, eUsertype user) override;
+    bool validateFile(eFiletype type, const std::string& fileName) override;
+    bool startDownload(eFiletype type) override;
+    bool startDownload(eFiletype type, Executable* callback) override;
+    bool startDownload(eDownloadProtocol protocol, const std::string& port,
+                       const std::string& server, const std::string& userName,
+                       const std::string& password, eFiletype type, const std::string& sourcePath,
+                       const std::string& fileName) override;
+    bool startDownload(eDownloadProtocol protocol, const std::string& port,
+                       const std::string& server, const std::string& userName,
+                       const std::string& password, eFiletype type, const std::string& sourcePath,
+                       const std::string& fileName, Executable* callback,
+                       bool overrideBusy) override;
+    int requestCurrentDownloadStatus(eFiletype type, const std::string& fileName) override;
+    void refreshPictureClips() override;
+    bool progressNotify(int percent) override;
     void setPhoneBusyStatus(unsigned bits) override;
     void clearPhoneBusyStatus(unsigned bits) override;
     unsigned retrievePhoneBusyStatus() override;
@@ -86,6 +113,7 @@ private:
     void initSNMPTrapRouter();
     void initQDCReportMgr();
     void confirmBusyStatus(unsigned told);
+    DownloadStarter::Surroundings downloadSurroundings();
 
     ServiceDirectory m_directory;
     PhoneBusyState m_busyState;
@@ -100,6 +128,9 @@ private:
     OwnItemManagers m_ownItems;
     ItemReader m_reader;
     ItemWriter m_writer;
+    std::atomic<eUsertype> m_currentUser{USER_UNSET};
+    Downloads m_downloads;
+    FileDeploymentTimer m_deploymentTimer{*this};
     std::atomic<int> m_softwareType{0};
     std::unique_ptr<SNMPTrapRouter> m_trapRouter;
     std::unique_ptr<QDCReportMgr> m_qdcReports;

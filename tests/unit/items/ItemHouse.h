@@ -99,6 +99,23 @@ struct ItemFace : LocalMgmtIfc {
     int getFileTypeCountLimit(eFiletype) override { return 0; }
     int getFileTypeNameLimit(eFiletype) override { return 0; }
     std::string getFileTypeMetadata(eFiletype) override { return {}; }
+    bool getFilePathFromType(eFiletype, std::string&) override { return false; }
+    bool getFilePathFromType(eFiletype, std::string&, eUsertype) override { return false; }
+    bool validateFile(eFiletype, const std::string&) override { return false; }
+    bool startDownload(eFiletype) override { return false; }
+    bool startDownload(eFiletype, Executable*) override { return false; }
+    bool startDownload(eDownloadProtocol, const std::string&, const std::string&,
+                       const std::string&, const std::string&, eFiletype, const std::string&,
+                       const std::string&) override {
+        return false;
+    }
+    bool startDownload(eDownloadProtocol, const std::string&, const std::string&,
+                       const std::string&, const std::string&, eFiletype, const std::string&,
+                       const std::string&, Executable*, bool) override {
+        return false;
+    }
+    int requestCurrentDownloadStatus(eFiletype, const std::string&) override { return -1; }
+    void refreshPictureClips() override {}
     void setPhoneBusyStatus(unsigned) override {}
     void clearPhoneBusyStatus(unsigned) override {}
     unsigned retrievePhoneBusyStatus() override { return 0; }

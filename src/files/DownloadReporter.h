@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "files/CurrentDownload.h"
+
+namespace vireo {
+
+class FileValidator;
+class ImageBurner;
+
+/// What becomes of the transfer that is under way: looks at the file, writes how it ended, tells
+/// whoever wants to know, and has an image burnt. Called on the platform's threads.
+class DownloadReporter {
+public:
+    /// Tells the remote management client of progress, if there is one.
+    using RemoteProgress = std::function<void(int percent)>;
+
+    /// Everything outlives this.
+    DownloadReporter(LocalMgmtIfc& items, CurrentDownload& current, FileValidator& validator,
+                     ImageBurner& burner, RemoteProgress remote);
+
+    /// The platform's report on a transfer or a burn. False when nothing is under way.
+    bool progressNotify(int percent);
+
+private:
+    void informProgress(int value, const CurrentDownload::Facts& facts);
+    void informCompletion(const CurrentDownload::Facts& facts);
+    bool succeed(const CurrentDownload::Facts& facts);
+    bool actOnSuccess(const CurrentDownload::Facts& facts);
+    void end(const CurrentDownload::Facts& facts, bool success, bool isBurning);
+
+    LocalMgmtIfc& m_items;
+    CurrentDownload& m_current;
+    FileValidator& m_validator;
+    ImageBurner& m_burner;
+    RemoteProgress m_remote;
+};
+
+}  // namespace vireo

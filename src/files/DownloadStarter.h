@@ -1,0 +1,63 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "files/CurrentDownload.h"
+#include "files/DownloadSettings.h"
+
+namespace vireo {
+
+class AdminProgressCallback;
+class CertificateMgmtSvcIfc;
+class Executable;
+class ImageBurner;
+class RegistrySemaphore;
+
+/// Starts downloads, one at a time. Safe from every thread.
+class DownloadStarter {
+public:
+    /// What it needs of the rest of the service. Everything outlives it.
+    struct Surroundings {
+        LocalMgmtIfc& items;
+        AdminProgressCallback& progress;  ///< hears the platform's reports
+        const RegistrySemaphore& registry;
+        std::function<CertificateMgmtSvcIfc*()> certificates;  ///< null while there is none
+        std::function<LocalMgmtIfc::eUsertype()> currentUser;
+    };
+
+    DownloadStarter(CurrentDownload& current, ImageBurner& burner, Surroundings surroundings);
+
+    /// By the type's settings, the phone being busy meanwhile.
+    bool startPlain(LocalMgmtIfc::eFiletype type);
+    /// By the type's settings.
+    bool startFromSettings(LocalMgmtIfc::eFiletype type, Executable* callback);
+    /// With everything given.
+    bool startFrom(const DownloadSource& source, LocalMgmtIfc::eFiletype type, Executable* callback,
+                   bool overrideBusy);
+    /// With everything given; returns when it has ended.
+    bool fetchFrom(const DownloadSource& source, LocalMgmtIfc::eFiletype type);
+
+private:
+    /// How a download is to be made.
+    struct Order {
+        LocalMgmtIfc::eFiletype type = LocalMgmtIfc::FILETYPE_INVALID;
+        LocalMgmtCallbackIfc* callback = nullptr;
+        bool overridesBusy = false;
+        bool isAwaited = false;
+    };
+
+    bool tryClaim();
+    bool startClaimedFromSettings(LocalMgmtIfc::eFiletype type, Executable* callback);
+    bool startClaimed(const DownloadSource& source, const Order& order);
+    bool finishAwaited();
+    bool downloadFile(const DownloadSource& source, const Order& order);
+    bool setUp(const DownloadSource& source, const Order& order);
+    bool prepareTransport(LocalMgmtIfc::eDownloadProtocol protocol);
+
+    CurrentDownload& m_current;
+    ImageBurner& m_burner;
+    Surroundings m_surroundings;
+};
+
+}  // namespace vireo

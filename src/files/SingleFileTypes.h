@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "LocalMgmtIfc.h"
+
+namespace vireo {
+
+/// The types of which the phone keeps one file.
+class SingleFileTypes {
+public:
+    /// Removes what lies beside the file: other files are deleted; a link to a default file goes
+    /// to the directory of deleted ones, where the type has defaults, else it is deleted, too. What
+    /// cannot be removed stays, with an error line.
+    static void removeOldFileForSingleFileTypes(LocalMgmtIfc::eFiletype type,
+                                                const std::string& path);
+};
+
+}  // namespace vireo

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace vireo {
+
+struct MethodCall;
+
+void handleGetFilePathFromType(MethodCall& call);
+void handleGetFilePathFromTypeAndUser(MethodCall& call);
+void handleValidateFile(MethodCall& call);
+
+}  // namespace vireo

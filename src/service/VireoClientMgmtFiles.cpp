@@ -1,0 +1,101 @@
+#include "Boundary.h"
+#include "files/FileTypeCatalogue.h"
+#include "service/VireoClientMgmt.h"
+
+// The part of the face that is about files.
+
+namespace vireo {
+
+int VireoClientMgmt::getFileTypeCountLimit(eFiletype type) {
+    VCMS_LOG(kLogDebug, "getFileTypeCountLimit");
+    return FileTypeCatalogue::row(type).countLimit;
+}
+
+int VireoClientMgmt::getFileTypeNameLimit(eFiletype type) {
+    VCMS_LOG(kLogDebug, "getFileTypeNameLimit");
+    return FileTypeCatalogue::row(type).nameLimit;
+}
+
+std::string VireoClientMgmt::getFileTypeMetadata(eFiletype /*type*/) {
+    return {};
+}
+
+DownloadStarter::Surroundings VireoClientMgmt::downloadSurroundings() {
+    return {.items = *this,
+            .progress = *this,
+            .registry = m_registry.semaphore(),
+            .certificates = [this] { return m_directory.getCertificateMgmtSvcIfc(); },
+            .currentUser = [this] { return m_currentUser.load(); }};
+}
+
+bool VireoClientMgmt::getFilePathFromType(eFiletype type, std::string& path) {
+    return getFilePathFromType(type, path, m_currentUser);
+}
+
+bool VireoClientMgmt::getFilePathFromType(eFiletype type, std::string& path, eUsertype user) {
+    VCMS_LOG(kLogDebug, "getFilePathFromType");
+    return guarded("getFilePathFromType", false,
+                   [&] { return FileTypeCatalogue::appendDirectory(path, user, type); });
+}
+
+bool VireoClientMgmt::validateFile(eFiletype type, const std::string& fileName) {
+    return guarded("validateFile", false, [&] {
+        return m_downloads.validator().validateFile(m_currentUser, type, fileName);
+    });
+}
+
+bool VireoClientMgmt::startDownload(eFiletype type) {
+    return guarded("startDownload", false, [&] { return m_downloads.starter().startPlain(type); });
+}
+
+bool VireoClientMgmt::startDownload(eFiletype type, Executable* callback) {
+    return guarded("startDownload", false,
+                   [&] { return m_downloads.starter().startFromSettings(type, callback); });
+}
+
+bool VireoClientMgmt::startDownload(eDownloadProtocol protocol, const std::string& port,
+                                    const std::string& server, const std::string& userName,
+                                    const std::string& password, eFiletype type,
+                                    const std::string& sourcePath, const std::string& fileName) {
+    return guarded("startDownload", false, [&] {
+        return m_downloads.starter().fetchFrom(
+            {protocol, port, server, userName, password, sourcePath, fileName}, type);
+    });
+}
+
+bool VireoClientMgmt::startDownload(eDownloadProtocol protocol, const std::string& port,
+                                    const std::string& server, const std::string& userName,
+                                    const std::string& password, eFiletype type,
+                                    const std::string& sourcePath, const std::string& fileName,
+                                    Executable* callback, bool overrideBusy) {
+    return guarded("startDownload", false, [&] {
+        return m_downloads.starter().startFrom(
+            {protocol, port, server, userName, password, sourcePath, fileName}, type, callback,
+            overrideBusy);
+    });
+}
+
+int VireoClientMgmt::requestCurrentDownloadStatus(eFiletype type, const std::string& fileName) {
+    return guarded("requestCurrentDownloadStatus", -1,
+                   [&] { return m_downloads.requestCurrentDownloadStatus(type, fileName); });
+}
+
+void VireoClientMgmt::refreshPictureClips() {
+    guardedCall("refreshPictureClips", [&] { m_downloads.refreshPictureClips(); });
+}
+
+bool VireoClientMgmt::progressNotify(int percent) {
+    return guarded("progressNotify", false, [&] { return m_downloads.progressNotify(percent); });
+}
+
+bool VireoClientMgmt::requestShutdown() {
+    return guarded("requestShutdown", true, [&] { return m_downloads.requestShutdown(); });
+}
+
+void VireoClientMgmt::timerEvent(int timerId) {
+    guardedCall("timerEvent", [&] {
+        m_deploymentTimer.timerEvent(timerId, [this] { m_ownItems.fileDownloadTimeout(); });
+    });
+}
+
+}  // namespace vireo
