@@ -23,6 +23,8 @@ public:
 
     int get() const { return m_number; }
     explicit operator bool() const { return m_number >= 0; }
+    /// Gives it to somebody else, who closes it.
+    int release() { return std::exchange(m_number, -1); }
     void reset() {
         if (m_number >= 0) {
             ::close(std::exchange(m_number, -1));
