@@ -8,9 +8,8 @@ class App;
 
 namespace vireo {
 
-/// The host's settings file: lines `key = value`, where each key is the name of a command-line
-/// option without its dashes. A value may stand in double quotes, which allow it to be empty, to
-/// hold '#', and to begin or end with blanks; nothing is escaped in it. A '#' begins a comment.
+/// The host's settings file: a `KeyValueFile` where each key is the name of a command-line option
+/// without its dashes.
 class SettingsFile {
 public:
     /// Gives the values of the file at `path` to the options of `app` that may stand in a file.

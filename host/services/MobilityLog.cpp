@@ -1,0 +1,27 @@
+#include "services/MobilityLog.h"
+
+#include "log/Log.h"
+
+namespace vireo {
+namespace {
+
+constexpr const char* kComponent = "MobilityLog";
+constexpr const char* kFile = "./host/services/MobilityLog";
+
+}  // namespace
+
+void MobilityLog::pictureDownloaded(const std::string& fileName) {
+    if (loggingOnUni(kLogInfo)) {
+        logAppUni(kComponent, kFile, kLogInfo, __LINE__, "noted: the picture \"%s\" has come",
+                  fileName.c_str());
+    }
+}
+
+void MobilityLog::refreshPictureClips() {
+    if (loggingOnUni(kLogInfo)) {
+        logAppUni(kComponent, kFile, kLogInfo, __LINE__,
+                  "noted: the pictures of the phone book are to be read again");
+    }
+}
+
+}  // namespace vireo
