@@ -43,6 +43,11 @@ bool MessageLoop::watch(int descriptor) {
     return ::epoll_ctl(m_epoll.get(), EPOLL_CTL_ADD, descriptor, &event) == 0;
 }
 
+bool MessageLoop::attend(int descriptor, std::function<void()> whenReadable) {
+    m_attended[descriptor] = std::move(whenReadable);
+    return watch(descriptor);
+}
+
 bool MessageLoop::listen(const std::string& socketPath, const MessageLimits& limits,
                          std::string& error) {
     if (!m_epoll || !m_wakeUp || !watch(m_wakeUp.get())) {
@@ -114,19 +119,27 @@ bool MessageLoop::waitAndServe() {
     }
     for (const epoll_event& event :
          std::span(m_events).first(static_cast<std::size_t>(count < 0 ? 0 : count))) {
-        if (event.data.fd == m_wakeUp.get()) {
-            clearWake();
-        } else if (event.data.fd == m_listener->descriptor()) {
-            acceptSome();
-        } else if (const auto found = m_connections.find(event.data.fd);
-                   found != m_connections.end() && !found->second->isPutOff()) {
-            turn(ConnectionPointer(found->second), event.events);
-        }
+        serveEvent(event);
         m_tasks.runPosted();
         runRevisits();
     }
     runPutOff();
     return true;
+}
+
+void MessageLoop::serveEvent(const epoll_event& event) {
+    const int descriptor = event.data.fd;
+    if (descriptor == m_wakeUp.get()) {
+        clearWake();
+    } else if (descriptor == m_listener->descriptor()) {
+        acceptSome();
+    } else if (const auto found = m_connections.find(descriptor); found != m_connections.end()) {
+        if (!found->second->isPutOff()) {
+            turn(ConnectionPointer(found->second), event.events);
+        }
+    } else if (const auto attended = m_attended.find(descriptor); attended != m_attended.end()) {
+        attended->second();
+    }
 }
 
 void MessageLoop::revisit(const ConnectionPointer& connection) {

@@ -53,6 +53,10 @@ public:
         return m_peers.reserve(channel, error);
     }
 
+    /// Calls `whenReadable` on the message thread each time when there is something to be read from
+    /// `descriptor`, which outlives `run`. Before `run` only. False when the kernel refuses it.
+    bool attend(int descriptor, std::function<void()> whenReadable);
+
     /// Serves until `stop`, then closes all connections. Blocks. False without a socket, and when
     /// the kernel refused to go on; an error line says why.
     bool run();
@@ -82,6 +86,7 @@ public:
 private:
     bool watch(int descriptor);
     bool waitAndServe();
+    void serveEvent(const epoll_event& event);
     void wake() noexcept;
     void clearWake() noexcept;
     void acceptSome();
@@ -108,6 +113,7 @@ private:
     bool m_accepting = false;
     bool m_acceptFailed = false;
     std::unordered_map<int, ConnectionPointer> m_connections;
+    std::unordered_map<int, std::function<void()>> m_attended;
     std::vector<epoll_event> m_events;
     PeerDirectory m_peers;
     RequestDispatcher m_dispatcher;
