@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "SettingsFile.h"
+#include "image/ImageHeader.h"
 #include "log/Log.h"
 #include "messages/PeerDirectory.h"
 
@@ -53,6 +54,12 @@ std::string checkPlainName(const std::string& text) {
     const bool isPlain =
         !text.empty() && text.front() != '.' && text.find('/') == std::string::npos;
     return isPlain ? std::string() : "\"" + text + "\" is no plain file name";
+}
+
+std::string checkVariant(const std::string& text) {
+    return ImageHeader::isVariant(text)
+               ? std::string()
+               : "\"" + text + "\" has not 1 to 64 letters, digits, '.', '_' and '-'";
 }
 
 template <class Number>
@@ -142,6 +149,28 @@ void declareStore(CLI::App& app, HostOptions& options) {
                   "Pause between attempts to open a store that cannot be used");
 }
 
+void declareDevices(CLI::App& app, HostOptions& options) {
+    DeviceOptions& devices = options.devices;
+    app.add_option("--hardware-variant", devices.hardwareVariant,
+                   "What software images for this phone are made for")
+        ->type_name("TEXT")
+        ->check(checkVariant)
+        ->capture_default_str();
+    const auto declareDirectory = [&app](const char* name, std::string& value,
+                                         const char* description) {
+        app.add_option(name, value, description)
+            ->type_name("DIR")
+            ->check(checkBelow)
+            ->capture_default_str();
+    };
+    declareDirectory("--storage-directory", devices.storageDirectory,
+                     "The phone's files, below the root");
+    declareDirectory("--certificate-directory", devices.certificateDirectory,
+                     "Certificates for HTTPS, below the root");
+    declareDirectory("--flash-directory", devices.flashDirectory,
+                     "Software that was burnt, below the root");
+}
+
 /// Every option is a setting of the same name, but for those that say which files to read.
 void declare(CLI::App& app, HostOptions& options, std::string& settings) {
     app.add_option("--config", options.configDirectory, "Directory of the configuration files")
@@ -157,6 +186,7 @@ void declare(CLI::App& app, HostOptions& options, std::string& settings) {
     declareLog(app, options);
     declareLimits(app, options);
     declareStore(app, options);
+    declareDevices(app, options);
     app.add_flag("--check-config", options.isCheck,
                  "Say what does not fit together in the configuration files, and end")
         ->configurable(false);

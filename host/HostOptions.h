@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "DeviceOptions.h"
 #include "log/LogOptions.h"
 #include "messages/MessageLimits.h"
 #include "runtime/ConfigDirectory.h"
@@ -34,6 +35,8 @@ struct HostOptions {
     std::string storeFile = "data/das/store.db";  ///< below the root
     std::string storeCatalogue = "store.xml";     ///< in the configuration directory
     StoreOptions store;
+
+    DeviceOptions devices;
 
     bool isCheck = false;  ///< check the configuration instead of serving it
 

@@ -70,8 +70,20 @@ void HostProcess::Ports::install(const HostOptions& options) {
     }
 }
 
+void HostProcess::Ports::add(HostDevices& devices) {
+    PlatformPorts ports = installedPorts();
+    devices.addTo(ports);
+    installPorts(ports);
+}
+
 HostProcess::Ports::~Ports() {
     installPorts({});
+}
+
+void HostProcess::openDevices(const DeviceRoot& root, const HostOptions& options) {
+    m_devices = std::make_unique<HostDevices>(root.path(), options.devices);
+    m_ports.add(*m_devices);
+    m_devices->offer(m_services);
 }
 
 void HostProcess::openStore(const DeviceRoot& root, const HostOptions& options) {
@@ -133,6 +145,7 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
         error += "; --socket names the path";
         return false;
     }
+    openDevices(*m_root, options);
     openStore(*m_root, options);
     if (!loadService(options.plugin, error)) {
         error += "; --plugin names the file";
@@ -144,6 +157,9 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
 }
 
 void HostProcess::stop() {
+    if (m_devices) {
+        m_devices->stop();  // the message thread may be waiting for a device
+    }
     if (m_messageThread.joinable()) {
         m_loop.stop();
         m_messageThread.join();

@@ -6,6 +6,7 @@
 #include <string>
 #include <thread>
 
+#include "HostDevices.h"
 #include "HostOptions.h"
 #include "log/SpdlogPort.h"
 #include "messages/HostFramework.h"
@@ -19,6 +20,7 @@
 #include "runtime/LoadedServices.h"
 #include "runtime/PluginLoader.h"
 #include "runtime/ServiceRegistry.h"
+#include "runtime/TimerQueue.h"
 #include "store/StoreGate.h"
 
 namespace vireo {
@@ -36,8 +38,8 @@ public:
     /// good for nothing but its end then. Should the message thread end by itself later, the
     /// process is sent SIGTERM.
     bool start(const HostOptions& options, std::string& error);
-    /// Ends the message thread after the message that it handles, then the further services, then
-    /// the service.
+    /// Ends what the devices do, then the message thread after the message that it handles, then
+    /// the further services, then the service.
     void stop();
     /// Whether the message thread ended by itself.
     bool failed() const { return m_failed.load(); }
@@ -47,6 +49,8 @@ private:
     class Ports {
     public:
         void install(const HostOptions& options);
+        /// The others, which the log and the configuration do without.
+        void add(HostDevices& devices);
         ~Ports();
 
     private:
@@ -54,6 +58,7 @@ private:
         std::unique_ptr<ConfigDirectory> m_config;
     };
 
+    void openDevices(const DeviceRoot& root, const HostOptions& options);
     void openStore(const DeviceRoot& root, const HostOptions& options);
     bool loadService(const std::string& plugin, std::string& error);
     void startService(const HostOptions& options);
@@ -62,6 +67,7 @@ private:
     // whose code is the plug-ins', so it ends before they are unloaded.
     Ports m_ports;
     std::optional<DeviceRoot> m_root;
+    std::unique_ptr<HostDevices> m_devices;
     std::unique_ptr<StoreGate> m_store;
     std::optional<PluginLoader> m_plugin;
     LoadedServices m_further;
@@ -71,7 +77,8 @@ private:
     MessageLoop m_loop;
     ProxyTable m_proxies{m_loop, m_services};
     HostFramework m_framework{m_loop, m_proxies};
-    HostContext m_context{m_services, m_loop};
+    TimerQueue m_timers{m_loop};
+    HostContext m_context{m_services, m_loop, m_timers};
     PluginService m_service;
     PluginInvoker m_invoker;
     bool m_started = false;

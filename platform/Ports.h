@@ -41,9 +41,9 @@ struct PlatformPorts {
     ImagePort* image = nullptr;
 };
 
-/// Installs the ports (not owned). Call once, before the plug-in is loaded and before any thread
-/// that logs or imports is started; the ports outlive them all. A later call replaces the ports
-/// and is meant for tests alone.
+/// Installs the ports (not owned) in place of those that were there. Before the plug-in is loaded
+/// and before any thread that uses them is started; they outlive them all. A call after that is
+/// meant for tests alone.
 VIREO_API void installPorts(const PlatformPorts& ports);
 /// The installed ports; empty before `installPorts`.
 VIREO_API const PlatformPorts& installedPorts() noexcept;

@@ -10,17 +10,18 @@ class ServiceRegistry;
 /// The run-time context of the services in this process.
 class HostContext : public SvcRTEContext {
 public:
-    /// Both outlive the context.
-    HostContext(const ServiceRegistry& services, MessageLoop& loop)
-        : m_services(services), m_loop(loop) {}
+    /// All outlive the context.
+    HostContext(const ServiceRegistry& services, MessageLoop& loop, TimerFacility& timers)
+        : m_services(services), m_loop(loop), m_timers(timers) {}
 
     Executable* findService(const std::string& interfaceName) override;
     void postToMessageThread(std::function<void()> task) override;
-    TimerFacility* timers() override { return nullptr; }
+    TimerFacility* timers() override { return &m_timers; }
 
 private:
     const ServiceRegistry& m_services;
     MessageLoop& m_loop;
+    TimerFacility& m_timers;
 };
 
 }  // namespace vireo

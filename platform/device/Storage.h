@@ -23,8 +23,8 @@ class VIREO_API Storage {
 public:
     /// Makes a path absolute, in place; an absolute one below the storage root stays. A path that
     /// ends in "/", or is empty, is a directory and is made, with its parents; of another the
-    /// parents are made. Any other absolute path, ".." and NUL bytes are refused. Both storage types
-    /// have the same root; `isShared` has no meaning on a phone of one process.
+    /// parents are made. Any other absolute path, ".." and NUL bytes are refused. Both storage
+    /// types have the same root; `isShared` has no meaning on a phone of one process.
     static void initStorageLocation(std::string& path, int storageType, bool isShared);
     /// Bytes of a file; what a link points to counts.
     static std::uint64_t fileSize(const std::string& fullPath);

@@ -50,7 +50,11 @@ std::string textOf(const HostOptions& options) {
          << options.storeFile << '\n'
          << options.storeCatalogue << '\n'
          << options.store.busyTimeoutMs << '\n'
-         << options.store.retryIntervalMs << '\n';
+         << options.store.retryIntervalMs << '\n'
+         << options.devices.hardwareVariant << '\n'
+         << options.devices.storageDirectory << '\n'
+         << options.devices.certificateDirectory << '\n'
+         << options.devices.flashDirectory << '\n';
     return text.str();
 }
 

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+namespace vireo {
+
+/// What the parts that stand for the phone itself are told. Directories are below the root.
+struct DeviceOptions {
+    std::string hardwareVariant = "desk-1";  ///< that software images are made for
+    std::string storageDirectory = "data/vireo";
+    std::string certificateDirectory = "certificates";
+    std::string flashDirectory = "flash";
+};
+
+}  // namespace vireo
