@@ -27,10 +27,15 @@ bool GPALAdmin::setSecurityDetails(const SecurityDetails& details) {
 }
 
 bool GPALAdmin::getFile(const TransferRequest& request, AdminProgressCallback& progress) {
-    TransferPort* const transfer = installedPorts().transfer;
+    const PlatformPorts& ports = installedPorts();
     std::string error = "there is no file transfer";
-    return logged(transfer != nullptr && transfer->getFile(request, progress, error), __LINE__,
-                  error);
+    bool isStarted = false;
+    if (ports.image != nullptr && ports.image->isActive()) {
+        error = "no transfer of '" + request.fileName + "': a software image is being burnt";
+    } else if (ports.transfer != nullptr) {
+        isStarted = ports.transfer->getFile(request, progress, error);
+    }
+    return logged(isStarted, __LINE__, error);
 }
 
 bool GPALAdmin::isActive() {

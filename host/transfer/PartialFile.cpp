@@ -1,0 +1,185 @@
+#include "transfer/PartialFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+#include "log/Log.h"
+#include "transfer/PartialName.h"
+
+namespace vireo {
+namespace {
+
+// What the disk may be behind; the final sync of a large file is short then.
+constexpr std::uint64_t kWriteBackStep = 8ULL * 1024 * 1024;
+constexpr int kNameAttempts = 100;
+
+std::string withReason(const std::string& what, int number) {
+    return what + ": " + std::generic_category().message(number);
+}
+
+std::string nextHiddenName() {
+    static std::atomic<unsigned> count{0};
+    return std::string(kPartialPrefix) + std::to_string(::getpid()) + "-" +
+           std::to_string(count.fetch_add(1));
+}
+
+void logLine(int level, int line, const std::string& text) {
+    if (loggingOnUni(level)) {
+        logAppUni("Transfer", "./host/transfer/PartialFile", level, line, "%s", text.c_str());
+    }
+}
+
+}  // namespace
+
+PartialFile::PartialFile(FileDescriptor directory, std::string directoryPath, std::string finalName)
+    : m_directory(std::move(directory)),
+      m_directoryPath(std::move(directoryPath)),
+      m_finalName(std::move(finalName)) {}
+
+PartialFile::PartialFile(PartialFile&& other) noexcept
+    : m_directory(std::move(other.m_directory)),
+      m_directoryPath(std::move(other.m_directoryPath)),
+      m_finalName(std::move(other.m_finalName)),
+      m_hiddenName(std::exchange(other.m_hiddenName, {})),
+      m_file(std::move(other.m_file)),
+      m_size(other.m_size),
+      m_writtenBack(other.m_writtenBack) {}
+
+PartialFile::~PartialFile() {
+    if (!m_hiddenName.empty()) {
+        ::unlinkat(m_directory.get(), m_hiddenName.c_str(), 0);
+    }
+}
+
+std::optional<PartialFile> PartialFile::create(const std::string& finalPath, std::string& error) {
+    const std::size_t slash = finalPath.rfind('/') + 1;
+    std::string directoryPath = finalPath.substr(0, slash);
+    FileDescriptor directory(::open(directoryPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!directory) {
+        error = withReason("cannot open " + directoryPath, errno);
+        return std::nullopt;
+    }
+    PartialFile file(std::move(directory), std::move(directoryPath), finalPath.substr(slash));
+    struct stat present {};
+    if (::fstatat(file.m_directory.get(), file.m_finalName.c_str(), &present,
+                  AT_SYMLINK_NOFOLLOW) == 0 &&
+        !S_ISREG(present.st_mode) && !S_ISLNK(present.st_mode)) {
+        error = finalPath + " is there and is no file";
+        return std::nullopt;
+    }
+    if (!file.open(error)) {
+        return std::nullopt;
+    }
+    return file;
+}
+
+bool PartialFile::open(std::string& error) {
+    for (int i = 0; i < kNameAttempts && !m_file; ++i) {
+        std::string name = nextHiddenName();
+        m_file = FileDescriptor(::openat(m_directory.get(), name.c_str(),
+                                         O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        if (m_file) {
+            m_hiddenName = std::move(name);
+        } else if (errno != EEXIST) {
+            break;
+        }
+    }
+    if (!m_file) {
+        error = withReason("cannot write to " + m_directoryPath, errno);
+    }
+    return static_cast<bool>(m_file);
+}
+
+bool PartialFile::append(const char* bytes, std::size_t count, std::string& error) {
+    while (count > 0) {
+        const ssize_t written = ::write(m_file.get(), bytes, count);
+        if (written > 0) {
+            bytes += written;
+            count -= static_cast<std::size_t>(written);
+            m_size += static_cast<std::uint64_t>(written);
+        } else if (errno != EINTR) {
+            error = withReason("cannot write to " + m_directoryPath, errno);
+            return false;
+        }
+    }
+    startWriteBack();
+    return true;
+}
+
+void PartialFile::startWriteBack() {
+    if (m_size - m_writtenBack >= kWriteBackStep) {
+        ::sync_file_range(m_file.get(), static_cast<off_t>(m_writtenBack),
+                          static_cast<off_t>(m_size - m_writtenBack), SYNC_FILE_RANGE_WRITE);
+        m_writtenBack = m_size;
+    }
+}
+
+bool PartialFile::restart(std::string& error) {
+    if (::ftruncate(m_file.get(), 0) != 0 || ::lseek(m_file.get(), 0, SEEK_SET) != 0) {
+        error = withReason("cannot write to " + m_directoryPath, errno);
+        return false;
+    }
+    m_size = 0;
+    m_writtenBack = 0;
+    return true;
+}
+
+bool PartialFile::isInPlace() const {
+    struct stat named {};
+    struct stat own {};
+    return ::fstatat(AT_FDCWD, (m_directoryPath + m_hiddenName).c_str(), &named,
+                     AT_SYMLINK_NOFOLLOW) == 0 &&
+           ::fstat(m_file.get(), &own) == 0 && named.st_dev == own.st_dev &&
+           named.st_ino == own.st_ino;
+}
+
+bool PartialFile::commit(std::string& error) {
+    if (::fsync(m_file.get()) != 0) {
+        error = withReason("cannot write to " + m_directoryPath, errno);
+        return false;
+    }
+    if (::renameat(m_directory.get(), m_hiddenName.c_str(), m_directory.get(),
+                   m_finalName.c_str()) != 0) {
+        error = withReason("cannot write " + m_directoryPath + m_finalName, errno);
+        return false;
+    }
+    m_hiddenName.clear();
+    // A file system that cannot sync a directory says EINVAL.
+    if (::fsync(m_directory.get()) != 0 && errno != EINVAL) {
+        error = withReason("cannot write to " + m_directoryPath, errno);
+        return false;
+    }
+    return true;
+}
+
+void removePartialFiles(const std::string& rootDirectory) {
+    namespace fs = std::filesystem;
+    std::error_code failure;
+    fs::recursive_directory_iterator entry(rootDirectory,
+                                           fs::directory_options::skip_permission_denied, failure);
+    for (; !failure && entry != fs::recursive_directory_iterator(); entry.increment(failure)) {
+        std::error_code ignored;
+        if (!isPartialName(entry->path().filename().native()) ||
+            !fs::is_regular_file(entry->symlink_status(ignored))) {
+            continue;
+        }
+        std::error_code kept;
+        fs::remove(entry->path(), kept);
+        logLine(kept ? kLogError : kLogWarning, __LINE__,
+                entry->path().string() + ", the rest of an interrupted transfer, " +
+                    (kept ? "cannot be removed: " + kept.message() : "was removed"));
+    }
+    if (failure && failure != std::errc::no_such_file_or_directory) {
+        logLine(kLogError, __LINE__,
+                "cannot look for interrupted transfers below " + rootDirectory + ": " +
+                    failure.message());
+    }
+}
+
+}  // namespace vireo

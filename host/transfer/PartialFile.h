@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "messages/FileDescriptor.h"
+
+namespace vireo {
+
+/// A file on its way: it grows under a hidden name in the directory where it is to appear, and gets
+/// its own name when it is complete and on stable storage. It is removed when the object goes
+/// before that. For one thread at a time. Errors are one line without the path of the file.
+class PartialFile {
+public:
+    /// `finalPath` is absolute; its directory exists. Empty with an `error` when that cannot hold
+    /// the file, or something else than a file or a link has its name.
+    static std::optional<PartialFile> create(const std::string& finalPath, std::string& error);
+    PartialFile(PartialFile&& other) noexcept;
+    PartialFile& operator=(PartialFile&& other) = delete;
+    ~PartialFile();
+
+    /// Bytes so far.
+    std::uint64_t size() const { return m_size; }
+    bool append(const char* bytes, std::size_t count, std::string& error);
+    /// Begins again with nothing.
+    bool restart(std::string& error);
+    /// Whether the hidden file still stands in the directory that its final path names. Somebody
+    /// may have cleared it meanwhile.
+    bool isInPlace() const;
+    /// Writes everything to stable storage and gives the file its name, in one step. A file or a
+    /// link of that name is replaced; what a link points to stays as it is.
+    bool commit(std::string& error);
+
+private:
+    PartialFile(FileDescriptor directory, std::string directoryPath, std::string finalName);
+
+    bool open(std::string& error);
+    void startWriteBack();
+
+    FileDescriptor m_directory;
+    std::string m_directoryPath;
+    std::string m_finalName;
+    std::string m_hiddenName;  ///< empty: there is none any more
+    FileDescriptor m_file;
+    std::uint64_t m_size = 0;
+    std::uint64_t m_writtenBack = 0;
+};
+
+/// Removes the incomplete files that an earlier run left below a directory, each with a log line.
+/// Links are not followed. A directory that is not there holds none.
+void removePartialFiles(const std::string& rootDirectory);
+
+}  // namespace vireo
