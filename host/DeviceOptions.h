@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "transfer/TransferOptions.h"
+
 namespace vireo {
 
 /// What the parts that stand for the phone itself are told. Directories are below the root.
@@ -10,6 +12,7 @@ struct DeviceOptions {
     std::string storageDirectory = "data/vireo";
     std::string certificateDirectory = "certificates";
     std::string flashDirectory = "flash";
+    TransferOptions transfer;
 };
 
 }  // namespace vireo

@@ -10,6 +10,9 @@
 #ifdef VIREO_MEDIA
 #include "services/SndfileMediaControl.h"
 #endif
+#ifdef VIREO_TRANSFER
+#include "transfer/CurlTransfer.h"
+#endif
 
 namespace vireo {
 
@@ -28,7 +31,7 @@ public:
     void offer(ServiceRegistry& services);
     /// Ends what runs in the background; who waits for it is told that it failed. Nothing is begun
     /// after this.
-    void stop() { m_image.stop(); }
+    void stop();
 
 private:
     FileStorage m_storage;
@@ -37,6 +40,9 @@ private:
     MobilityLog m_mobility;
 #ifdef VIREO_MEDIA
     SndfileMediaControl m_media;
+#endif
+#ifdef VIREO_TRANSFER
+    CurlTransfer m_transfer;
 #endif
 };
 

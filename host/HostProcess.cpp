@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "Ports.h"
+#include "ShutdownConsentIfc.h"
 #include "log/Log.h"
 #include "service/ProtocolAdapter.h"
 
@@ -105,18 +106,24 @@ bool HostProcess::loadService(const std::string& plugin, std::string& error) {
            m_services.add(kLocalInterface, *m_service);
 }
 
-void HostProcess::startService(const HostOptions& options) {
-    ProxyRequest::mDefaultTimeout = options.messages.answerTimeoutMs;
-    m_framework.registerProtocol(VireoProtocols::DEFAULT, m_rpcAdapter);
-    m_framework.registerProtocol(VireoProtocols::SERVICE_XML, m_serviceXmlAdapter);
-    m_proxies.offer("MgmtAgentIfc", [this] {
+void HostProcess::offerProxy(const char* interfaceName, const char* factory) {
+    m_proxies.offer(interfaceName, [this, factory] {
         std::string error;
-        PluginProxy proxy = m_plugin->createProxy(PluginLoader::kAgentProxyFactory, error);
+        PluginProxy proxy = m_plugin->createProxy(factory, error);
         if (!proxy) {
             logLine(kLogError, __LINE__, error);
         }
         return proxy;
     });
+}
+
+void HostProcess::startService(const HostOptions& options) {
+    ProxyRequest::mDefaultTimeout = options.messages.answerTimeoutMs;
+    m_framework.registerProtocol(VireoProtocols::DEFAULT, m_rpcAdapter);
+    m_framework.registerProtocol(VireoProtocols::SERVICE_XML, m_serviceXmlAdapter);
+    offerProxy("MgmtAgentIfc", PluginLoader::kAgentProxyFactory);
+    offerProxy("LocalMgmtCallbackIfc", PluginLoader::kLocalCallbackProxyFactory);
+    offerProxy("RemoteMgmtCallbackIfc", PluginLoader::kRemoteCallbackProxyFactory);
     m_service->init(m_context);
     m_invoker->initInvoker(&m_framework);
     m_service->run();
@@ -154,6 +161,17 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
     m_further.load(options.services, m_services, m_loop);
     startService(options);
     return true;
+}
+
+bool HostProcess::requestShutdown() {
+    auto* const consent = dynamic_cast<ShutdownConsentIfc*>(m_service.get());
+    const bool isAllowed = failed() || consent == nullptr || consent->requestShutdown();
+    if (!isAllowed) {
+        logLine(kLogWarning, __LINE__,
+                "a client that waits for a download does not want the phone to stop; a second "
+                "signal stops it");
+    }
+    return isAllowed;
 }
 
 void HostProcess::stop() {

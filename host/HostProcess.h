@@ -38,6 +38,8 @@ public:
     /// good for nothing but its end then. Should the message thread end by itself later, the
     /// process is sent SIGTERM.
     bool start(const HostOptions& options, std::string& error);
+    /// Whether nobody objects to an end. May wait for a client's answer.
+    bool requestShutdown();
     /// Ends what the devices do, then the message thread after the message that it handles, then
     /// the further services, then the service.
     void stop();
@@ -61,6 +63,7 @@ private:
     void openDevices(const DeviceRoot& root, const HostOptions& options);
     void openStore(const DeviceRoot& root, const HostOptions& options);
     bool loadService(const std::string& plugin, std::string& error);
+    void offerProxy(const char* interfaceName, const char* factory);
     void startService(const HostOptions& options);
 
     // In the order in which they are needed; their end is the other way round. The loop holds tasks

@@ -49,6 +49,9 @@ int serve(const vireo::HostOptions& options, const sigset_t& stopSignals) {
     notifySupervisor("READY=1");
     int signal = 0;
     sigwait(&stopSignals, &signal);
+    if (!process.requestShutdown()) {
+        sigwait(&stopSignals, &signal);
+    }
     notifySupervisor("STOPPING=1");
     process.stop();
     return process.failed() ? kCannotStart : kStopped;

@@ -35,6 +35,8 @@ public:
     static constexpr const char* kFurtherServiceFactory = "createService";
     static constexpr const char* kLocalInvokerFactory = "createLocalMgmtInvoker";
     static constexpr const char* kAgentProxyFactory = "createMgmtAgentProxy";
+    static constexpr const char* kLocalCallbackProxyFactory = "createLocalMgmtCallbackProxy";
+    static constexpr const char* kRemoteCallbackProxyFactory = "createRemoteMgmtCallbackProxy";
     static constexpr const char* kCheckFactory = "createConfigurationCheck";
 
     /// Loads `file`, with all its symbols resolved. Empty with a one-line `error` that names the
