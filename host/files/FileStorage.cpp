@@ -43,11 +43,11 @@ struct Place {
     std::string name;
 };
 
-StorageEntry::eKind kindOf(DIR* stream, const dirent& entry) {
+StorageEntry::eKind kindOf(int directory, const dirent& entry) {
     unsigned type = entry.d_type;
     struct stat status {};
     if (type == DT_UNKNOWN &&
-        ::fstatat(::dirfd(stream), entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
+        ::fstatat(directory, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
         type = IFTODT(status.st_mode);
     }
     switch (type) {
@@ -109,7 +109,8 @@ std::vector<StorageEntry> FileStorage::list(const std::string& directory) {
     constexpr const char* kWhat = "list";
     FileDescriptor opened =
         m_device.openDirectory(m_device.locate(directory + '/').names, Missing::eRefuse);
-    const DirectoryStream stream(::fdopendir(opened.get()));
+    const int descriptor = opened.get();
+    const DirectoryStream stream(::fdopendir(descriptor));
     if (!stream) {
         fail(kWhat, directory);
     }
@@ -118,7 +119,7 @@ std::vector<StorageEntry> FileStorage::list(const std::string& directory) {
     errno = 0;
     while (const dirent* const entry = ::readdir(stream.get())) {
         if (entry->d_name[0] != '.') {
-            entries.push_back({entry->d_name, kindOf(stream.get(), *entry)});
+            entries.push_back({entry->d_name, kindOf(descriptor, *entry)});
         }
         errno = 0;
     }

@@ -19,9 +19,9 @@ public:
     static bool setSecurityDetails(const SecurityDetails& details);
     /// Starts to fetch a file in the background. False when it could not be started, for instance
     /// because another transfer or a burn is under way; then `progress` is never called. Else
-    /// `progress` gets exactly one last report, when everything else is done, and outlives it. No
-    /// report is made by the calling thread, but the first may come before this has returned.
-    /// A file that is not complete never appears under its name, nor in a listing.
+    /// `progress` gets exactly one last report, never on the thread that called; of a short piece
+    /// of work it may come before this returns. It outlives that report. A file that is not
+    /// complete never appears under its name, nor in a listing.
     static bool getFile(const TransferRequest& request, AdminProgressCallback& progress);
     /// Whether a transfer or a burn is under way: from its start until its last report is made.
     /// Whoever gets the report may start the next one at once; that begins when the report has
