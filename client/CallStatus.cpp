@@ -20,6 +20,8 @@ const char* describe(CallStatus status) {
             return "the call holds a character that the chosen protocol cannot carry";
         case CallStatus::eNoAgent:
             return "the client has no agent";
+        case CallStatus::eNoCallback:
+            return "the client has no callback";
     }
     return "unknown call status";
 }

@@ -14,6 +14,7 @@ enum class CallStatus {
     eTooLarge,        ///< more than one message carries; nothing was sent
     eNotCarried,      ///< a text of the call is none that the protocol can carry; nothing was sent
     eNoAgent,         ///< the client was connected without an agent; nothing was sent
+    eNoCallback,      ///< the client was connected without a callback; nothing was sent
 };
 
 /// A few words for a person, such as "no answer in time". Static text.

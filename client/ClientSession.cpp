@@ -9,9 +9,11 @@
 #include <system_error>
 #include <utility>
 
+#include "LocalMgmtCallbackIfc.h"
 #include "MgmtAgentIfc.h"
 #include "PeerConnection.h"
 #include "messages/AgentText.h"
+#include "messages/CallbackText.h"
 #include "service/ProtocolAdapter.h"
 
 namespace vireo {
@@ -25,13 +27,15 @@ constexpr int kForEver = -1;
 constexpr milliseconds kLongestTimeout = std::chrono::hours(24 * 365);
 
 // What is for nobody gets an empty reply.
-PeerConnection::Server serverFor(MgmtAgentIfc* agent) {
-    return [agent](std::string_view protocol, std::string_view interfaceName,
-                   std::string_view payload) {
+PeerConnection::Server serverFor(MgmtAgentIfc* agent, LocalMgmtCallbackIfc* callback) {
+    return [agent, callback](std::string_view protocol, std::string_view interfaceName,
+                             std::string_view payload) {
         std::string reply;
-        if (agent != nullptr && protocol == VireoProtocols::TEXT &&
-            interfaceName == AgentText::kInterface) {
+        const bool isText = protocol == VireoProtocols::TEXT;
+        if (isText && agent != nullptr && interfaceName == AgentText::kInterface) {
             AgentText::serve(*agent, payload, reply);
+        } else if (isText && callback != nullptr && interfaceName == CallbackText::kInterface) {
+            CallbackText::serve(*callback, payload, reply);
         }
         return reply.size() <= FrameCodec::kMaximumPayload ? reply : std::string();
     };
@@ -48,8 +52,9 @@ std::unique_ptr<ClientSession> ClientSession::open(const Settings& settings, std
     }
     Settings limited = settings;
     limited.timeout = std::min(settings.timeout, kLongestTimeout);
-    std::unique_ptr<PeerConnection> connection = PeerConnection::open(
-        limited.socketPath, limited.channelName, limited.timeout, serverFor(limited.agent), error);
+    std::unique_ptr<PeerConnection> connection =
+        PeerConnection::open(limited.socketPath, limited.channelName, limited.timeout,
+                             serverFor(limited.agent, limited.callback), error);
     if (!connection) {
         return nullptr;
     }
@@ -60,7 +65,8 @@ std::unique_ptr<ClientSession> ClientSession::open(const Settings& settings, std
 ClientSession::ClientSession(std::unique_ptr<PeerConnection> connection, const Settings& settings,
                              FileDescriptor stop)
     : m_connection(std::move(connection)),
-      m_agent(settings.agent),
+      m_hasAgent(settings.agent != nullptr),
+      m_hasCallback(settings.callback != nullptr),
       m_timeout(settings.timeout),
       m_stop(std::move(stop)) {}
 

@@ -14,18 +14,21 @@
 
 namespace vireo {
 
+class LocalMgmtCallbackIfc;
 class MgmtAgentIfc;
 class PeerConnection;
 
 /// A connection that many threads use: calls wait for their turn, and what the service sends in
-/// between is served for an agent. Safe from every thread. Private to the library.
+/// between is served for an agent and a callback. Safe from every thread. Private to the library.
 class ClientSession {
 public:
     struct Settings {
         std::string socketPath;
         std::string channelName;
         std::chrono::milliseconds timeout{};
-        MgmtAgentIfc* agent = nullptr;  ///< not owned, outlives the session; null: serves nothing
+        // Not owned, outlive the session; null: what is for them is not served.
+        MgmtAgentIfc* agent = nullptr;
+        LocalMgmtCallbackIfc* callback = nullptr;
     };
 
     /// Null on failure; `error` then names the path and the cause.
@@ -34,7 +37,8 @@ public:
     ClientSession(const ClientSession&) = delete;
     ClientSession& operator=(const ClientSession&) = delete;
 
-    bool hasAgent() const { return m_agent != nullptr; }
+    bool hasAgent() const { return m_hasAgent; }
+    bool hasCallback() const { return m_hasCallback; }
     const std::string& channelName() const;
     std::string closeReason() const;
     void setTimeout(std::chrono::milliseconds timeout);
@@ -58,7 +62,8 @@ private:
     bool isStopped() const;
 
     const std::unique_ptr<PeerConnection> m_connection;
-    MgmtAgentIfc* const m_agent;
+    const bool m_hasAgent;
+    const bool m_hasCallback;
     std::atomic<std::chrono::milliseconds> m_timeout;
     const FileDescriptor m_stop;  // readable for good once serving has been stopped
     mutable CallTurn m_turn;      // guards the connection

@@ -65,7 +65,8 @@ std::unique_ptr<LocalMgmtClient> LocalMgmtClient::connect(const Options& options
         return nullptr;
     }
     std::unique_ptr<ClientSession> session = ClientSession::open(
-        {options.socketPath, options.channelName, options.timeout, options.agent}, error);
+        {options.socketPath, options.channelName, options.timeout, options.agent, options.callback},
+        error);
     if (!session) {
         return nullptr;
     }

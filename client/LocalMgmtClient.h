@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "CallStatus.h"
+#include "LocalMgmtCallbackIfc.h"
+#include "LocalMgmtIfc.h"
 #include "MgmtAgentIfc.h"
 #include "Visibility.h"
 #include "data/ManageableData.h"
@@ -19,7 +21,7 @@ class MethodCalls;
 
 /// The local management interface for another process: a named connection to the service over its
 /// Unix socket, and the interface's functions as calls that wait for their reply. With an agent of
-/// the process it also owns items, and observes them.
+/// the process it also owns items, and observes them; with a callback it hears of its downloads.
 ///
 /// Safe from every thread: one call is under way at a time, others wait for their turn, and the
 /// timeout of a call starts with its turn. Nothing is thrown.
@@ -31,6 +33,7 @@ class MethodCalls;
 /// and notifications wait until it has returned. It must not wait for a call that another thread
 /// makes: that call's turn comes when the agent has returned. What it throws counts as false.
 /// Without an agent requests of the service get an empty reply and notifications are dropped.
+/// All of this holds for **the callback**, too; the two are never called at the same time.
 ///
 /// A call that timed out leaves the connection usable: its late reply is recognised and dropped.
 /// After eDisconnected every further call answers that at once; connect again.
@@ -55,6 +58,11 @@ public:
         /// outlives the client, and may be called as soon as the client is connected and waits or
         /// serves, since an earlier process of this channel name may have registered.
         MgmtAgentIfc* agent = nullptr;
+        /// Hears of the downloads that this connection starts, and is asked whether the phone may
+        /// be shut down meanwhile; may be null. As for the agent otherwise. A download goes on
+        /// without whoever started it: what is told may be about one of an earlier process of this
+        /// channel name.
+        LocalMgmtCallbackIfc* callback = nullptr;
     };
 
     /// Null on failure; `error` then holds one line that names the path and the cause.
@@ -159,11 +167,55 @@ public:
     CallStatus getFileTypeCountLimit(const std::string& fileType, int& entries);
     CallStatus getFileTypeNameLimit(const std::string& fileType, int& nameCharacters);
 
+    // -- files from servers; one download at a time ---------------------------------------------
+
+    /// Where a file comes from, as an administrator types it; nothing is encoded.
+    struct DownloadSource {
+        LocalMgmtIfc::eDownloadProtocol protocol = LocalMgmtIfc::DOWNLOAD_FTP;
+        /// Name or address; for HTTPS also a URL, which brings the port and the path's beginning.
+        std::string server;
+        std::string port;      ///< empty: the usual one
+        std::string userName;  ///< empty: nobody in particular
+        std::string password;
+        std::string sourcePath;  ///< directory on the server; FTP: from "/" or the login directory
+        std::string fileName;    ///< in it; its last part is the name that the file gets
+    };
+
+    /// Starts a download by the items of the type; the phone is busy with it until it ends.
+    /// `started` is false, and nothing is changed, when another one or a burn is under way, when
+    /// the settings cannot be used, or when an image is refused during a call.
+    CallStatus startDownload(LocalMgmtIfc::eFiletype type, bool& started);
+    /// The same without the busy mark; the callback hears of it. It may do so before this has
+    /// returned. eNoCallback without one.
+    CallStatus startDownloadWithCallback(LocalMgmtIfc::eFiletype type, bool& started);
+    /// The same from a given place. With `overrideBusy` an image is fetched during a call, too.
+    CallStatus startDownloadFrom(const DownloadSource& source, LocalMgmtIfc::eFiletype type,
+                                 bool overrideBusy, bool& started);
+    /// Fetches a file from a given place and waits for the end: `fetched` when it is accepted and
+    /// in its place, and for an image, when it is being burnt. It needs a timeout (`setTimeout`) as
+    /// long as that takes, no callback, and a service that nobody else wants something of: it
+    /// serves no other message meanwhile.
+    CallStatus fetchFrom(const DownloadSource& source, LocalMgmtIfc::eFiletype type, bool& fetched);
+    /// How far the current or last download is, when it is of that type and, unless `fileName` is
+    /// empty, of that file: 0 to 100, negative when it failed. -1 when it is another one.
+    CallStatus requestCurrentDownloadStatus(LocalMgmtIfc::eFiletype type,
+                                            const std::string& fileName, int& percent);
+    /// Appends the directory of the current user's files of the type that bears the name `fileType`
+    /// in messages, relative to the storage root. `known` is false when the type has none.
+    CallStatus getFilePathFromType(const std::string& fileType, std::string& path, bool& known);
+    /// Has a file of the current user checked, by its name without directory. What is too large
+    /// is deleted; `accepted` is false then, and for sound that cannot be played.
+    CallStatus validateFile(LocalMgmtIfc::eFiletype type, const std::string& fileName,
+                            bool& accepted);
+    /// Has the pictures of the phone book read again.
+    CallStatus refreshPictureClips();
+
 private:
     LocalMgmtClient(std::unique_ptr<ClientSession> session, Protocol protocol);
 
     CallStatus askForAgent(const Method& request, bool& result);
     CallStatus sendBusyBits(const char* methodName, unsigned bits);
+    CallStatus start(const Method& request, bool& started);
 
     const std::unique_ptr<MethodCalls> m_calls;  // outlives the session, whose thread may call
     const std::unique_ptr<ClientSession> m_session;

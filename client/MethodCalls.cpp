@@ -67,8 +67,13 @@ CallStatus MethodCalls::call(const Method& request, Method& reply) {
 }
 
 CallStatus MethodCalls::callNamed(const Method& request, Method& reply) {
+    return callNamed(request, request.name(), reply);
+}
+
+CallStatus MethodCalls::callNamed(const Method& request, std::string_view replyName,
+                                  Method& reply) {
     const CallStatus status = call(request, reply);
-    if (status == CallStatus::eDone && reply.name() != request.name()) {
+    if (status == CallStatus::eDone && reply.name() != replyName) {
         return CallStatus::eMalformedReply;
     }
     return status;

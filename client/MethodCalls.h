@@ -34,6 +34,8 @@ public:
 
     /// A call whose reply bears the name of its request.
     CallStatus callNamed(const Method& request, Method& reply);
+    /// A call whose reply bears another name.
+    CallStatus callNamed(const Method& request, std::string_view replyName, Method& reply);
     /// A call that is answered with the parameter `answer`.
     CallStatus askText(const Method& request, const char* answer, std::string& text);
     CallStatus askNumber(const Method& request, const char* answer, int& number);

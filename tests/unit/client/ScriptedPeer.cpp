@@ -50,6 +50,12 @@ std::string agentFrame(FrameKind kind, std::uint32_t correlation, std::string_vi
     return bytes;
 }
 
+std::string callbackFrame(FrameKind kind, std::uint32_t correlation, std::string_view payload) {
+    std::string bytes;
+    FrameCodec::append(bytes, kind, correlation, "vireo_text", "LocalMgmtCallbackIfc", payload);
+    return bytes;
+}
+
 PeerStream::PeerStream(FileDescriptor socket) : m_socket(std::move(socket)) {
     const timeval patience{kPatienceSeconds, 0};
     ::setsockopt(m_socket.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);

@@ -91,5 +91,7 @@ std::string encoded(const Method& method);
 std::string frame(FrameKind kind, std::uint32_t correlation, std::string_view payload);
 /// One for an agent.
 std::string agentFrame(FrameKind kind, std::uint32_t correlation, std::string_view payload);
+/// One for a client that hears of its downloads.
+std::string callbackFrame(FrameKind kind, std::uint32_t correlation, std::string_view payload);
 
 }  // namespace vireo
