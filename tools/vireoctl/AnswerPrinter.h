@@ -22,6 +22,25 @@ struct RecordAnswer {
     std::vector<std::string> remarks;  ///< lines for a person about the rest
 };
 
+/// How a download goes on.
+struct DownloadNews {
+    enum eWhat {
+        eStarted,  ///< without waiting for it
+        eRefused,
+        eFetching,
+        eBurning,  ///< a software image, after it was fetched
+        eDone,
+        eFailed,
+        eLeft,  ///< it goes on without this program
+        eLost,  ///< the connection ended
+    };
+
+    eWhat what = eFetching;
+    std::string type;  ///< name of the file type
+    int percent = 0;   ///< of eFetching and eBurning
+    std::string path;  ///< of eDone
+};
+
 /// Writes the service's answers for the reader of the program's output. The streams are not owned
 /// and outlive the printer.
 class AnswerPrinter {
@@ -36,6 +55,10 @@ public:
                       const std::string& value) = 0;
     virtual void busyStatus(unsigned mask) = 0;
     virtual void limits(const LocalMgmtClient::FileTypeLimits& limits) = 0;
+    /// How far a download of `type` is, as `requestCurrentDownloadStatus` answers.
+    virtual void downloadStatus(const std::string& type, int percent) = 0;
+    /// Whether a file of `type` passed its check.
+    virtual void validation(const std::string& type, const std::string& name, bool accepted) = 0;
     virtual void emptyReply() = 0;
 
     // As it happens: what follows is written out at once.
@@ -49,6 +72,7 @@ public:
     virtual void askedToWrite(const ItemValues& items) = 0;
     /// It has announced a change, which made so many messages to observers.
     virtual void announced(const std::string& tag, const std::string& value, int observers) = 0;
+    virtual void download(const DownloadNews& news) = 0;
 
 protected:
     std::ostream& m_out;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "CallFailure.h"
+#include "FileTypes.h"
 #include "data/ManageableData.h"
 #include "data/XmlText.h"
 
@@ -199,6 +200,29 @@ ExitCode Commands::limits(const std::string& fileType) {
     ExitCode code = ExitCode::eDone;
     if (!reportFailure(m_client.getFileTypeMetadata(fileType, limits), code)) {
         m_printer.limits(limits);
+    }
+    return code;
+}
+
+ExitCode Commands::downloadStatus(const std::string& fileType, const std::string& fileName) {
+    int percent = 0;
+    ExitCode code = ExitCode::eDone;
+    if (!reportFailure(
+            m_client.requestCurrentDownloadStatus(FileTypes::find(fileType), fileName, percent),
+            code)) {
+        m_printer.downloadStatus(fileType, percent);
+        code = percent < 0 ? ExitCode::eRefused : ExitCode::eDone;
+    }
+    return code;
+}
+
+ExitCode Commands::validate(const std::string& fileType, const std::string& fileName) {
+    bool accepted = false;
+    ExitCode code = ExitCode::eDone;
+    if (!reportFailure(m_client.validateFile(FileTypes::find(fileType), fileName, accepted),
+                       code)) {
+        m_printer.validation(fileType, fileName, accepted);
+        code = accepted ? ExitCode::eDone : ExitCode::eRefused;
     }
     return code;
 }

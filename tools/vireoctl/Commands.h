@@ -35,6 +35,10 @@ public:
     ExitCode clearBusy(unsigned bits);
     /// `fileType` is one of the names that the service knows; it takes others for software.
     ExitCode limits(const std::string& fileType);
+    /// `fileType` likewise. Empty `fileName`: whatever its name is. eRefused when it failed, or was
+    /// another one.
+    ExitCode downloadStatus(const std::string& fileType, const std::string& fileName);
+    ExitCode validate(const std::string& fileType, const std::string& fileName);
     ExitCode call(const std::string& methodName, const std::vector<Parameter>& parameters);
 
 private:

@@ -81,6 +81,15 @@ void JsonPrinter::limits(const LocalMgmtClient::FileTypeLimits& limits) {
                      {"maxFileTypeNameChars", limits.nameCharacters}});
 }
 
+void JsonPrinter::downloadStatus(const std::string& /*type*/, int percent) {
+    printMethod(m_out, "requestCurrentDownloadStatus", Json{{"result", percent}});
+}
+
+void JsonPrinter::validation(const std::string& /*type*/, const std::string& /*name*/,
+                             bool accepted) {
+    printMethod(m_out, "validateFile", Json{{"result", accepted}});
+}
+
 void JsonPrinter::emptyReply() {
     printLine(m_out, Json{{"method", nullptr}});
 }
@@ -107,6 +116,20 @@ void JsonPrinter::askedToWrite(const ItemValues& items) {
 
 void JsonPrinter::announced(const std::string& tag, const std::string& value, int observers) {
     printLine(m_out, Json{{"announced", Json::object({{tag, value}})}, {"observers", observers}});
+    m_out.flush();
+}
+
+void JsonPrinter::download(const DownloadNews& news) {
+    // In the order of the enumeration.
+    static constexpr const char* kStates[] = {"started", "refused", "fetching", "burning",
+                                              "done",    "failed",  "left",     "lost"};
+    Json object{{"download", news.type}, {"state", kStates[news.what]}};
+    if (news.what == DownloadNews::eFetching || news.what == DownloadNews::eBurning) {
+        object["percent"] = news.percent;
+    } else if (news.what == DownloadNews::eDone) {
+        object["file"] = news.path;
+    }
+    printLine(m_out, object);
     m_out.flush();
 }
 

@@ -18,12 +18,15 @@ public:
               const std::string& value) override;
     void busyStatus(unsigned mask) override;
     void limits(const LocalMgmtClient::FileTypeLimits& limits) override;
+    void downloadStatus(const std::string& type, int percent) override;
+    void validation(const std::string& type, const std::string& name, bool accepted) override;
     void emptyReply() override;
     void changed(const ItemValues& items) override;
     void serving(const std::string& managementId, const std::string& channelName) override;
     void asked(const std::string& what, const std::vector<std::string>& tags) override;
     void askedToWrite(const ItemValues& items) override;
     void announced(const std::string& tag, const std::string& value, int observers) override;
+    void download(const DownloadNews& news) override;
 };
 
 }  // namespace vireo

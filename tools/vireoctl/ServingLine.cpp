@@ -39,6 +39,10 @@ std::optional<std::vector<Assignment>> readValues(const std::string& path, std::
 void ServingLine::declare(CLI::App& app) {
     declareWatch(app);
     declareAgent(app);
+    m_download.declare(app, [this] {
+        m_bind = &ServingLine::bindDownload;
+        m_channelName = "download-*";
+    });
 }
 
 void ServingLine::declareWatch(CLI::App& app) {
@@ -119,6 +123,20 @@ std::optional<ServingLine::Command> ServingLine::bindAgent(std::string& error) c
                      const std::ostream& out, std::ostream& errors) {
         const StopSignal stop;
         return OwnerAgent(options, printer, out, errors, stop).run(connection, STDIN_FILENO);
+    };
+}
+
+std::optional<ServingLine::Command> ServingLine::bindDownload(std::string& /*error*/) const {
+    return [this](const LocalMgmtClient::Options& connection, AnswerPrinter& printer,
+                  const std::ostream& /*out*/, std::ostream& errors) {
+        const StopSignal stop;
+        Download::Options options = m_download.options();
+        std::string error;
+        if (!m_download.takePassword(options, stop, error)) {
+            errors << "vireoctl: " << error << '\n';
+            return ExitCode::eRefused;
+        }
+        return Download(options, printer, errors).run(connection, stop);
     };
 }
 

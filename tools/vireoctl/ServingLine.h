@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "AnswerPrinter.h"
+#include "DownloadLine.h"
 #include "ExitCode.h"
 #include "LocalMgmtClient.h"
 
@@ -39,6 +40,7 @@ private:
     void declareAgent(CLI::App& app);
     std::optional<Command> bindWatch(std::string& error) const;
     std::optional<Command> bindAgent(std::string& error) const;
+    std::optional<Command> bindDownload(std::string& error) const;
 
     Binder m_bind = nullptr;
     std::string m_channelName;
@@ -54,6 +56,7 @@ private:
     std::vector<std::string> m_refusals;
     int m_delay = 0;
     bool m_hang = false;
+    DownloadLine m_download;
 };
 
 }  // namespace vireo

@@ -53,6 +53,20 @@ void TextPrinter::limits(const LocalMgmtClient::FileTypeLimits& limits) {
           << "\nname characters = " << limits.nameCharacters << '\n';
 }
 
+void TextPrinter::downloadStatus(const std::string& type, int percent) {
+    constexpr int kNoSuchDownload = -1;
+    m_out << type << ": ";
+    if (percent >= 0) {
+        m_out << percent << " %\n";
+    } else {
+        m_out << (percent == kNoSuchDownload ? "failed, or there was none\n" : "failed\n");
+    }
+}
+
+void TextPrinter::validation(const std::string& type, const std::string& name, bool accepted) {
+    m_out << type << ": " << name << (accepted ? ": accepted\n" : ": rejected\n");
+}
+
 void TextPrinter::emptyReply() {
     m_errors << "vireoctl: " << describe(CallStatus::eEmptyReply)
              << ": it could not serve this request, its log says why\n";
@@ -89,6 +103,32 @@ void TextPrinter::askedToWrite(const ItemValues& items) {
 void TextPrinter::announced(const std::string& tag, const std::string& value, int observers) {
     m_out << "announced " << tag << " = " << value << " (messages to observers: " << observers
           << ")\n";
+    m_out.flush();
+}
+
+void TextPrinter::download(const DownloadNews& news) {
+    if (news.what == DownloadNews::eFetching || news.what == DownloadNews::eBurning) {
+        m_progress.show(news.type, news.what == DownloadNews::eBurning ? "burning" : "",
+                        news.percent);
+        return;
+    }
+    m_progress.end();
+    switch (news.what) {
+        case DownloadNews::eStarted:
+            m_out << news.type << ": started\n";
+            break;
+        case DownloadNews::eRefused:
+            m_out << news.type << ": not started\n";
+            break;
+        case DownloadNews::eDone:
+            m_out << news.type << ": " << news.path << '\n';
+            break;
+        case DownloadNews::eFailed:
+            m_out << news.type << ": failed\n";
+            break;
+        default:
+            break;
+    }
     m_out.flush();
 }
 

@@ -1,7 +1,10 @@
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <functional>
 #include <iostream>
@@ -15,6 +18,7 @@
 #include "BusyMask.h"
 #include "Commands.h"
 #include "ExitCode.h"
+#include "FileTypes.h"
 #include "JsonPrinter.h"
 #include "LocalMgmtClient.h"
 #include "ParameterArgument.h"
@@ -23,11 +27,6 @@
 
 namespace vireo {
 namespace {
-
-// The names that the service knows. It takes any other for software without a word.
-const std::vector<std::string> kFileTypes{"images", "moh",         "swBind", "help",    "midlets",
-                                          "logo",   "screensaver", "tone",   "ldap",    "ringer",
-                                          "jar",    "jad",         "phd",    "vraudio", "vrpat"};
 
 struct CommandLine;
 using Command = std::function<ExitCode(Commands&)>;
@@ -43,6 +42,7 @@ struct CommandLine {
     std::string name;             // of a method, schema, item or file type
     std::string action = "show";  // of "busy"
     std::string number;
+    std::string fileName;
     std::vector<std::string> arguments;  // of the command
     Binder bind = nullptr;
     ServingLine serving;  // instead of it, for the commands that go on
@@ -94,6 +94,18 @@ std::optional<Command> bindLimits(const CommandLine& line, std::string& /*error*
     return [fileType = line.name](Commands& commands) { return commands.limits(fileType); };
 }
 
+std::optional<Command> bindDownloadStatus(const CommandLine& line, std::string& /*error*/) {
+    return [type = line.name, file = line.fileName](Commands& commands) {
+        return commands.downloadStatus(type, file);
+    };
+}
+
+std::optional<Command> bindValidate(const CommandLine& line, std::string& /*error*/) {
+    return [type = line.name, file = line.fileName](Commands& commands) {
+        return commands.validate(type, file);
+    };
+}
+
 std::optional<Command> bindCall(const CommandLine& line, std::string& error) {
     std::vector<Parameter> parameters;
     for (const std::string& argument : line.arguments) {
@@ -120,7 +132,7 @@ void declareOptions(CLI::App& app, CommandLine& line) {
         ->capture_default_str();
     app.add_option("--channel", line.channelName,
                    "The name to connect as; a last \"-*\" takes the lowest free number "
-                   "[vireoctl-*; of watch and agent: watch-*, agent-*]")
+                   "[vireoctl-*; of watch, agent and download: watch-*, agent-*, download-*]")
         ->check(checkChannelName)
         ->type_name("NAME");
     app.add_option("--protocol", line.protocol, "How requests are encoded")
@@ -138,6 +150,30 @@ CLI::App& addCommand(CLI::App& app, CommandLine& line, const char* name, const c
     CLI::App* command = app.add_subcommand(name, description);
     command->callback([&line, bind] { line.bind = bind; });
     return *command;
+}
+
+CLI::App& addFileCommand(CLI::App& app, CommandLine& line, const char* name,
+                         const char* description, Binder bind) {
+    CLI::App& command = addCommand(app, line, name, description, bind);
+    command.add_option("TYPE", line.name, "The file type")
+        ->required()
+        ->check(CLI::IsMember(FileTypes::names()))
+        ->type_name("");
+    return command;
+}
+
+void declareFileCommands(CLI::App& app, CommandLine& line) {
+    addFileCommand(app, line, "limits", "Print how many files of a type the phone keeps",
+                   bindLimits);
+    addFileCommand(app, line, "download-status",
+                   "Print how far the current or last download of a type is", bindDownloadStatus)
+        .add_option("NAME", line.fileName, "Only if it is of this file")
+        ->type_name("");
+    addFileCommand(app, line, "validate", "Check a file of the phone; it is deleted if too large",
+                   bindValidate)
+        .add_option("NAME", line.fileName, "The file, without its directory")
+        ->required()
+        ->type_name("");
 }
 
 void declareCommands(CLI::App& app, CommandLine& line) {
@@ -168,11 +204,7 @@ void declareCommands(CLI::App& app, CommandLine& line) {
         ->capture_default_str();
     busy.add_option("BITS", line.number, "The bits to set or clear, decimal or 0x and hexadecimal")
         ->type_name("");
-    addCommand(app, line, "limits", "Print how many files of a type the phone keeps", bindLimits)
-        .add_option("TYPE", line.name, "The file type")
-        ->required()
-        ->check(CLI::IsMember(kFileTypes))
-        ->type_name("");
+    declareFileCommands(app, line);
     CLI::App& call =
         addCommand(app, line, "call", "Call any method of the local interface", bindCall);
     call.add_option("METHOD", line.name, "The method")->required()->type_name("");
@@ -204,6 +236,12 @@ ExitCode ask(const CommandLine& line, const Command& command, AnswerPrinter& pri
     return command(commands);
 }
 
+// One that can move its cursor.
+bool isTerminal(int descriptor) {
+    const char* const kind = std::getenv("TERM");
+    return ::isatty(descriptor) == 1 && kind != nullptr && std::string_view(kind) != "dumb";
+}
+
 ExitCode runCommand(const CommandLine& line, const std::string& name) {
     std::string error;
     std::optional<Command> command;
@@ -217,7 +255,7 @@ ExitCode runCommand(const CommandLine& line, const std::string& name) {
         std::cerr << "vireoctl " << name << ": " << error << '\n';
         return ExitCode::eUsage;
     }
-    TextPrinter text(std::cout, std::cerr);
+    TextPrinter text(std::cout, std::cerr, isTerminal(STDOUT_FILENO));
     JsonPrinter json(std::cout, std::cerr);
     AnswerPrinter& printer = line.json ? static_cast<AnswerPrinter&>(json) : text;
     ExitCode code = command ? ask(line, *command, printer)

@@ -144,6 +144,50 @@ TEST(Commands, ExplainWhatAServiceLeavesOpenAndPrintEveryTypeOfParameter) {
     });
 }
 
+TEST(Commands, TellHowFarADownloadIsAndWhetherAFileWasAccepted) {
+    const auto status = [](int percent) {
+        Method reply("requestCurrentDownloadStatus", Method::eResponse);
+        reply.addIntParameter("result", Parameter::eOut, percent);
+        return encoded(reply);
+    };
+    const auto validation = [](bool accepted) {
+        Method reply("validateFile", Method::eResponse);
+        reply.addBoolParameter("result", Parameter::eOut, accepted);
+        return encoded(reply);
+    };
+    const Request ask = [](Commands& commands) { return commands.downloadStatus("ringer", ""); };
+    const Request check = [](Commands& commands) { return commands.validate("ringer", "a.wav"); };
+    const std::string json = "{\"method\":\"requestCurrentDownloadStatus\",\"parameters\":";
+    const std::string running = json + "{\"result\":42}}\n";
+    const std::string failed = json + "{\"result\":-3}}\n";
+    const std::string none = json + "{\"result\":-1}}\n";
+    expectRows({
+        {"under way", ask, {status(42)}, ExitCode::eDone, "ringer: 42 %\n", "", running.c_str()},
+        {"rejected", ask, {status(-3)}, ExitCode::eRefused, "ringer: failed\n", "", failed.c_str()},
+        {"another one",
+         ask,
+         {status(-1)},
+         ExitCode::eRefused,
+         "ringer: failed, or there was none\n",
+         "",
+         none.c_str()},
+        {"a good file",
+         check,
+         {validation(true)},
+         ExitCode::eDone,
+         "ringer: a.wav: accepted\n",
+         "",
+         "{\"method\":\"validateFile\",\"parameters\":{\"result\":true}}\n"},
+        {"a bad file",
+         check,
+         {validation(false)},
+         ExitCode::eRefused,
+         "ringer: a.wav: rejected\n",
+         "",
+         "{\"method\":\"validateFile\",\"parameters\":{\"result\":false}}\n"},
+    });
+}
+
 TEST(BusyMask, ReadsWhatAPersonTypesAndNothingElse) {
     const struct {
         const char* argument;
