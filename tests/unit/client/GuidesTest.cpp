@@ -16,8 +16,9 @@ std::string contents(const std::filesystem::path& file) {
     return text.str();
 }
 
-TEST(AgentGuide, QuotesTheExamplesThatAreBuilt) {
-    const std::string guide = contents(std::filesystem::path(VIREO_DOCS) / "agents.md");
+TEST(Guides, QuoteTheExamplesThatAreBuilt) {
+    const std::string guide = contents(std::filesystem::path(VIREO_DOCS) / "agents.md") +
+                              contents(std::filesystem::path(VIREO_DOCS) / "downloads.md");
     int quoted = 0;
     for (const auto& entry : std::filesystem::directory_iterator(VIREO_EXAMPLES)) {
         if (entry.is_directory()) {
