@@ -30,7 +30,7 @@ bool MidiFile::isComplete(int file) {
     // Chunks of other kinds may stand between the tracks.
     while (found < tracks && bytes.holds(at, kChunkHead)) {
         const std::uint64_t length = bytes.bigEndian(at + 4, 4);
-        found += bytes.hasText(at, "MTrk") && bytes.holds(at + kChunkHead, length) ? 1 : 0;
+        found += bytes.hasText(at, "MTrk") && bytes.holds(at + kChunkHead, length) ? 1U : 0U;
         at += kChunkHead + length;
     }
     return found == tracks;

@@ -175,7 +175,9 @@ void removePartialFiles(const std::string& rootDirectory) {
                 entry->path().string() + ", the rest of an interrupted transfer, " +
                     (kept ? "cannot be removed: " + kept.message() : "was removed"));
     }
-    if (failure && failure != std::errc::no_such_file_or_directory) {
+    // Where there is no directory there is no such file either.
+    if (failure && failure != std::errc::no_such_file_or_directory &&
+        failure != std::errc::not_a_directory) {
         logLine(kLogError, __LINE__,
                 "cannot look for interrupted transfers below " + rootDirectory + ": " +
                     failure.message());

@@ -18,6 +18,7 @@ namespace {
 struct EmptyContext : SvcRTEContext {
     Executable* findService(const std::string&) override { return nullptr; }
     void postToMessageThread(std::function<void()>) override {}
+    TimerFacility* timers() override { return nullptr; }
 };
 
 TEST(Plugin, ItsServiceIsReachedThroughEveryInterfaceAcrossTheBoundary) {

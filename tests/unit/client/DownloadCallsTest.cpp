@@ -45,8 +45,9 @@ private:
     }
 };
 
-std::unique_ptr<LocalMgmtClient> connectTo(const ScriptedPeer& peer, LocalMgmtCallbackIfc* callback,
-                                           Protocol protocol = Protocol::eRpc) {
+std::unique_ptr<LocalMgmtClient> connectWith(const ScriptedPeer& peer,
+                                             LocalMgmtCallbackIfc* callback,
+                                             Protocol protocol = Protocol::eRpc) {
     std::string error;
     LocalMgmtClient::Options options;
     options.socketPath = peer.socketPath();
@@ -158,7 +159,7 @@ TEST(DownloadCalls, SendWhatTheyAreGivenAndTakeTheReplyOfTheirNameAlone) {
             stream.send(FrameKind::eReply, request->header.correlation, row.reply);
         });
         NotingCallback callback;
-        const auto client = connectTo(peer, &callback);
+        const auto client = connectWith(peer, &callback);
         bool result = false;
         EXPECT_EQ(row.call(*client, result), row.status) << row.request;
         EXPECT_EQ(result, row.result) << row.request;
@@ -170,7 +171,7 @@ TEST(DownloadCalls, ThatWantACallbackAreNotSentWithoutOne) {
         stream.welcome();
         EXPECT_FALSE(stream.read());
     });
-    const auto client = connectTo(peer, nullptr);
+    const auto client = connectWith(peer, nullptr);
     bool result = false;
     EXPECT_EQ(kStartWithCallback(*client, result), CallStatus::eNoCallback);
     EXPECT_EQ(kStartFrom(*client, result), CallStatus::eNoCallback);
@@ -193,7 +194,7 @@ TEST(DownloadCalls, NameAFileInXmlAsThisProtocolWantsIt) {
         stream.reply(reply + "ERROR_General</param></response>");
         EXPECT_FALSE(stream.read()) << "what cannot be carried must not be sent";
     });
-    const auto client = connectTo(peer, nullptr, Protocol::eXml);
+    const auto client = connectWith(peer, nullptr, Protocol::eXml);
     bool accepted = false;
     EXPECT_EQ(kValidate(*client, accepted), CallStatus::eDone);
     EXPECT_TRUE(accepted);
@@ -247,7 +248,7 @@ TEST(DownloadCallback, IsCalledAsTheMessageSaysAndAnythingElseIsAnsweredWithFals
         });
         NotingCallback callback;
         callback.shutdownAnswer = row.shutdownAnswer;
-        const auto client = connectTo(peer, &callback);
+        const auto client = connectWith(peer, &callback);
         while (client->serve(kPatience) == CallStatus::eDone) {
         }
         std::vector<std::string> twice = row.told;
@@ -275,7 +276,7 @@ TEST(DownloadCallback, HearsOfItsDownloadWhileACallWaitsAndNobodyElsesMessages) 
                     "33;startDownloadWithFileTypeResponse1;1;6;result2;1;1;");
     });
     NotingCallback callback;
-    const auto client = connectTo(peer, &callback);
+    const auto client = connectWith(peer, &callback);
     bool started = false;
     EXPECT_EQ(kStart(*client, started), CallStatus::eDone);
     EXPECT_EQ(callback.told, std::vector<std::string>{"1 p"});
@@ -287,7 +288,7 @@ TEST(DownloadCallback, HearsOfItsDownloadWhileACallWaitsAndNobodyElsesMessages) 
         ASSERT_TRUE(nothing);
         EXPECT_EQ(nothing->payload, "") << "there is no callback";
     });
-    const auto withoutCallback = connectTo(other, nullptr);
+    const auto withoutCallback = connectWith(other, nullptr);
     while (withoutCallback->serve(kPatience) == CallStatus::eDone) {
     }
 }

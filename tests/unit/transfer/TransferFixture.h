@@ -150,9 +150,9 @@ protected:
     }
     std::size_t partialFiles() const {
         const std::filesystem::recursive_directory_iterator all(phone.path());
-        return std::count_if(begin(all), end(all), [](const auto& entry) {
+        return static_cast<std::size_t>(std::count_if(begin(all), end(all), [](const auto& entry) {
             return isPartialName(entry.path().filename().string());
-        });
+        }));
     }
 
     TestPorts ports{kLogInfo};
