@@ -26,6 +26,7 @@ struct PhoneContext : SvcRTEContext {
         return name == "DataAccessServiceIfc" ? store.get() : nullptr;
     }
     void postToMessageThread(std::function<void()> task) override { task(); }
+    TimerFacility* timers() override { return nullptr; }
     std::unique_ptr<SqliteDataAccess> store;
 };
 
