@@ -1,5 +1,6 @@
 #include "messages/RpcAdapter.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "messages/StreamText.h"
@@ -7,6 +8,11 @@
 
 namespace vireo {
 namespace {
+
+// Room for the numbers beside the texts of a method or a parameter.
+constexpr std::size_t kNumberRoom = 32;
+// Parameters that memory is made for at once; the number in a message can be anything.
+constexpr int kUsualParameters = 4;
 
 void encodeParameter(const Parameter& parameter, std::string& out) {
     Serializer::serialize(out, std::string_view(parameter.name));
@@ -64,6 +70,11 @@ bool decodeParameter(std::string_view& rest, Parameter& parameter) {
 }  // namespace
 
 void RpcAdapter::encodeText(const Method& method, std::string& out) {
+    std::size_t size = method.name().size() + kNumberRoom;
+    for (const Parameter& parameter : method.parameters()) {
+        size += parameter.name.size() + parameter.text.size() + kNumberRoom;
+    }
+    out.reserve(out.size() + size);
     Serializer::serialize(out, std::string_view(method.name()));
     Serializer::serialize(out, static_cast<int>(method.type()));
     Serializer::serialize(out, static_cast<int>(method.parameters().size()));
@@ -82,6 +93,7 @@ bool RpcAdapter::decodeText(std::string_view text, Method& method) {
         return false;
     }
     Method decoded(std::move(name), static_cast<Method::methodTypes>(type));
+    decoded.reserveParameters(static_cast<std::size_t>(std::min(count, kUsualParameters)));
     for (int i = 0; i < count; ++i) {
         Parameter parameter;
         if (!decodeParameter(text, parameter)) {
@@ -105,6 +117,15 @@ bool RpcAdapter::encode(const Method& method, std::ostream& out) {
 
 bool RpcAdapter::decode(std::istream& in, Method& method) {
     return decodeText(StreamText::takeAll(in), method);
+}
+
+bool RpcAdapter::encodeTo(const Method& method, std::string& out) {
+    encodeText(method, out);
+    return true;
+}
+
+bool RpcAdapter::decodeFrom(std::string_view text, Method& method) {
+    return decodeText(text, method);
 }
 
 }  // namespace vireo

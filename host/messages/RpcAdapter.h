@@ -16,6 +16,8 @@ class RpcAdapter : public ProtocolAdapter {
 public:
     bool encode(const Method& method, std::ostream& out) override;
     bool decode(std::istream& in, Method& method) override;
+    bool encodeTo(const Method& method, std::string& out) override;
+    bool decodeFrom(std::string_view text, Method& method) override;
 
     /// The same on plain texts. `encodeText` appends.
     static void encodeText(const Method& method, std::string& out);

@@ -99,4 +99,12 @@ bool ServiceXmlAdapter::decode(std::istream& in, Method& method) {
     return decodeText(StreamText::takeAll(in), method);
 }
 
+bool ServiceXmlAdapter::encodeTo(const Method& method, std::string& out) {
+    return encodeText(method, out);
+}
+
+bool ServiceXmlAdapter::decodeFrom(std::string_view text, Method& method) {
+    return decodeText(text, method);
+}
+
 }  // namespace vireo

@@ -22,6 +22,8 @@ class ServiceXmlAdapter : public ProtocolAdapter {
 public:
     bool encode(const Method& method, std::ostream& out) override;
     bool decode(std::istream& in, Method& method) override;
+    bool encodeTo(const Method& method, std::string& out) override;
+    bool decodeFrom(std::string_view text, Method& method) override;
 
     /// The same on plain texts. `encodeText` appends; false, and nothing appended, when a name or
     /// a text holds what XML cannot carry.

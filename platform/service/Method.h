@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -48,6 +49,8 @@ public:
     methodTypes type() const { return m_type; }
     const std::vector<Parameter>& parameters() const { return m_parameters; }
 
+    /// Makes room for `count` parameters, so that adding them moves none.
+    void reserveParameters(std::size_t count) { m_parameters.reserve(count); }
     void addParameter(Parameter parameter) { m_parameters.push_back(std::move(parameter)); }
     void addIntParameter(std::string_view name, Parameter::directions direction, int value);
     void addBoolParameter(std::string_view name, Parameter::directions direction, bool value);

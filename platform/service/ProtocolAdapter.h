@@ -2,6 +2,8 @@
 
 #include <istream>
 #include <ostream>
+#include <string>
+#include <string_view>
 
 #include "Visibility.h"
 
@@ -19,6 +21,11 @@ public:
     /// unchanged then.
     virtual bool decode(std::istream& in, Method& method) = 0;
     virtual ~ProtocolAdapter() = default;
+    /// Appends `method` to `out`; false when the protocol cannot carry it (nothing is appended).
+    /// By default through a stream; an adapter that can do without overrides it.
+    virtual bool encodeTo(const Method& method, std::string& out);
+    /// Reads one whole message, likewise. False when it is malformed; `method` is unchanged then.
+    virtual bool decodeFrom(std::string_view text, Method& method);
 };
 
 /// Names of the protocols that the framework knows.

@@ -1,7 +1,5 @@
 #include "messages/LocalMgmtInvoker.h"
 
-#include <sstream>
-
 #include "Boundary.h"
 #include "LocalMgmtIfc.h"
 #include "messages/MethodTable.h"
@@ -13,6 +11,7 @@ namespace vireo {
 namespace {
 
 constexpr const char* kComponent = "LocalMgmtInvoker";
+constexpr std::size_t kMostReplyParameters = 2;
 
 }  // namespace
 
@@ -31,8 +30,7 @@ void LocalMgmtInvoker::handleMessage(Executable* executable, const char* message
 
 void LocalMgmtInvoker::handle(Executable* executable, const char* message, int length,
                               const InvokerResponse& response, std::string& reply) {
-    VIREO_LOG(kComponent, kLogInfo, "handleMessage:msg = %s",
-              std::string(message, static_cast<std::size_t>(length)).c_str());
+    VIREO_LOG(kComponent, kLogInfo, "handleMessage:msg = %.*s", length, message);
     auto* service = dynamic_cast<LocalMgmtIfc*>(executable);
     if (service == nullptr) {
         VIREO_LOG(kComponent, kLogError, "Could not cast executable to LocalMgmtIfc.");
@@ -45,16 +43,14 @@ void LocalMgmtInvoker::handle(Executable* executable, const char* message, int l
         VIREO_LOG(kComponent, kLogError, "Could not find PA for \"%s\"\n", protocol.c_str());
         return;
     }
-    callMethod(*service, protocol, *adapter, std::string(message, static_cast<std::size_t>(length)),
-               reply);
+    callMethod(*service, protocol, *adapter, {message, static_cast<std::size_t>(length)}, reply);
 }
 
 void LocalMgmtInvoker::callMethod(LocalMgmtIfc& service, const std::string& protocol,
-                                  ProtocolAdapter& adapter, const std::string& message,
+                                  ProtocolAdapter& adapter, std::string_view message,
                                   std::string& reply) {
-    std::istringstream in(message);
     Method request;
-    if (!adapter.decode(in, request)) {
+    if (!adapter.decodeFrom(message, request)) {
         VIREO_LOG(kComponent, kLogWarning, "message of %zu bytes is no method in \"%s\"",
                   message.size(), protocol.c_str());
     }
@@ -65,11 +61,9 @@ void LocalMgmtInvoker::callMethod(LocalMgmtIfc& service, const std::string& prot
     }
     MethodCall call{service, protocol, *m_context, request,
                     Method(request.name(), Method::eResponse)};
+    call.reply.reserveParameters(kMostReplyParameters);
     row->handler(call);
-    std::ostringstream out;
-    if (adapter.encode(call.reply, out)) {
-        reply = std::move(out).str();
-    } else {
+    if (!adapter.encodeTo(call.reply, reply)) {
         VIREO_LOG(kComponent, kLogError, "the reply to \"%s\" cannot be encoded",
                   request.name().c_str());
     }

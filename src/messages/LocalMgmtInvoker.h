@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "service/Invoker.h"
 
@@ -20,7 +21,7 @@ private:
     void handle(Executable* executable, const char* message, int length,
                 const InvokerResponse& response, std::string& reply);
     void callMethod(LocalMgmtIfc& service, const std::string& protocol, ProtocolAdapter& adapter,
-                    const std::string& message, std::string& reply);
+                    std::string_view message, std::string& reply);
 
     FrameworkContext* m_context = nullptr;
 };
