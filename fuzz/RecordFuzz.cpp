@@ -2,6 +2,8 @@
 
 #include "Fuzz.h"
 #include "data/ManageableData.h"
+#include "data/PlainRecord.h"
+#include "data/RecordText.h"
 
 namespace vireo::fuzz {
 namespace {
@@ -25,9 +27,24 @@ void writeAgain(const ManageableData& source) {
     }
 }
 
+/// The short way for plain records reads what the full reader reads.
+void readBothWays(const std::string& text) {
+    ManageableData plain;
+    if (!PlainRecord::read(text, plain)) {
+        return;
+    }
+    ManageableData full;
+    std::string error;
+    require(RecordText::readAny(text, full, error), "a plain record is a record");
+    require(plain.rootIds() == full.rootIds() && plain.isSingleRecord() == full.isSingleRecord() &&
+                plain.serialize() == full.serialize(),
+            "both ways read the same");
+}
+
 }  // namespace
 
 void run(std::string_view input) {
+    readBothWays(std::string(input));
     ManageableData record;
     record.populate("present", "value");
     const std::string before = record.serialize();

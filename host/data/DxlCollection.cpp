@@ -48,6 +48,26 @@ DxlCollection& DxlCollection::operator=(const DxlCollection& other) {
     return *this;
 }
 
+DxlCollection::DxlCollection(DxlCollection&& other) noexcept
+    : m_name(std::move(other.m_name)),
+      m_documents(std::move(other.m_documents)),
+      m_schemas(std::move(other.m_schemas)) {
+    other.m_documents.clear();
+    other.m_schemas.clear();
+}
+
+DxlCollection& DxlCollection::operator=(DxlCollection&& other) noexcept {
+    if (this != &other) {
+        const std::lock_guard lock(m_mutex);
+        m_name.swap(other.m_name);
+        m_documents.swap(other.m_documents);
+        m_schemas.swap(other.m_schemas);
+        other.m_documents.clear();
+        other.m_schemas.clear();
+    }
+    return *this;
+}
+
 bool DxlCollection::importFromFile(const std::string& fileName) {
     ConfigurationFile file;
     if (!file.read(fileName)) {
@@ -126,6 +146,16 @@ void DxlCollection::clear() {
     const std::lock_guard lock(m_mutex);
     m_documents.clear();
     m_schemas.clear();
+}
+
+bool DxlCollection::isEmpty() const {
+    const std::lock_guard lock(m_mutex);
+    return m_documents.empty() && m_schemas.empty();
+}
+
+std::size_t DxlCollection::documentCount() const {
+    const std::lock_guard lock(m_mutex);
+    return m_documents.size();
 }
 
 std::vector<DxlDocumentPointer> DxlCollection::documents() const {

@@ -82,18 +82,30 @@ const std::string& DxlDocument::text() const {
         return *kept;
     }
     auto made = std::make_unique<std::string>();
-    made->append("<document name=\"");
-    XmlText::appendEscapedAttribute(*made, m_name);
-    made->append("\" schema=\"");
-    XmlText::appendEscapedAttribute(*made, schemaName());
-    made->append("\">");
-    m_root->appendInnerXml(*made);
-    made->append("</document>");
+    writeTo(*made);
     const std::string* expected = nullptr;
     if (m_text.compare_exchange_strong(expected, made.get(), std::memory_order_acq_rel)) {
         return *made.release();
     }
     return *expected;  // another thread was first
+}
+
+void DxlDocument::appendText(std::string& out) const {
+    if (m_root->children().empty() && m_text.load(std::memory_order_acquire) == nullptr) {
+        writeTo(out);
+    } else {
+        out.append(text());
+    }
+}
+
+void DxlDocument::writeTo(std::string& out) const {
+    out.append("<document name=\"");
+    XmlText::appendEscapedAttribute(out, m_name);
+    out.append("\" schema=\"");
+    XmlText::appendEscapedAttribute(out, schemaName());
+    out.append("\">");
+    m_root->appendInnerXml(out);
+    out.append("</document>");
 }
 
 }  // namespace vireo

@@ -68,8 +68,12 @@ const DxlDataType* DxlSchema::findDataType(std::string_view name) {
 
 std::string DxlSchema::text() const {
     std::string out;
-    appendNode(out, *m_root, "schema");
+    appendText(out);
     return out;
+}
+
+void DxlSchema::appendText(std::string& out) const {
+    appendNode(out, *m_root, "schema");
 }
 
 }  // namespace vireo

@@ -36,9 +36,9 @@ void ManageableData::addRootId(const std::string& rootId, const std::string& com
 }
 
 void ManageableData::setRootId(const std::string& rootId, LocalMgmtIfc* /*requester*/) {
-    const auto kept = std::string(rootId);  // the caller's text may be in the list that is cleared
-    m_rootIds.clear();
-    m_rootIds.add(kept);
+    RootIdList only;
+    only.add(rootId);  // first: the caller's text may be in the list that goes
+    m_rootIds = std::move(only);
     m_single = true;
 }
 
@@ -221,8 +221,18 @@ bool ManageableData::deserialize(const std::string& text) {
         }
         return false;
     }
-    overlay(parsed);
+    if (isBlank()) {
+        parsed.m_dictionary = m_dictionary;
+        *this = std::move(parsed);
+    } else {
+        overlay(parsed);
+    }
     return true;
+}
+
+bool ManageableData::isBlank() const {
+    return m_rootIds.ids().empty() && m_items.isEmpty() && m_rejections.empty() &&
+           m_companions.empty();
 }
 
 void ManageableData::overlay(const ManageableData& other) {

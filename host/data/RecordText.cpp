@@ -3,27 +3,34 @@
 #include <pugixml.hpp>
 #include <string_view>
 
+#include "data/PlainRecord.h"
 #include "data/XmlText.h"
 #include "data/XmlTree.h"
 
 namespace vireo {
 namespace {
 
+// Room for a record of one item with a value that is not long.
+constexpr std::size_t kUsualSize = 512;
+
 /// Ids and reasons can come from anywhere; what XML cannot carry must not spoil the whole record.
-std::string carriable(const std::string& text) {
-    std::string safe = text;
-    if (XmlText::findUncarriable(safe)) {
-        for (char& c : safe) {
-            const auto byte = static_cast<unsigned char>(c);
-            c = byte < 0x20 || byte >= 0x7F ? '?' : c;
-        }
+template <class Append>
+void appendCarriable(std::string& out, const std::string& text, Append&& append) {
+    if (!XmlText::findUncarriable(text)) {
+        append(out, text);
+        return;
     }
-    return safe;
+    std::string safe = text;
+    for (char& c : safe) {
+        const auto byte = static_cast<unsigned char>(c);
+        c = byte < 0x20 || byte >= 0x7F ? '?' : c;
+    }
+    append(out, safe);
 }
 
 void appendAttribute(std::string& out, const char* name, const std::string& value) {
     out.append(1, ' ').append(name).append("=\"");
-    XmlText::appendEscapedAttribute(out, carriable(value));
+    appendCarriable(out, value, XmlText::appendEscapedAttribute);
     out.push_back('"');
 }
 
@@ -34,23 +41,30 @@ void appendRootIds(std::string& out, const ManageableData& record) {
             appendAttribute(out, "with", *companion);
         }
         out.push_back('>');
-        XmlText::appendEscaped(out, carriable(rootId));
+        appendCarriable(out, rootId, XmlText::appendEscaped);
         out.append("</rootId>");
     }
 }
 
 void appendDocuments(std::string& out, const ManageableData& record, const DxlCollection& items) {
     // Items in their order first, then what a record may hold beside them.
+    std::size_t written = 0;
+    for (const std::string& rootId : record.rootIds()) {
+        if (const DxlDocumentPointer document = items.getDocument(rootId)) {
+            document->appendText(out);
+            ++written;
+        }
+    }
+    if (written == items.documentCount()) {
+        return;
+    }
     RootIdList listed;
     for (const std::string& rootId : record.rootIds()) {
         listed.add(rootId);
-        if (const DxlDocumentPointer document = items.getDocument(rootId)) {
-            out.append(document->text());
-        }
     }
     for (const DxlDocumentPointer& document : items.documents()) {
         if (!listed.contains(document->getName())) {
-            out.append(document->text());
+            document->appendText(out);
         }
     }
 }
@@ -100,11 +114,19 @@ bool readElement(const pugi::xml_node& element, ManageableData& record, std::str
 
 std::string RecordText::write(const ManageableData& record,
                               ManageableData::serializationType type) {
-    std::string out("<record");
+    std::string out;
+    out.reserve(kUsualSize);
+    append(out, record, type);
+    return out;
+}
+
+void RecordText::append(std::string& out, const ManageableData& record,
+                        ManageableData::serializationType type) {
+    out.append("<record");
     out.append(record.isSingleRecord() ? " single=\"1\">" : ">");
     appendRootIds(out, record);
     for (const auto& schema : record.m_items.schemas()) {
-        out.append(schema->text());
+        schema->appendText(out);
     }
     appendDocuments(out, record, record.m_items);
     if (type != ManageableData::eWithoutRejections) {
@@ -117,10 +139,17 @@ std::string RecordText::write(const ManageableData& record,
         }
     }
     out.append("</record>");
-    return out;
 }
 
 bool RecordText::read(const std::string& text, ManageableData& record, std::string& error) {
+    if (PlainRecord::read(text, record)) {
+        return true;
+    }
+    record.clearAll();
+    return readAny(text, record, error);
+}
+
+bool RecordText::readAny(const std::string& text, ManageableData& record, std::string& error) {
     pugi::xml_document source;
     const pugi::xml_node root = XmlTree::parse(source, text, "record", error);
     if (!root || !XmlTree::checkElement(root, true, error)) {

@@ -20,8 +20,12 @@ namespace vireo {
 class RecordText {
 public:
     static std::string write(const ManageableData& record, ManageableData::serializationType type);
+    static void append(std::string& out, const ManageableData& record,
+                       ManageableData::serializationType type);
     /// False on malformed text; `record`, which must be empty, is to be thrown away then.
     static bool read(const std::string& text, ManageableData& record, std::string& error);
+    /// The same without the short way for plain records.
+    static bool readAny(const std::string& text, ManageableData& record, std::string& error);
 };
 
 }  // namespace vireo

@@ -23,15 +23,27 @@ constexpr Range kNameStart[] = {
     {0x2C00, 0x2FEF}, {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF},
 };
 
-bool isNameStart(std::uint32_t c) {
+constexpr bool isNameStart(std::uint32_t c) {
     return std::any_of(std::begin(kNameStart), std::end(kNameStart),
                        [c](Range range) { return c >= range.first && c <= range.last; });
 }
 
-bool isNamePart(std::uint32_t c) {
+constexpr bool isNamePart(std::uint32_t c) {
     return isNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.' || c == 0xB7 ||
            (c >= 0x300 && c <= 0x36F) || c == 0x203F || c == 0x2040;
 }
+
+/// For the characters below 0x80, of which nearly all names are.
+enum : unsigned char { kStartsName = 1, kIsInName = 2 };
+
+constexpr std::array<unsigned char, 0x80> kAsciiNames = [] {
+    std::array<unsigned char, 0x80> table{};
+    for (std::uint32_t c = 0; c < table.size(); ++c) {
+        table[c] = static_cast<unsigned char>((isNameStart(c) ? kStartsName : 0) |
+                                              (isNamePart(c) ? kIsInName : 0));
+    }
+    return table;
+}();
 
 /// `Replaced` are the characters for which there is a replacement.
 template <char... Replaced, class Replacement>
@@ -53,16 +65,22 @@ void appendReplacing(std::string& out, std::string_view text, Replacement replac
 
 bool XmlText::isName(std::string_view name) noexcept {
     std::size_t position = 0;
-    std::uint32_t c = 0;
-    if (!Utf8::next(name, position, c) || !isNameStart(c)) {
-        return false;
-    }
     while (position < name.size()) {
-        if (!Utf8::next(name, position, c) || !isNamePart(c)) {
+        const bool isFirst = position == 0;
+        const auto byte = static_cast<unsigned char>(name[position]);
+        if (byte < kAsciiNames.size()) {
+            if ((kAsciiNames[byte] & (isFirst ? kStartsName : kIsInName)) == 0) {
+                return false;
+            }
+            ++position;
+            continue;
+        }
+        std::uint32_t c = 0;
+        if (!Utf8::next(name, position, c) || !(isFirst ? isNameStart(c) : isNamePart(c))) {
             return false;
         }
     }
-    return true;
+    return !name.empty();
 }
 
 std::optional<std::string> XmlText::findUncarriable(std::string_view text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -19,6 +20,9 @@ public:
     explicit DxlCollection(std::string name);
     DxlCollection(const DxlCollection& other);
     DxlCollection& operator=(const DxlCollection& other);
+    /// What is moved from must not be in use by another thread; it is empty afterwards.
+    DxlCollection(DxlCollection&& other) noexcept;
+    DxlCollection& operator=(DxlCollection&& other) noexcept;
 
     const std::string& getName() const { return m_name; }
 
@@ -42,6 +46,8 @@ public:
     /// False when there was none.
     bool deleteDocument(const std::string& name);
     void clear();
+    bool isEmpty() const;
+    std::size_t documentCount() const;
 
     /// Everything held, ordered by name.
     std::vector<DxlDocumentPointer> documents() const;

@@ -35,8 +35,13 @@ public:
 
     /// The text form `<document name="N" schema="S">...</document>`; made once, then kept.
     const std::string& text() const;
+    /// Appends the text form. That of a single leaf is not kept: making it again takes less than
+    /// the memory that it needs beside the leaf.
+    void appendText(std::string& out) const;
 
 private:
+    void writeTo(std::string& out) const;
+
     const std::string m_name;
     const DxlNode::Pointer m_root;
     mutable std::atomic<const std::string*> m_text{nullptr};

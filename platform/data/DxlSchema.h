@@ -40,6 +40,7 @@ public:
 
     /// The text form: `<schema name="N">...</schema>`.
     std::string text() const;
+    void appendText(std::string& out) const;
 
 private:
     std::shared_ptr<DxlNode> m_building;

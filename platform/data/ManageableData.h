@@ -118,6 +118,8 @@ public:
 private:
     friend class RecordText;
 
+    /// Whether nothing was put in yet.
+    bool isBlank() const;
     bool writeNode(const std::string& rootId, const std::string& nodeId, const std::string& value);
 
     RootIdList m_rootIds;
