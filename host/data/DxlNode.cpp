@@ -25,6 +25,14 @@ DxlNode::DxlNode(const DxlNode& source, std::string name)
 
 DxlNode::DxlNode(const DxlNode& source) : DxlNode(source, source.m_name) {}
 
+std::shared_ptr<DxlNode> DxlNode::leafLike(const DxlNode& like, std::string text) {
+    auto leaf = std::make_shared<DxlNode>(like.m_name, Kind::eLeaf, std::move(text));
+    if (like.m_attributes) {
+        leaf->m_attributes = std::make_unique<std::vector<Attribute>>(*like.m_attributes);
+    }
+    return leaf;
+}
+
 std::string DxlNode::value() const {
     if (m_children.empty()) {
         return m_text;

@@ -147,6 +147,19 @@ bool ManageableData::makeDocument(const std::string& schemaName, const std::stri
     return true;
 }
 
+bool ManageableData::makeLeaf(const std::string& schemaName, const std::string& rootId,
+                              const std::string& value) {
+    const auto schema = getSchema(schemaName);
+    if (!schema || schema->root()->kind() != DxlNode::Kind::eLeaf || !XmlText::isName(rootId) ||
+        XmlText::findUncarriable(value)) {
+        return false;
+    }
+    putDocument(std::make_shared<const DxlDocument>(
+        rootId, std::make_shared<const DxlNode>(schemaName, DxlNode::Kind::eLeaf, value)));
+    addRootId(rootId, nullptr);
+    return true;
+}
+
 DxlDocumentPointer ManageableData::getDocument(const std::string& rootId) const {
     return m_items.getDocument(rootId);
 }

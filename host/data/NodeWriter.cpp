@@ -13,12 +13,11 @@ using Pointer = DxlNode::Pointer;
 /// A copy of `node`, keeping its attributes, that carries `value`; null when it is malformed.
 std::shared_ptr<DxlNode> withValue(const DxlNode& node, DxlNode::Kind kind,
                                    const std::string& value) {
-    auto fresh = std::make_shared<DxlNode>(node);
-    if (kind == DxlNode::Kind::eBranch) {
-        return XmlTree::parseFragment(value, *fresh) ? fresh : nullptr;
+    if (kind != DxlNode::Kind::eBranch) {
+        return DxlNode::leafLike(node, value);
     }
-    fresh->adoptContent(DxlNode(node.getName(), DxlNode::Kind::eLeaf, value));
-    return fresh;
+    auto fresh = std::make_shared<DxlNode>(node);
+    return XmlTree::parseFragment(value, *fresh) ? fresh : nullptr;
 }
 
 /// A copy of the tree with `fresh` in the place of `target`.

@@ -32,6 +32,8 @@ public:
     DxlNode(const DxlNode& source, std::string name);
     DxlNode(const DxlNode& source);
     DxlNode& operator=(const DxlNode&) = delete;
+    /// A leaf with the name and the attributes of `like`.
+    static std::shared_ptr<DxlNode> leafLike(const DxlNode& like, std::string text);
 
     const std::string& getName() const { return m_name; }
     Kind kind() const { return m_kind; }

@@ -79,6 +79,11 @@ public:
     /// Gives the item a document with the defaults of the record's schema `schemaName`; false when
     /// the record does not have that schema. Does not list the item.
     bool makeDocument(const std::string& schemaName, const std::string& rootId);
+    /// The two in one step for an item whose schema is a single leaf: gives it a document with the
+    /// value, and lists it. False, and no change, when the schema is another or not there, `rootId`
+    /// is no XML name or `value` holds what XML cannot carry.
+    bool makeLeaf(const std::string& schemaName, const std::string& rootId,
+                  const std::string& value);
 
     // -- documents and schemas -----------------------------------------------------------------
 

@@ -40,6 +40,9 @@ std::optional<unsigned> ChangeNotifier::tellInTurn(const ManageableData& record,
 
 void ChangeNotifier::correctCache(const ManageableData& record, ValueCache::Mark mark) {
     for (const std::string& rootId : record.rootIds()) {
+        if (!m_cache.takes(rootId)) {
+            continue;
+        }
         std::string value;
         const bool hasValue = record.interogate(rootId, rootId, value);
         m_cache.correct(mark, rootId, hasValue ? std::optional(std::move(value)) : std::nullopt);

@@ -13,67 +13,67 @@ namespace {
 
 constexpr const char* kHead = R"(<?xml version="1.0" encoding="utf-8"?><Schema name=")";
 
+// Room for the fixed parts of a request and its names.
+constexpr std::size_t kRequestRoom = 320;
+
 void appendElement(std::string& out, const std::string& name, const std::string& text) {
     // The store takes everything literally: nothing is escaped here.
     out.append(1, '<').append(name).append(1, '>').append(text);
     out.append("</").append(name).append(1, '>');
 }
 
-std::string readRequest(const StoreAddress& address, const std::string& indexColumn,
-                        const std::string& indexValue) {
-    std::string request(kHead);
-    request.append(address.table)
-        .append(R"("><ReasonForMessage>read_request</ReasonForMessage><ResultCols>)")
-        .append(address.column)
-        .append("</ResultCols>");
-    if (!indexColumn.empty()) {
-        request.append("<Entry>");
-        appendElement(request, indexColumn, indexValue);
-        request.append("</Entry>");
-    }
-    return request.append("</Schema>");
-}
-
-std::string updateRequest(const StoreAddress& address, const std::string& indexColumn,
-                          const std::string& indexValue, const std::string& value) {
-    std::string request(kHead);
-    request.reserve(value.size() + 256);
-    request.append(address.table)
-        .append(R"("><ReasonForMessage>update_request</ReasonForMessage>)");
-    if (!indexColumn.empty()) {
-        request.append("<Entry>");
-        appendElement(request, indexColumn, indexValue);
-    }
-    appendElement(request, address.column, value);
-    if (!indexColumn.empty()) {
-        request.append("</Entry>");
-    }
-    return request.append("</Schema>");
-}
-
-bool parseAnswer(DasResponseParser& parser, const std::string& answer, const char* reason) {
-    std::string found;
-    if (parser.parseXmlResponse(answer) && parser.getItemValue("ReasonForMessage", found) &&
-        found == reason) {
-        return true;
-    }
-    std::string error;
-    if (parser.getItemValue("Error", error)) {
-        // The store has said what is wrong with it, once; requests come by the thousand.
-        VCMS_LOG(kLogDebug, "VCMS - no %s from the persistent store: %s", reason, error.c_str());
-    } else {
-        VCMS_LOG(kLogError, "VCMS - no %s from the persistent store", reason);
-    }
-    return false;
-}
-
 }  // namespace
+
+/// Where the store keeps a node. Refers to the catalogue.
+struct DasBridge::Place {
+    const StoreAddress* address = nullptr;
+    const std::string* indexColumn = nullptr;  ///< empty for a table without index
+    const std::string* indexValue = nullptr;   ///< null when there is none
+
+    const char* indexText() const { return indexValue != nullptr ? indexValue->c_str() : ""; }
+    std::string readRequest() const;
+    std::string updateRequest(const std::string& value) const;
+};
+
+std::string DasBridge::Place::readRequest() const {
+    std::string request;
+    request.reserve(kRequestRoom);
+    request.append(kHead)
+        .append(address->table)
+        .append(R"("><ReasonForMessage>read_request</ReasonForMessage><ResultCols>)")
+        .append(address->column)
+        .append("</ResultCols>");
+    if (!indexColumn->empty()) {
+        request.append("<Entry>");
+        appendElement(request, *indexColumn, *indexValue);
+        request.append("</Entry>");
+    }
+    request.append("</Schema>");
+    return request;
+}
+
+std::string DasBridge::Place::updateRequest(const std::string& value) const {
+    std::string request;
+    request.reserve(value.size() + kRequestRoom);
+    request.append(kHead)
+        .append(address->table)
+        .append(R"("><ReasonForMessage>update_request</ReasonForMessage>)");
+    if (!indexColumn->empty()) {
+        request.append("<Entry>");
+        appendElement(request, *indexColumn, *indexValue);
+    }
+    appendElement(request, address->column, value);
+    if (!indexColumn->empty()) {
+        request.append("</Entry>");
+    }
+    request.append("</Schema>");
+    return request;
+}
 
 DasBridge::DasBridge(ItemCatalogue& catalogue, StoreSource store)
     : m_catalogue(catalogue), m_store(std::move(store)) {}
 
-bool DasBridge::getDasData(ManageableData& record) {
-    const std::string rootId = record.getRootId();
+bool DasBridge::getDasData(const std::string& rootId, ManageableData& record) {
     VCMS_LOG(kLogDebug, "VCMS getDasData - Called (rootId = %s)", rootId.c_str());
     const std::vector<std::string>& nodes = m_catalogue.storedNodes(rootId);
     if (nodes.empty()) {
@@ -81,7 +81,7 @@ bool DasBridge::getDasData(ManageableData& record) {
     }
     bool result = true;
     for (const std::string& node : nodes) {
-        result = readNode({rootId, node}, record) && result;
+        result = readNode(rootId, node, record) && result;
     }
     return result;
 }
@@ -95,51 +95,61 @@ bool DasBridge::readUnmapped(const std::string& rootId, ManageableData& record) 
     return true;
 }
 
-bool DasBridge::findIndexValue(const NodeId& node, const StoreAddress& address,
-                               const std::string& indexColumn, std::string& indexValue) const {
-    const StoreAddress* wholeItem = m_catalogue.storeAddress({node.rootId, node.rootId});
-    if (address.indexValue) {
-        indexValue = *address.indexValue;
-    } else if (wholeItem != nullptr && wholeItem->indexValue) {
-        indexValue = *wholeItem->indexValue;
-    } else if (!indexColumn.empty()) {
-        VCMS_LOG(kLogError, "VCMS - no index value for %s, node %s, in table %s",
-                 node.rootId.c_str(), node.nodeId.c_str(), address.table.c_str());
+bool DasBridge::findPlace(const std::string& rootId, const std::string& nodeId,
+                          Place& place) const {
+    place.address = m_catalogue.storeAddress({rootId, nodeId});
+    place.indexColumn = &m_catalogue.indexColumn(place.address->table);
+    const StoreAddress* keyed = place.address;
+    if (!keyed->indexValue) {
+        keyed = m_catalogue.storeAddress({rootId, rootId});
+    }
+    if (keyed != nullptr && keyed->indexValue) {
+        place.indexValue = &*keyed->indexValue;
+    } else if (!place.indexColumn->empty()) {
+        VCMS_LOG(kLogError, "VCMS - no index value for %s, node %s, in table %s", rootId.c_str(),
+                 nodeId.c_str(), place.address->table.c_str());
         return false;
     }
     return true;
 }
 
-bool DasBridge::readNode(const NodeId& node, ManageableData& record) {
-    const StoreAddress& address = *m_catalogue.storeAddress(node);
-    const std::string& indexColumn = m_catalogue.indexColumn(address.table);
-    std::string indexValue;
-    if (!findIndexValue(node, address, indexColumn, indexValue)) {
+bool DasBridge::readNode(const std::string& rootId, const std::string& nodeId,
+                         ManageableData& record) {
+    Place place;
+    if (!findPlace(rootId, nodeId, place)) {
         return false;
     }
+    const StoreAddress& address = *place.address;
     VCMS_LOG(kLogDebug, "VCMS getDasData (schema=%s, item=%s, indexName=%s, indxValue=%s)",
-             address.table.c_str(), address.column.c_str(), indexColumn.c_str(),
-             indexValue.c_str());
-    std::string answer;
-    DasResponseParser parser;
-    if (!send(readRequest(address, indexColumn, indexValue), answer) ||
-        !parseAnswer(parser, answer, "read_response")) {
+             address.table.c_str(), address.column.c_str(), place.indexColumn->c_str(),
+             place.indexText());
+    DasResponseParser answer;
+    if (!ask(place.readRequest(), "read_response", answer)) {
         return false;
     }
-    std::string value;
-    if (!parser.getItemValue(address.column, value)) {
-        value = address.defaultValue.value_or(std::string());
-    }
-    if (!record.getDocument(node.rootId)) {
-        record.makeDocument(m_catalogue.findSchemaName(node.rootId), node.rootId);
-    }
-    const bool populated = record.populate(node.rootId, node.nodeId, value);
+    const auto found = answer.findItemValue(address.column);
+    const std::string value =
+        found ? std::string(*found) : address.defaultValue.value_or(std::string());
+    const bool isFilledIn = fillIn(rootId, nodeId, value, record);
     VCMS_LOG(kLogDebug, "VCMS getDasData (item val = %s)", value.c_str());
-    return populated;
+    return isFilledIn;
 }
 
-bool DasBridge::setDasData(const ManageableData& record) {
-    const std::string rootId = record.getRootId();
+bool DasBridge::fillIn(const std::string& rootId, const std::string& nodeId,
+                       const std::string& value, ManageableData& record) {
+    if (!record.getDocument(rootId)) {
+        const std::string schemaName = m_catalogue.findSchemaName(rootId);
+        // Nearly every item is one leaf.
+        if ((nodeId == rootId || nodeId == schemaName) &&
+            record.makeLeaf(schemaName, rootId, value)) {
+            return true;
+        }
+        record.makeDocument(schemaName, rootId);
+    }
+    return record.populate(rootId, nodeId, value);
+}
+
+bool DasBridge::setDasData(const std::string& rootId, const ManageableData& record) {
     const DxlDocumentPointer document = record.getDocument(rootId);
     if (!document) {
         return false;
@@ -156,48 +166,62 @@ bool DasBridge::setDasData(const ManageableData& record) {
         std::string value;
         // What the record does not carry is left alone in the store.
         if (record.interogate(rootId, isLeaf ? rootId : node, value)) {
-            result = writeNode({rootId, node}, value) && result;
+            result = writeNode(rootId, node, value) && result;
         }
     }
     return result;
 }
 
-bool DasBridge::writeNode(const NodeId& node, const std::string& value) {
-    const StoreAddress& address = *m_catalogue.storeAddress(node);
-    const std::string& indexColumn = m_catalogue.indexColumn(address.table);
-    std::string indexValue;
-    if (!findIndexValue(node, address, indexColumn, indexValue)) {
+bool DasBridge::writeNode(const std::string& rootId, const std::string& nodeId,
+                          const std::string& value) {
+    Place place;
+    if (!findPlace(rootId, nodeId, place)) {
         return false;
     }
     VCMS_LOG(kLogDebug, "VCMS setDasData (schema=%s, item=%s, indexName=%s, indxValue=%s)",
-             address.table.c_str(), address.column.c_str(), indexColumn.c_str(),
-             indexValue.c_str());
-    std::string answer;
-    DasResponseParser parser;
-    return send(updateRequest(address, indexColumn, indexValue, value), answer) &&
-           parseAnswer(parser, answer, "update_response");
+             place.address->table.c_str(), place.address->column.c_str(),
+             place.indexColumn->c_str(), place.indexText());
+    DasResponseParser answer;
+    return ask(place.updateRequest(value), "update_response", answer);
 }
 
-bool DasBridge::send(const std::string& request, std::string& answer) {
+/// Sends a request. False, and a line in the log, when the answer has another reason.
+bool DasBridge::ask(const std::string& request, const char* reason, DasResponseParser& answer) {
     DataAccessServiceIfc* store = m_store();
     if (store == nullptr) {
         VCMS_LOG(kLogError, "VCMS - no persistent store");
         return false;
     }
-    return guarded("persistent store", false, [&] {
-        answer = store->request(request);
+    std::string text;
+    const bool isAnswered = guarded("persistent store", false, [&] {
+        text = store->request(request);
         return true;
     });
+    if (!isAnswered) {
+        return false;
+    }
+    if (answer.parseXmlResponse(std::move(text)) &&
+        answer.findItemValue("ReasonForMessage") == reason) {
+        return true;
+    }
+    std::string error;
+    if (answer.getItemValue("Error", error)) {
+        // The store has said what is wrong with it, once; requests come by the thousand.
+        VCMS_LOG(kLogDebug, "VCMS - no %s from the persistent store: %s", reason, error.c_str());
+    } else {
+        VCMS_LOG(kLogError, "VCMS - no %s from the persistent store", reason);
+    }
+    return false;
 }
 
-bool StoreUpdate::write(const ManageableData& record) {
-    if (m_open == nullptr && !m_bridge.m_catalogue.storedNodes(record.getRootId()).empty()) {
+bool StoreUpdate::write(const std::string& rootId, const ManageableData& record) {
+    if (m_open == nullptr && !m_bridge.m_catalogue.storedNodes(rootId).empty()) {
         m_open = m_bridge.m_store();
         if (m_open != nullptr) {
             m_open->beginUpdate();
         }
     }
-    return m_bridge.setDasData(record);
+    return m_bridge.setDasData(rootId, record);
 }
 
 bool StoreUpdate::commit() {

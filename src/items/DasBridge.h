@@ -3,14 +3,12 @@
 #include <functional>
 #include <string>
 
-#include "NodeId.h"
-
 namespace vireo {
 
+class DasResponseParser;
 class DataAccessServiceIfc;
 class ItemCatalogue;
 class ManageableData;
-struct StoreAddress;
 
 /// Reads and writes this service's own items in the persistent store. Items that the store does not
 /// keep live in the master collection. Safe from every thread.
@@ -21,22 +19,25 @@ public:
 
     DasBridge(ItemCatalogue& catalogue, StoreSource store);
 
-    /// Fills in the one item of the record. All its nodes are tried; false when any failed.
-    bool getDasData(ManageableData& record);
-    /// Writes the nodes of the one item that the record carries. All are tried; true when the store
+    /// Fills in the item in the record. All its nodes are tried; false when any failed.
+    bool getDasData(const std::string& rootId, ManageableData& record);
+    /// Writes the nodes of the item that the record carries. All are tried; true when the store
     /// acknowledged every one.
-    bool setDasData(const ManageableData& record);
+    bool setDasData(const std::string& rootId, const ManageableData& record);
 
 private:
     friend class StoreUpdate;
 
+    struct Place;
+
     bool readUnmapped(const std::string& rootId, ManageableData& record);
-    bool readNode(const NodeId& node, ManageableData& record);
-    bool writeNode(const NodeId& node, const std::string& value);
+    bool readNode(const std::string& rootId, const std::string& nodeId, ManageableData& record);
+    bool fillIn(const std::string& rootId, const std::string& nodeId, const std::string& value,
+                ManageableData& record);
+    bool writeNode(const std::string& rootId, const std::string& nodeId, const std::string& value);
     /// False when the table has an index column and the node no value for it.
-    bool findIndexValue(const NodeId& node, const StoreAddress& address,
-                        const std::string& indexColumn, std::string& indexValue) const;
-    bool send(const std::string& request, std::string& answer);
+    bool findPlace(const std::string& rootId, const std::string& nodeId, Place& place) const;
+    bool ask(const std::string& request, const char* reason, DasResponseParser& answer);
 
     ItemCatalogue& m_catalogue;
     StoreSource m_store;
@@ -51,8 +52,8 @@ public:
     StoreUpdate(const StoreUpdate&) = delete;
     StoreUpdate& operator=(const StoreUpdate&) = delete;
 
-    /// Writes the one item of the record, as `DasBridge::setDasData` does.
-    bool write(const ManageableData& record);
+    /// Writes one item of the record, as `DasBridge::setDasData` does.
+    bool write(const std::string& rootId, const ManageableData& record);
     /// Whether everything that was written is on stable storage now. False: nothing of it happened.
     bool commit();
 

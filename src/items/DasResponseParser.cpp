@@ -4,8 +4,10 @@
 
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "Boundary.h"
+#include "data/XmlText.h"
 
 namespace vireo {
 namespace {
@@ -65,29 +67,34 @@ std::string_view takeName(std::string_view& text) {
     return name;
 }
 
-/// Whether the text stands for itself, whatever its place.
+/// Whether a text without tags stands for itself.
 bool isPlainText(std::string_view text) {
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte >= 0x7F || c == '&' || c == '<' || c == '>') {
+    for (const char special : {'&', '>', '\r'}) {
+        if (text.find(special) != std::string_view::npos) {
             return false;
         }
     }
-    return true;
+    return !XmlText::findUncarriable(text);
 }
 
 }  // namespace
 
 bool DasResponseParser::parseXmlResponse(const std::string& response) {
+    return parseXmlResponse(std::string(response));
+}
+
+bool DasResponseParser::parseXmlResponse(std::string&& response) {
     forget();
-    if (takePlainAnswer(response)) {
+    m_response = std::move(response);
+    if (takePlainAnswer(m_response)) {
         return true;
     }
     forget();
-    return takeAnswer(response);
+    return takeAnswer();
 }
 
 void DasResponseParser::forget() {
+    m_plainCount = 0;
     m_values.clear();
     m_schemaName.clear();
     m_currentText.clear();
@@ -118,7 +125,8 @@ bool DasResponseParser::takePlainElement(std::string_view& answer) {
         return false;
     }
     const std::string_view name = takeName(answer);
-    if (name.empty() || name == kSchemaElement || !takeHead(answer, ">")) {
+    if (name.empty() || name == kSchemaElement || m_plainCount == m_plain.size() ||
+        !takeHead(answer, ">")) {
         return false;
     }
     const std::string_view text = answer.substr(0, answer.find('<'));
@@ -127,11 +135,11 @@ bool DasResponseParser::takePlainElement(std::string_view& answer) {
         !takeHead(answer, ">")) {
         return false;
     }
-    m_values[std::string(name)] = text;
+    m_plain[m_plainCount++] = {name, text};
     return true;
 }
 
-bool DasResponseParser::takeAnswer(const std::string& response) {
+bool DasResponseParser::takeAnswer() {
     const std::unique_ptr<XML_ParserStruct, ParserDeleter> parser(XML_ParserCreate(nullptr));
     if (!parser) {
         return false;
@@ -140,18 +148,27 @@ bool DasResponseParser::takeAnswer(const std::string& response) {
     XML_SetElementHandler(parser.get(), DasResponseStartElementHandler,
                           DasResponseEndElementHandler);
     XML_SetCharacterDataHandler(parser.get(), DasResponseCharacterDataHandler);
-    return XML_Parse(parser.get(), response.data(), static_cast<int>(response.size()), 1) ==
+    return XML_Parse(parser.get(), m_response.data(), static_cast<int>(m_response.size()), 1) ==
                XML_STATUS_OK &&
            !m_failed;
 }
 
 bool DasResponseParser::getItemValue(const std::string& name, std::string& value) const {
-    const auto found = m_values.find(name);
-    if (found == m_values.end()) {
-        return false;
+    const auto found = findItemValue(name);
+    if (found) {
+        value = *found;
     }
-    value = found->second;
-    return true;
+    return found.has_value();
+}
+
+std::optional<std::string_view> DasResponseParser::findItemValue(std::string_view name) const {
+    for (std::size_t i = m_plainCount; i > 0; --i) {  // a later one of the same name counts
+        if (m_plain[i - 1].name == name) {
+            return m_plain[i - 1].text;
+        }
+    }
+    const auto found = m_values.find(name);
+    return found == m_values.end() ? std::nullopt : std::optional<std::string_view>(found->second);
 }
 
 void DasResponseParser::startElementHandler(const char* name, const char** attributes) {

@@ -83,7 +83,7 @@ const std::vector<std::string>& ItemCatalogue::storedNodes(const std::string& ro
     return found == m_maps.storedNodes.end() ? none : found->second;
 }
 
-const StoreAddress* ItemCatalogue::storeAddress(const NodeId& node) const {
+const StoreAddress* ItemCatalogue::storeAddress(const NodeName& node) const {
     const auto found = m_maps.storeAddresses.find(node);
     return found == m_maps.storeAddresses.end() ? nullptr : &found->second;
 }

@@ -47,7 +47,7 @@ public:
     /// in a table. Empty when it is not stored.
     const std::vector<std::string>& storedNodes(const std::string& rootId) const;
     /// Null when the node is not stored.
-    const StoreAddress* storeAddress(const NodeId& node) const;
+    const StoreAddress* storeAddress(const NodeName& node) const;
     /// Empty for a table without index.
     const std::string& indexColumn(const std::string& table) const;
 

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -11,6 +13,23 @@
 #include "data/DxlDocument.h"
 
 namespace vireo {
+
+/// A node to be looked up, without a copy of its names. Ordered like `NodeId`.
+struct NodeName {
+    std::string_view rootId;
+    std::string_view nodeId;
+
+    friend bool operator<(const NodeName& one, const NodeName& other) {
+        const int order = one.rootId.compare(other.rootId);
+        return order != 0 ? order < 0 : one.nodeId < other.nodeId;
+    }
+    friend bool operator<(const NodeName& one, const NodeId& other) {
+        return one < NodeName{other.rootId, other.nodeId};
+    }
+    friend bool operator<(const NodeId& one, const NodeName& other) {
+        return NodeName{one.rootId, one.nodeId} < other;
+    }
+};
 
 /// Where the persistent store keeps a node.
 struct StoreAddress {
@@ -32,7 +51,7 @@ struct ItemMaps {
 
     /// The nodes that the store keeps of an item, in mapping order.
     std::unordered_map<std::string, std::vector<std::string>> storedNodes;
-    std::map<NodeId, StoreAddress> storeAddresses;
+    std::map<NodeId, StoreAddress, std::less<>> storeAddresses;
     std::unordered_map<std::string, std::string> indexColumns;  ///< of the store's tables
 };
 

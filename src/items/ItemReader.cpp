@@ -95,6 +95,10 @@ void ItemReader::prepare(ManageableData& item, const ManageableData& record,
 
 bool ItemReader::readOwnItem(ManageableData& record, const std::string& rootId,
                              const std::string& schemaName) {
+    if (!record.getDocument(rootId) && record.copySchema(schemaName, m_catalogue.master())) {
+        return readOwnValue(record, rootId);
+    }
+    // What the caller sends along must not get in the way of the answer.
     ManageableData item;
     prepare(item, record, rootId, schemaName);
     item.setRootId(rootId, nullptr);
@@ -124,7 +128,7 @@ bool ItemReader::readOwnValue(ManageableData& item, const std::string& rootId) {
             break;
         case OwnItemKind::eMemoryWarning:
         case OwnItemKind::eStored:
-            return m_store.getDasData(item);
+            return m_store.getDasData(rootId, item);
     }
     if (!item.getDocument(rootId)) {
         item.makeDocument(m_catalogue.findSchemaName(rootId), rootId);

@@ -165,35 +165,32 @@ bool ItemWriter::writeCollection(Write& write, const std::string& rootId) {
 }
 
 bool ItemWriter::writeOwnItem(Write& write, const std::string& rootId) {
-    ManageableData item;
-    ItemRecords::copyItem(write.record, item, rootId);
-    item.setRootId(rootId, nullptr);
     // Deliberate: the text names an agent although none is called.
     VCMS_LOG(kLogDebug, "Calling setData on management agent for rootId = %s", rootId.c_str());
-    const bool result = writeOwnValue(write, item, rootId);
+    const bool result = writeOwnValue(write, rootId);
     write.change.tookEffect(rootId);
     return result;
 }
 
-bool ItemWriter::writeOwnValue(Write& write, ManageableData& item, const std::string& rootId) {
+bool ItemWriter::writeOwnValue(Write& write, const std::string& rootId) {
     switch (ownItemKind(rootId)) {
         case OwnItemKind::eLockDown:
-            if (!m_ownItems.changeLockedDown(rootId, valueOf(item, rootId))) {
+            if (!m_ownItems.changeLockedDown(rootId, valueOf(write.record, rootId))) {
                 refuse(write.record, rootId, "Unknown");
                 return false;
             }
             write.lockChanged = true;
             return true;
         case OwnItemKind::eFileRequest:
-            return changeFileRequest(write, rootId, valueOf(item, rootId));
+            return changeFileRequest(write, rootId, valueOf(write.record, rootId));
         case OwnItemKind::eMemoryWarning:
-            warnOfMemory(valueOf(item, rootId));
+            warnOfMemory(valueOf(write.record, rootId));
             return true;
         case OwnItemKind::ePhoneBusy:
         case OwnItemKind::eStored:
             break;
     }
-    if (!store(write, item, rootId)) {
+    if (!store(write, rootId)) {
         refuse(write.record, rootId, "Unknown");
         return false;
     }
@@ -203,9 +200,9 @@ bool ItemWriter::writeOwnValue(Write& write, ManageableData& item, const std::st
     return true;
 }
 
-bool ItemWriter::store(Write& write, const ManageableData& item, const std::string& rootId) {
+bool ItemWriter::store(Write& write, const std::string& rootId) {
     const std::lock_guard lock(m_effects);
-    const bool result = write.store.write(item);
+    const bool result = write.store.write(rootId, write.record);
     write.change.tookEffect(rootId);
     return result;
 }

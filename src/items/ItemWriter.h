@@ -38,10 +38,10 @@ private:
     bool writeItem(Write& write, const std::string& rootId);
     bool writeCollection(Write& write, const std::string& rootId);
     bool writeOwnItem(Write& write, const std::string& rootId);
-    bool writeOwnValue(Write& write, ManageableData& item, const std::string& rootId);
+    bool writeOwnValue(Write& write, const std::string& rootId);
     bool changeFileRequest(Write& write, const std::string& rootId, const std::string& value);
     void warnOfMemory(const std::string& value);
-    bool store(Write& write, const ManageableData& item, const std::string& rootId);
+    bool store(Write& write, const std::string& rootId);
     static bool writeToAgent(Write& write, MgmtAgentIfc& agent, const std::string& rootId);
     bool writeUnregistered(Write& write, const std::string& managementId,
                            const std::string& rootId);

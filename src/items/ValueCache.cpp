@@ -60,6 +60,10 @@ void ValueCache::fill(Mark mark, const std::string& tag, const std::string& valu
     }
 }
 
+bool ValueCache::takes(const std::string& tag) const {
+    return m_catalogue.isCacheable(tag);
+}
+
 void ValueCache::correct(Mark mark, const std::string& tag,
                          const std::optional<std::string>& value) {
     if (!m_catalogue.isCacheable(tag)) {

@@ -34,6 +34,8 @@ public:
     Mark mark();
     /// Puts in a value that was read since `mark`, unless the tag has changed since.
     void fill(Mark mark, const std::string& tag, const std::string& value);
+    /// Whether `fill` and `correct` do anything for the item.
+    bool takes(const std::string& tag) const;
     /// The item was changed to `value`, by something that began at `mark`. Forgets the tag when
     /// there is no value, or when another change came in between: which one was last is not known.
     void correct(Mark mark, const std::string& tag, const std::optional<std::string>& value);

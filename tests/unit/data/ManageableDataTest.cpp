@@ -150,6 +150,33 @@ TEST(ManageableData, SchemaSaysWhatIsALeafAndWhereAbsentNodesBelong) {
     EXPECT_EQ(valueOf(reread(record), "l", "l"), " mixed <b k=\"1&quot;\">x</b> text<c></c>");
 }
 
+TEST(ManageableData, MakingALeafIsMakingADocumentAndPopulatingIt) {
+    const DxlCollection source = schemas();
+    const struct {
+        const char* schema;
+        const char* rootId;
+        const char* value;
+        bool isMade;
+    } rows[] = {
+        {"text", "a", "v", true},   {"text", "a", "", true},   {"text", "text", "<b>", true},
+        {"pair", "a", "v", false},  {"list", "a", "v", false}, {"missing", "a", "v", false},
+        {"text", "1a", "v", false}, {"text", "", "v", false},  {"text", "a", "\x01", false},
+    };
+    for (const auto& row : rows) {
+        ManageableData made;
+        for (const char* name : {"text", "pair", "list"}) {
+            made.copySchema(name, source);
+        }
+        ManageableData expected(made);
+        EXPECT_EQ(made.makeLeaf(row.schema, row.rootId, row.value), row.isMade) << row.rootId;
+        if (row.isMade) {
+            ASSERT_TRUE(expected.makeDocument(row.schema, row.rootId));
+            ASSERT_TRUE(expected.populate(row.rootId, row.value));
+        }
+        EXPECT_EQ(made.serialize(), expected.serialize());
+    }
+}
+
 TEST(ManageableData, DeserializeOverlaysAndMalformedTextChangesNothing) {
     ManageableData text;
     text.populate("a", "new");
