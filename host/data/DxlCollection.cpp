@@ -8,21 +8,12 @@
 namespace vireo {
 namespace {
 
-template <class Map>
-typename Map::mapped_type find(const Map& map, const std::string& name) {
-    const auto found = map.find(name);
-    return found == map.end() ? nullptr : found->second;
-}
-
-template <class Map>
-std::vector<typename Map::mapped_type> sortedByName(const Map& map) {
-    std::vector<typename Map::mapped_type> all;
-    all.reserve(map.size());
-    for (const auto& [name, held] : map) {
-        all.push_back(held);
+template <class Pointer>
+std::vector<Pointer> sortedByName(std::vector<Pointer> all) {
+    if (all.size() > 1) {
+        std::sort(all.begin(), all.end(),
+                  [](const auto& a, const auto& b) { return a->getName() < b->getName(); });
     }
-    std::sort(all.begin(), all.end(),
-              [](const auto& a, const auto& b) { return a->getName() < b->getName(); });
     return all;
 }
 
@@ -76,13 +67,13 @@ bool DxlCollection::importFromFile(const std::string& fileName) {
     const std::lock_guard lock(m_mutex);
     for (auto& schema : file.schemas()) {
         const std::string name = schema->getName();
-        if (!m_schemas.try_emplace(name, std::move(schema)).second) {
+        if (!m_schemas.insert(std::move(schema))) {
             file.warnOfTakenName("schema", name);
         }
     }
     for (auto& document : file.documents()) {
         const std::string name = document->getName();
-        if (!m_documents.try_emplace(name, std::move(document)).second) {
+        if (!m_documents.insert(std::move(document))) {
             file.warnOfTakenName("document", name);
         }
     }
@@ -91,12 +82,12 @@ bool DxlCollection::importFromFile(const std::string& fileName) {
 
 DxlDocumentPointer DxlCollection::getDocument(const std::string& name) const {
     const std::lock_guard lock(m_mutex);
-    return find(m_documents, name);
+    return m_documents.find(name);
 }
 
 std::shared_ptr<const DxlSchema> DxlCollection::getSchema(const std::string& name) const {
     const std::lock_guard lock(m_mutex);
-    return find(m_schemas, name);
+    return m_schemas.find(name);
 }
 
 std::shared_ptr<const DxlSchema> DxlCollection::findSchema(const std::string& name) const {
@@ -113,33 +104,31 @@ DxlDocumentPointer DxlCollection::makeDocument(const std::string& schemaName,
                                                const std::string& documentName) {
     // In one step: a value that another thread writes meanwhile must not be lost to a default.
     const std::lock_guard lock(m_mutex);
-    if (auto document = find(m_documents, documentName)) {
+    if (auto document = m_documents.find(documentName)) {
         return document;
     }
-    const auto schema = find(m_schemas, schemaName);
+    const auto schema = m_schemas.find(schemaName);
     if (!schema) {
         return nullptr;
     }
     auto document = std::make_shared<const DxlDocument>(documentName, schema->root());
-    m_documents.emplace(documentName, document);
+    m_documents.insert(document);
     return document;
 }
 
 void DxlCollection::putDocument(DxlDocumentPointer document) {
-    const std::string& name = document->getName();
     const std::lock_guard lock(m_mutex);
-    m_documents.insert_or_assign(name, std::move(document));
+    m_documents.put(std::move(document));
 }
 
 void DxlCollection::putSchema(std::shared_ptr<const DxlSchema> schema) {
-    const std::string& name = schema->getName();
     const std::lock_guard lock(m_mutex);
-    m_schemas.insert_or_assign(name, std::move(schema));
+    m_schemas.put(std::move(schema));
 }
 
 bool DxlCollection::deleteDocument(const std::string& name) {
     const std::lock_guard lock(m_mutex);
-    return m_documents.erase(name) != 0;
+    return m_documents.erase(name);
 }
 
 void DxlCollection::clear() {
@@ -150,22 +139,22 @@ void DxlCollection::clear() {
 
 bool DxlCollection::isEmpty() const {
     const std::lock_guard lock(m_mutex);
-    return m_documents.empty() && m_schemas.empty();
+    return m_documents.values().empty() && m_schemas.values().empty();
 }
 
 std::size_t DxlCollection::documentCount() const {
     const std::lock_guard lock(m_mutex);
-    return m_documents.size();
+    return m_documents.values().size();
 }
 
 std::vector<DxlDocumentPointer> DxlCollection::documents() const {
     const std::lock_guard lock(m_mutex);
-    return sortedByName(m_documents);
+    return sortedByName(m_documents.values());
 }
 
 std::vector<std::shared_ptr<const DxlSchema>> DxlCollection::schemas() const {
     const std::lock_guard lock(m_mutex);
-    return sortedByName(m_schemas);
+    return sortedByName(m_schemas.values());
 }
 
 }  // namespace vireo

@@ -4,12 +4,12 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "Visibility.h"
 #include "data/DxlDocument.h"
 #include "data/DxlSchema.h"
+#include "data/NamedSet.h"
 
 namespace vireo {
 
@@ -56,8 +56,8 @@ public:
 private:
     std::string m_name;
     mutable std::mutex m_mutex;
-    std::unordered_map<std::string, DxlDocumentPointer> m_documents;
-    std::unordered_map<std::string, std::shared_ptr<const DxlSchema>> m_schemas;
+    NamedSet<DxlDocument> m_documents;
+    NamedSet<DxlSchema> m_schemas;
 };
 
 }  // namespace vireo
