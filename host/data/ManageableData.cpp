@@ -27,11 +27,13 @@ ManageableData::ManageableData(const std::string& rootId, const std::string& sch
 void ManageableData::addRootId(const std::string& rootId, LocalMgmtIfc* /*requester*/) {
     if (m_rootIds.add(rootId)) {
         m_single = false;
+        m_text.reset();
     }
 }
 
 void ManageableData::addRootId(const std::string& rootId, const std::string& companion) {
     addRootId(rootId, nullptr);
+    m_text.reset();
     m_companions.insert_or_assign(rootId, companion);
 }
 
@@ -40,10 +42,12 @@ void ManageableData::setRootId(const std::string& rootId, LocalMgmtIfc* /*reques
     only.add(rootId);  // first: the caller's text may be in the list that goes
     m_rootIds = std::move(only);
     m_single = true;
+    m_text.reset();
 }
 
 void ManageableData::removeRootId(const std::string& rootId) {
     const auto removed = std::string(rootId);  // the caller's text may go with the item
+    m_text.reset();
     m_items.deleteDocument(removed);
     if (m_rootIds.remove(removed)) {
         m_single = false;
@@ -52,6 +56,7 @@ void ManageableData::removeRootId(const std::string& rootId) {
 }
 
 void ManageableData::removeRootIds(const std::unordered_set<std::string>& rootIds) {
+    m_text.reset();
     const std::size_t before = m_rootIds.ids().size();
     m_rootIds.removeAll(rootIds);
     m_single = m_single && m_rootIds.ids().size() == before;
@@ -174,10 +179,12 @@ std::shared_ptr<const DxlSchema> ManageableData::getSchema(const std::string& na
 }
 
 void ManageableData::putDocument(DxlDocumentPointer document) {
+    m_text.reset();
     m_items.putDocument(std::move(document));
 }
 
 void ManageableData::putSchema(std::shared_ptr<const DxlSchema> schema) {
+    m_text.reset();
     m_items.putSchema(std::move(schema));
 }
 
@@ -213,15 +220,36 @@ bool ManageableData::copySchema(const std::string& name, const ManageableData& s
 }
 
 void ManageableData::addRejectReason(std::string rootId, std::string nodePath, std::string reason) {
+    m_text.reset();
     m_rejections.emplace_back(std::move(rootId), std::move(nodePath), std::move(reason));
 }
 
 void ManageableData::addRejectReasons(const std::vector<RejectionSpec>& reasons) {
+    m_text.reset();
     m_rejections.insert(m_rejections.end(), reasons.begin(), reasons.end());
 }
 
+void ManageableData::clearRejectReasons() {
+    m_text.reset();
+    m_rejections.clear();
+}
+
 std::string ManageableData::serialize(serializationType type) const {
-    return RecordText::write(*this, type);
+    return m_text && type == eEverything ? *m_text : RecordText::write(*this, type);
+}
+
+void ManageableData::appendText(std::string& out) const {
+    if (m_text) {
+        out.append(*m_text);
+    } else {
+        RecordText::append(out, *this, eEverything);
+    }
+}
+
+void ManageableData::keepText() {
+    if (!m_text) {
+        m_text = std::make_shared<const std::string>(RecordText::write(*this, eEverything));
+    }
 }
 
 bool ManageableData::deserialize(const std::string& text) {
@@ -234,12 +262,7 @@ bool ManageableData::deserialize(const std::string& text) {
         }
         return false;
     }
-    if (isBlank()) {
-        parsed.m_dictionary = m_dictionary;
-        *this = std::move(parsed);
-    } else {
-        overlay(parsed);
-    }
+    overlay(std::move(parsed));
     return true;
 }
 
@@ -249,6 +272,7 @@ bool ManageableData::isBlank() const {
 }
 
 void ManageableData::overlay(const ManageableData& other) {
+    m_text.reset();
     const bool wasEmpty = m_rootIds.ids().empty();
     for (const auto& schema : other.m_items.schemas()) {
         putSchema(schema);
@@ -266,7 +290,17 @@ void ManageableData::overlay(const ManageableData& other) {
     m_single = wasEmpty ? other.m_single : m_single;
 }
 
+void ManageableData::overlay(ManageableData&& other) {
+    if (isBlank()) {
+        other.m_dictionary = m_dictionary;
+        *this = std::move(other);
+    } else {
+        overlay(std::as_const(other));
+    }
+}
+
 void ManageableData::clearAll() {
+    m_text.reset();
     m_rootIds.clear();
     m_single = false;
     m_items.clear();

@@ -115,13 +115,13 @@ bool readElement(const pugi::xml_node& element, ManageableData& record, std::str
 std::string RecordText::write(const ManageableData& record,
                               ManageableData::serializationType type) {
     std::string out;
-    out.reserve(kUsualSize);
     append(out, record, type);
     return out;
 }
 
 void RecordText::append(std::string& out, const ManageableData& record,
                         ManageableData::serializationType type) {
+    out.reserve(out.size() + kUsualSize);
     out.append("<record");
     out.append(record.isSingleRecord() ? " single=\"1\">" : ">");
     appendRootIds(out, record);

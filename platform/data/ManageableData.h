@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -106,17 +107,26 @@ public:
     /// Replaces `reasons` by all refusals in the order in which they were added.
     void getRejectReasons(std::vector<RejectionSpec>& reasons) const { reasons = m_rejections; }
     const std::vector<RejectionSpec>& rejections() const { return m_rejections; }
-    void clearRejectReasons() { m_rejections.clear(); }
+    void clearRejectReasons();
 
     // -- text form -----------------------------------------------------------------------------
 
     std::string serialize() const override { return serialize(eEverything); }
     std::string serialize(serializationType type) const;
+    /// Appends what `serialize` answers.
+    void appendText(std::string& out) const;
+    /// Makes the text of the record as it is and keeps it until the record changes, for one that is
+    /// sent several times. Copies have it too.
+    void keepText();
+    /// Whether it is kept still: then the record has not changed since.
+    bool keepsText() const { return m_text != nullptr; }
     /// Lays the record of the text over this one: its documents and schemas replace those of the
     /// same name, unknown root ids and all refusals are appended.
     bool deserialize(const std::string& text) override;
     /// The same with a record instead of a text.
     void overlay(const ManageableData& other);
+    /// The same with a record that is given away.
+    void overlay(ManageableData&& other);
     /// Empties the record.
     void clearAll();
 
@@ -133,6 +143,7 @@ private:
     DxlCollection m_items;
     std::vector<RejectionSpec> m_rejections;
     std::unordered_map<std::string, std::string> m_companions;
+    std::shared_ptr<const std::string> m_text;  ///< null unless it was asked for; see `keepText`
 };
 
 }  // namespace vireo

@@ -109,6 +109,7 @@ unsigned ChangeNotifier::tellOfItem(const Item& item,
                                     CombinedRecords& combinedRecords) {
     unsigned count = 0;
     const std::string& rootId = item.document->getName();
+    ManageableData single;
     for (const MgmtAgentDetails& observer : observers) {
         if (observer.flag) {
             auto& combined = combinedRecords[observer.agent];
@@ -119,9 +120,16 @@ unsigned ChangeNotifier::tellOfItem(const Item& item,
             combined->addRootId(rootId, nullptr);
             continue;
         }
-        ManageableData single;
-        addItem(single, item);
-        single.setRootId(rootId, nullptr);
+        // Those in other processes leave the record as it is: it is made and written once for all
+        // of them. Who changes it does so to a record of its own.
+        if (!single.keepsText()) {
+            single.clearAll();
+            addItem(single, item);
+            single.setRootId(rootId, nullptr);
+            if (observers.size() > 1) {
+                single.keepText();
+            }
+        }
         tellOne(*observer.agent, single);
         ++count;
         VCMS_LOG(kLogDebug, "VCMS notifyObservers - Observer notified of data change for %s",

@@ -1,5 +1,7 @@
 #include "messages/MgmtAgentProxy.h"
 
+#include <utility>
+
 #include "data/ManageableData.h"
 #include "service/ProtocolAdapter.h"
 #include "service/Serializer.h"
@@ -38,7 +40,9 @@ bool MgmtAgentProxy::getData(ManageableData& record) {
 }
 
 bool MgmtAgentProxy::manageableDataChanged(ManageableData& record) {
-    return m_request->sendOneWay("manageableDataChanged:" + record.serialize());
+    std::string message("manageableDataChanged:");
+    record.appendText(message);
+    return m_request->sendOneWay(message);
 }
 
 bool MgmtAgentProxy::resetUserData() {
@@ -47,8 +51,10 @@ bool MgmtAgentProxy::resetUserData() {
 }
 
 bool MgmtAgentProxy::exchange(const char* command, ManageableData& record) {
+    std::string message(command);
+    record.appendText(message);
     std::string reply;
-    m_request->sendAndWait(command + record.serialize(), reply, ProxyRequest::mDefaultTimeout);
+    m_request->sendAndWait(message, reply, ProxyRequest::mDefaultTimeout);
     stripResponse(reply);
     bool result = false;
     ManageableData answer;
@@ -56,7 +62,7 @@ bool MgmtAgentProxy::exchange(const char* command, ManageableData& record) {
         return false;
     }
     record.clearAll();
-    record.overlay(answer);
+    record.overlay(std::move(answer));
     return result;
 }
 

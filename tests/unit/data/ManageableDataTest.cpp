@@ -233,6 +233,48 @@ TEST(ManageableData, CopiesShareNothingThatCanChange) {
     EXPECT_EQ(copy.serialize(), ManageableData().serialize());
 }
 
+TEST(ManageableData, KeepsItsTextUntilItChanges) {
+    const DxlCollection source = schemas();
+    ManageableData other;
+    other.populate("b", "2");
+    using Change = void (*)(ManageableData&, const DxlCollection&, const ManageableData&);
+    const Change changes[] = {
+        [](auto& record, auto&, auto&) { record.addRootId("c", nullptr); },
+        [](auto& record, auto&, auto&) { record.addRootId("a", std::string("beside")); },
+        [](auto& record, auto&, auto&) { record.setRootId("a", nullptr); },
+        [](auto& record, auto&, auto&) { record.removeRootId("a"); },
+        [](auto& record, auto&, auto&) { record.removeRootIds({"a"}); },
+        [](auto& record, auto&, auto&) { record.populate("a", "2"); },
+        [](auto& record, auto&, auto& from) { record.populate("a", from.interogate("b")); },
+        [](auto& record, auto& from, auto&) { record.copySchema("text", from); },
+        [](auto& record, auto&, auto& from) { record.copyDocument("b", from); },
+        [](auto& record, auto&, auto&) { record.addRejectReason("a", "//*", "no"); },
+        [](auto& record, auto&, auto&) {
+            record.addRejectReasons({{"a", "//*", "no"}});
+        },
+        [](auto& record, auto&, auto&) { record.clearRejectReasons(); },
+        [](auto& record, auto&, auto& from) { record.overlay(from); },
+        [](auto& record, auto&, auto& from) { record.deserialize(from.serialize()); },
+        [](auto& record, auto&, auto&) { record.clearAll(); },
+    };
+    for (const Change& change : changes) {
+        ManageableData kept;
+        kept.populate("a", "1");
+        kept.addRejectReason("a", "//*", "why");
+        ManageableData plain(kept);
+        kept.keepText();
+        EXPECT_TRUE(ManageableData(kept).keepsText());
+        EXPECT_EQ(kept.serialize(), plain.serialize());
+        EXPECT_EQ(kept.serialize(ManageableData::eWithoutRejections),
+                  plain.serialize(ManageableData::eWithoutRejections));
+        change(kept, source, other);
+        change(plain, source, other);
+        EXPECT_FALSE(kept.keepsText()) << &change - changes;
+        EXPECT_NE(plain.serialize(), "");
+        EXPECT_EQ(kept.serialize(), plain.serialize()) << &change - changes;
+    }
+}
+
 TEST(ManageableData, CopyDocumentLeavesTheListAlone) {
     ManageableData source;
     source.populate("a", "1");

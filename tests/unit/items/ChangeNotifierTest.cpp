@@ -49,6 +49,16 @@ TEST_F(ChangeNotifierTest, RemovingTakesTheFirstMatchAndCountsAnswerOneOrZero) {
     EXPECT_EQ(a.told.size(), 1U);
 }
 
+TEST_F(ChangeNotifierTest, WhatOneDoesToItsRecordNoOtherSees) {
+    for (TestAgent* observer : {&a, &b, &a, &b}) {
+        registry.addObserver("x", {observer, false});
+    }
+    b.onChange = [](ManageableData& record) { return record.populate("x", "9"); };
+    EXPECT_EQ(notifier.announce(change({{"x", "1"}}), notifier.begin()), 4U);
+    EXPECT_EQ(a.told, (Texts{"x=1", "x=1"}));
+    EXPECT_EQ(b.told, (Texts{"x=1", "x=1"}));
+}
+
 TEST_F(ChangeNotifierTest, OneThatThrowsLeavesNobodyUntold) {
     a.onChange = [](ManageableData&) -> bool { throw std::runtime_error("no"); };
     registry.addObserver("x", {&a, false});
