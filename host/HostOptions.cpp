@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -171,6 +172,30 @@ void declareDevices(CLI::App& app, HostOptions& options) {
                      "Software that was burnt, below the root");
 }
 
+void declareTransfer(CLI::App& app, TransferOptions& transfer) {
+    using std::chrono::milliseconds;
+    const auto declareTime = [&app](const char* name, milliseconds& value, long long most,
+                                    const char* description) {
+        app.add_option_function<long long>(
+               name, [&value](const long long& count) { value = milliseconds(count); }, description)
+            ->type_name("N")
+            ->check(CLI::Range(10LL, most))
+            ->default_str(std::to_string(value.count()));
+    };
+    declareTime("--connect-timeout-ms", transfer.connectTimeout, 600'000,
+                "How long a file server may take to accept a connection");
+    declareTime("--stall-timeout-ms", transfer.stallTimeout, 3'600'000,
+                "How long a file server may send nothing");
+    app.add_option_function<std::string>(
+           "--ftp-mode",
+           [&transfer](const std::string& mode) { transfer.usesActiveFtp = mode == "active"; },
+           "FTP data: passive, the phone connects to the server, or active, the server to the "
+           "phone")
+        ->type_name("TEXT")
+        ->check(CLI::IsMember({"passive", "active"}))
+        ->default_str(transfer.usesActiveFtp ? "active" : "passive");
+}
+
 /// Every option is a setting of the same name, but for those that say which files to read.
 void declare(CLI::App& app, HostOptions& options, std::string& settings) {
     app.add_option("--config", options.configDirectory, "Directory of the configuration files")
@@ -187,6 +212,7 @@ void declare(CLI::App& app, HostOptions& options, std::string& settings) {
     declareLimits(app, options);
     declareStore(app, options);
     declareDevices(app, options);
+    declareTransfer(app, options.devices.transfer);
     app.add_flag("--check-config", options.isCheck,
                  "Say what does not fit together in the configuration files, and end")
         ->configurable(false);

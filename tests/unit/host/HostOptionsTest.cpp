@@ -54,7 +54,10 @@ std::string textOf(const HostOptions& options) {
          << options.devices.hardwareVariant << '\n'
          << options.devices.storageDirectory << '\n'
          << options.devices.certificateDirectory << '\n'
-         << options.devices.flashDirectory << '\n';
+         << options.devices.flashDirectory << '\n'
+         << options.devices.transfer.connectTimeout.count() << '\n'
+         << options.devices.transfer.stallTimeout.count() << '\n'
+         << options.devices.transfer.usesActiveFtp << '\n';
     return text.str();
 }
 
@@ -118,6 +121,16 @@ TEST_F(HostOptionsTest, TheFileOfTheConfigurationDirectoryCountsAndTheCommandLin
     EXPECT_EQ(both.options->configDirectory, directory);
 }
 
+TEST_F(HostOptionsTest, TransfersAreAsPatientAndAsActiveAsTheSettingsSay) {
+    const Parsed parsed({"--settings", write("stall-timeout-ms = 250\nftp-mode = active"),
+                         "--connect-timeout-ms", "70"});
+    ASSERT_TRUE(parsed.options) << parsed.err;
+    const TransferOptions& transfer = parsed.options->devices.transfer;
+    EXPECT_EQ(transfer.connectTimeout.count(), 70);
+    EXPECT_EQ(transfer.stallTimeout.count(), 250);
+    EXPECT_TRUE(transfer.usesActiveFtp);
+}
+
 TEST_F(HostOptionsTest, FurtherServicesAddUpAndThoseOfTheCommandLineSetAsideTheFile) {
     const auto servicesOf = [](const Parsed& parsed) {
         std::string all = parsed.err;
@@ -160,6 +173,8 @@ TEST_F(HostOptionsTest, AWrongSettingIsOneLineWithFileAndKeyAndExitCode2) {
         {"service = a=x\nservice = a/b=x", "line 2: service: \"a/b=x\" is no channel name"},
         {"service = name", "service: \"name\" is no channel name, '=' and file"},
         {"service = name=", "service: \"name=\" is no channel name, '=' and file"},
+        {"connect-timeout-ms = 9", "connect-timeout-ms: Value 9 not in range 10 to 600000"},
+        {"ftp-mode = both", "ftp-mode: both not in {passive,active}"},
         {"log-level = 3\nlog-level = 3", "line 2: log-level: the key is there twice"},
     };
     for (const auto& test : cases) {
