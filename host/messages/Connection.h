@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -17,7 +18,7 @@ namespace vireo {
 /// The stream of one peer: bytes in, cut into frames, and bytes out. Knows nothing about what
 /// frames mean. Read by one thread at a time, which has taken that role from `awaited`; written to
 /// from every thread. The rest is for the message thread.
-class Connection {
+class Connection : public std::enable_shared_from_this<Connection> {
 public:
     enum class Received { eBytes, eNothing, eEnd };
 
@@ -61,6 +62,11 @@ public:
     /// The peer for a log line: its channel name, before that its process.
     std::string label() const;
 
+    /// Whether a reply of this turn is postponed. Replies come in the order of the requests, so no
+    /// further request is handled until it is there.
+    bool hasPostponed() const { return m_hasPostponed; }
+    void setHasPostponed(bool postponed) { m_hasPostponed = postponed; }
+
     // Kept here for the loop: the epoll events that it is registered for, whether it is registered
     // at all, whether it is to be visited at the end of this turn, whether frames may be left in
     // its buffer, and whether it waits for its next turn at them.
@@ -88,6 +94,7 @@ private:
     std::string m_channel;
     std::uint32_t m_interest = 0;
     bool m_finishing = false;
+    bool m_hasPostponed = false;
     bool m_watched = false;
     bool m_revisitPending = false;
     bool m_hasLeft = false;

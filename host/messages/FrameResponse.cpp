@@ -1,5 +1,7 @@
 #include "messages/FrameResponse.h"
 
+#include <utility>
+
 #include "log/Log.h"
 #include "messages/Connection.h"
 #include "messages/FrameCodec.h"
@@ -15,6 +17,26 @@ constexpr std::size_t kKeptPayload = 256U << 10U;
 
 }  // namespace
 
+/// Keeps the connection, whoever else lets go of it meanwhile.
+class FrameResponse::Postponed : public InvokerResponse {
+public:
+    Postponed(std::shared_ptr<Connection> connection, const FrameResponse& response)
+        : m_connection(std::move(connection)), m_response(response) {}
+    ~Postponed() override { m_response.sendEmpty(); }
+    Postponed(const Postponed&) = delete;
+    Postponed& operator=(const Postponed&) = delete;
+
+    const std::string& protocol() const override { return m_response.protocol(); }
+    void send() override { m_response.send(); }
+    void setPayload(const char* text, int length) override {
+        m_response.setPayload(text, length);
+    }
+
+private:
+    std::shared_ptr<Connection> m_connection;
+    FrameResponse m_response;
+};
+
 void FrameResponse::begin(Connection& connection, const Frame& frame) {
     m_connection = &connection;
     m_protocol = frame.protocol;
@@ -22,6 +44,7 @@ void FrameResponse::begin(Connection& connection, const Frame& frame) {
     m_correlation = frame.header.correlation;
     m_wantsReply = frame.header.kind == FrameKind::eRequest;
     m_sent = false;
+    m_isPostponed = false;
     m_payload.clear();
     if (m_payload.capacity() > kKeptPayload) {
         m_payload.shrink_to_fit();
@@ -54,6 +77,18 @@ void FrameResponse::send() {
         m_payload.clear();
     }
     m_connection->send(FrameKind::eReply, m_correlation, m_protocol, m_interfaceName, m_payload);
+}
+
+std::shared_ptr<InvokerResponse> FrameResponse::postpone() {
+    std::shared_ptr<Connection> connection = m_connection->weak_from_this().lock();
+    if (m_sent || !m_wantsReply || !connection || connection->hasPostponed()) {
+        return nullptr;
+    }
+    auto postponed = std::make_shared<Postponed>(connection, *this);
+    connection->setHasPostponed(true);
+    m_sent = true;
+    m_isPostponed = true;
+    return postponed;
 }
 
 void FrameResponse::sendEmpty() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -21,15 +22,22 @@ public:
     /// Whether `send` was called since `begin`.
     bool sent() const { return m_sent; }
     /// Whether a request got the empty reply.
-    bool isEmpty() const { return m_wantsReply && m_payload.empty(); }
+    bool isEmpty() const { return m_wantsReply && !m_isPostponed && m_payload.empty(); }
     /// Forgets the payload and sends the empty reply, unless a reply was sent.
     void sendEmpty();
 
     const std::string& protocol() const override { return m_protocol; }
     void send() override;
     void setPayload(const char* text, int length) override;
+    /// The connection has a postponed reply from now on; who takes that mark away again is the
+    /// caller of `Invoker::endTurn`.
+    std::shared_ptr<InvokerResponse> postpone() override;
+    /// Whether the answer that was begun is given by another handle.
+    bool isPostponed() const { return m_isPostponed; }
 
 private:
+    class Postponed;
+
     Connection* m_connection = nullptr;
     std::string m_protocol;
     std::string m_interfaceName;
@@ -37,6 +45,7 @@ private:
     std::uint32_t m_correlation = 0;
     bool m_wantsReply = false;
     bool m_sent = true;
+    bool m_isPostponed = false;
 };
 
 }  // namespace vireo

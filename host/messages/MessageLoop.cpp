@@ -97,6 +97,8 @@ bool MessageLoop::run() {
         going = waitAndServe();
     }
     m_tasks.runPosted();
+    endTurn();
+    flushRevisits();
     while (!m_connections.empty()) {
         close(m_connections.begin()->second);
     }
@@ -106,7 +108,7 @@ bool MessageLoop::run() {
 bool MessageLoop::waitAndServe() {
     const int longest = m_accepting ? -1 : m_limits.acceptPauseMs;
     const int count = ::epoll_wait(m_epoll.get(), m_events.data(), static_cast<int>(kEventsAtOnce),
-                                   m_putOff.empty() ? longest : 0);
+                                   m_putOff.empty() && !m_dispatcher.hasPostponed() ? longest : 0);
     if (count < 0 && errno != EINTR) {
         if (loggingOnUni(kLogError)) {
             logAppUni(kComponent, kFile, kLogError, __LINE__, "cannot wait for messages: %s",
@@ -124,7 +126,15 @@ bool MessageLoop::waitAndServe() {
         runRevisits();
     }
     runPutOff();
+    endTurn();
+    runRevisits();
     return true;
+}
+
+void MessageLoop::endTurn() {
+    for (const ConnectionPointer& connection : m_dispatcher.endTurn()) {
+        revisit(connection);
+    }
 }
 
 void MessageLoop::serveEvent(const epoll_event& event) {
@@ -241,7 +251,8 @@ void MessageLoop::admit(FileDescriptor socket) {
 }
 
 bool MessageLoop::readable(const Connection& connection) const {
-    return !connection.finishing() && connection.unsent() <= m_limits.maximumUnsent && !stopping();
+    return !connection.finishing() && !connection.hasPostponed() &&
+           connection.unsent() <= m_limits.maximumUnsent && !stopping();
 }
 
 void MessageLoop::turn(const ConnectionPointer& connection, std::uint32_t events) {
@@ -260,7 +271,9 @@ void MessageLoop::turn(const ConnectionPointer& connection, std::uint32_t events
         alive = receiveAndServe(connection, budget);
     }
     connection->awaited().stopReading();
-    if (!alive || (connection->finishing() && connection->unsent() == 0)) {
+    const bool isDone =
+        connection->finishing() && connection->unsent() == 0 && !connection->hasPostponed();
+    if (!alive || isDone) {
         close(connection);
     } else {
         waitFor(connection);
@@ -272,7 +285,8 @@ void MessageLoop::turn(const ConnectionPointer& connection, std::uint32_t events
 void MessageLoop::waitFor(const ConnectionPointer& connection) {
     const std::size_t unsent = connection->unsent();
     updateInterest(*connection, unsent);
-    if (connection->hasLeft() && unsent <= m_limits.maximumUnsent) {
+    // A postponed reply brings the loop back when it is there.
+    if (connection->hasLeft() && unsent <= m_limits.maximumUnsent && !connection->hasPostponed()) {
         putOff(connection);
     }
 }

@@ -30,7 +30,8 @@ namespace vireo {
 /// and writes all replies at once; what is left waits until the others have had a turn. Replies
 /// come in the order of the requests. A peer that does not take its
 /// replies is not read from until it does, so that neither it nor the service runs out of memory;
-/// the others do not notice.
+/// the others do not notice. Replies that an invoker postponed are given when every connection that
+/// had something to say has had its turn.
 class MessageLoop {
 public:
     MessageLoop();
@@ -82,6 +83,8 @@ public:
     void revisit(const ConnectionPointer& connection);
     /// Writes what waits for the connections that are to be revisited. Message thread only.
     void flushRevisits();
+    /// Has the postponed replies given. Message thread only.
+    void endTurn();
 
 private:
     bool watch(int descriptor);

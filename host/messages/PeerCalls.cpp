@@ -103,6 +103,9 @@ void PeerCalls::await(const ConnectionPointer& connection, const AwaitedReplies:
                       Deadline deadline) {
     AwaitedReplies& awaited = connection->awaited();
     const bool isMessageThread = m_loop.isMessageThread();
+    if (isMessageThread) {
+        m_loop.endTurn();
+    }
     // What has come by the deadline counts, also when something else kept this thread until then.
     bool isLastLook = false;
     while (!awaited.isOver(call) && !isLastLook) {
@@ -176,6 +179,9 @@ void PeerCalls::handle(const ConnectionPointer& connection, FrameFinding found, 
                        bool isMessageThread) {
     if (isMessageThread) {
         m_protocol.handle(connection, found, frame);
+        if (connection->hasPostponed()) {
+            m_loop.endTurn();  // what comes behind it may be the reply that is waited for
+        }
         if (connection->finishing()) {
             connection->awaited().markEnded();
         }

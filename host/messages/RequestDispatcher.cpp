@@ -3,6 +3,7 @@
 #include <malloc.h>
 
 #include <exception>
+#include <utility>
 
 #include "log/Log.h"
 #include "messages/Connection.h"
@@ -55,6 +56,10 @@ void RequestDispatcher::dispatch(Connection& connection, const Frame& frame) {
     level.response.begin(connection, frame);
     const std::size_t size = frame.payload.size();
     invoke(target->second, level, target->first, frame.payload);
+    if (level.response.isPostponed()) {
+        target->second.hasPostponed = true;
+        m_postponed.push_back(connection.shared_from_this());
+    }
     level.response.sendEmpty();
     if (level.response.isEmpty() && loggingOnUni(kLogWarning)) {
         logAppUni(kComponent, kFile, kLogWarning, __LINE__,
@@ -66,6 +71,32 @@ void RequestDispatcher::dispatch(Connection& connection, const Frame& frame) {
         // A message of many small parts leaves a heap of holes behind.
         ::malloc_trim(0);
     }
+}
+
+std::vector<std::shared_ptr<Connection>> RequestDispatcher::endTurn() {
+    std::vector<std::shared_ptr<Connection>> served = std::exchange(m_postponed, {});
+    if (served.empty()) {
+        return served;
+    }
+    for (auto& [name, target] : m_targets) {
+        if (!std::exchange(target.hasPostponed, false)) {
+            continue;
+        }
+        try {
+            target.invoker->endTurn(target.executable);
+        } catch (const std::exception& exception) {
+            logExc(kComponent, kFile, __LINE__, "an invoker let an exception out", exception);
+        } catch (...) {
+            if (loggingOnUni(kLogError)) {
+                logAppUni(kComponent, kFile, kLogError, __LINE__,
+                          "an invoker let something out that is no standard exception");
+            }
+        }
+    }
+    for (const std::shared_ptr<Connection>& connection : served) {
+        connection->setHasPostponed(false);
+    }
+    return served;
 }
 
 const std::string& RequestDispatcher::currentChannel() const {

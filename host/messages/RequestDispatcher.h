@@ -29,6 +29,10 @@ public:
     /// Handles one request or notification; its reply, if it wants one, is in the connection's
     /// output afterwards. Throws nothing.
     void dispatch(Connection& connection, const Frame& frame);
+    /// Whether replies are postponed.
+    bool hasPostponed() const { return !m_postponed.empty(); }
+    /// Has all postponed replies given. Answers whose they were. Throws nothing.
+    std::vector<std::shared_ptr<Connection>> endTurn();
     /// The empty reply to a request that is not handled.
     static void answerEmpty(Connection& connection, const Frame& frame);
 
@@ -40,6 +44,7 @@ private:
     struct Target {
         Invoker* invoker = nullptr;
         Executable* executable = nullptr;
+        bool hasPostponed = false;
     };
 
     /// One message that is being handled. The objects stay, so that their texts keep their memory.
@@ -54,6 +59,7 @@ private:
     std::unordered_map<std::string, Target, TextHash, std::equal_to<>> m_targets;
     std::vector<std::unique_ptr<Level>> m_levels;
     std::size_t m_depth = 0;  ///< how many of them are in use
+    std::vector<std::shared_ptr<Connection>> m_postponed;  ///< a reply each
 };
 
 }  // namespace vireo

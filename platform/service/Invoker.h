@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "Visibility.h"
@@ -10,7 +11,7 @@ class Executable;
 class ProtocolAdapter;
 
 /// The handle through which an invoker answers one message. Used on the message thread, valid
-/// until `handleMessage` returns.
+/// until `handleMessage` returns; what `postpone` answers, until it is destroyed.
 class VIREO_API InvokerResponse {
 public:
     virtual ~InvokerResponse() = default;
@@ -20,6 +21,11 @@ public:
     virtual void send() = 0;
     /// Copies the reply's bytes.
     virtual void setPayload(const char* text, int length) = 0;
+    /// Hands over the answer, to be sent by `Invoker::endTurn` at the latest. Until then the peer's
+    /// further messages wait. This handle sends nothing any more; the other one sends the empty
+    /// reply when it is destroyed before it sent one. Null when the answer cannot wait, or was sent
+    /// already: nothing has changed then.
+    virtual std::shared_ptr<InvokerResponse> postpone() { return nullptr; }
 };
 
 /// What the framework offers to invokers. Outlives them.
@@ -41,9 +47,15 @@ public:
     virtual ~Invoker() = default;
     virtual void initInvoker(FrameworkContext* context) = 0;
     /// Handles one message of exactly `length` bytes (not NUL-terminated) for the service object
-    /// `executable` and answers it with exactly one `response->send()`. Throws nothing.
+    /// `executable` and answers it with exactly one `response->send()`, now or, when the answer was
+    /// postponed, later. Throws nothing.
     virtual void handleMessage(Executable* executable, const char* message, int length,
                                InvokerResponse* response) = 0;
+    /// The messages that came together are handled, or the message thread is about to wait for a
+    /// peer: postponed answers are to be sent now. Called when there are some, with the service
+    /// object of `handleMessage`, on the message thread; also from within another `handleMessage`
+    /// that calls a peer. Throws nothing.
+    virtual void endTurn([[maybe_unused]] Executable* executable) {}
 };
 
 }  // namespace vireo

@@ -9,6 +9,7 @@
 #include "data/DxlResultSet.h"
 #include "data/ManageableData.h"
 #include "items/AgentRegistry.h"
+#include "items/BegunWrite.h"
 #include "items/ChangeNotifier.h"
 #include "items/DasBridge.h"
 #include "items/ItemCatalogue.h"
@@ -70,6 +71,45 @@ ItemWriter::ItemWriter(ItemCatalogue& catalogue, const DataCollection& collectio
       m_store(store),
       m_notifier(notifier),
       m_ownItems(ownItems) {}
+
+struct ItemWriter::Begun : BegunWrite {
+    Begun(ItemWriter& itemWriter, ManageableData written)
+        : writer(itemWriter),
+          writtenRecord(std::move(written)),
+          pending(itemWriter.m_notifier.begin()),
+          write(writtenRecord, pending.order, itemWriter.m_store) {}
+
+    bool isAccepted() const override { return write.result; }
+    void commit() override { write.result = writer.commitStore(write) && write.result; }
+    void tell() override {
+        writer.tellObservers(writtenRecord, write.result, std::move(pending));
+    }
+    const ManageableData& record() const override { return writtenRecord; }
+
+    ItemWriter& writer;
+    ManageableData writtenRecord;
+    ChangeNotifier::Pending pending;
+    Write write;
+};
+
+bool ItemWriter::isStoredItem(const ManageableData& record) const {
+    const std::vector<std::string>& rootIds = record.rootIds();
+    if (rootIds.size() != 1 || !record.getDocument(rootIds.front())) {
+        return false;
+    }
+    const std::string& rootId = rootIds.front();
+    const OwnItemKind kind = ownItemKind(rootId);
+    return (kind == OwnItemKind::eStored || kind == OwnItemKind::ePhoneBusy) &&
+           m_catalogue.findManagementId(rootId) == kOwnManagementId &&
+           !m_catalogue.storedNodes(rootId).empty();
+}
+
+std::unique_ptr<BegunWrite> ItemWriter::begin(ManageableData record) {
+    record.clearRejectReasons();
+    auto begun = std::make_unique<Begun>(*this, std::move(record));
+    begun->write.result = writeItem(begun->write, begun->writtenRecord.rootIds().front());
+    return begun;
+}
 
 bool ItemWriter::setData(ManageableData& record) {
     const std::vector<std::string> rootIds = record.rootIds();

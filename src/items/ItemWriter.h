@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -10,6 +11,7 @@
 namespace vireo {
 
 class AgentRegistry;
+class BegunWrite;
 class DasBridge;
 class DataCollection;
 class ItemCatalogue;
@@ -30,8 +32,14 @@ public:
     /// refusals.
     bool setData(ManageableData& record);
 
+    /// Whether the record is one item that only the store keeps, so that its write calls nobody.
+    bool isStoredItem(const ManageableData& record) const;
+    /// Writes such a record; nothing is told, and the store has not committed it yet.
+    std::unique_ptr<BegunWrite> begin(ManageableData record);
+
 private:
     struct Write;
+    struct Begun;
 
     bool writeItems(ManageableData& record, const std::vector<std::string>& rootIds,
                     NotificationOrder::Change& change);

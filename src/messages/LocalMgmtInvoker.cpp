@@ -1,7 +1,11 @@
 #include "messages/LocalMgmtInvoker.h"
 
+#include <utility>
+
 #include "Boundary.h"
 #include "LocalMgmtIfc.h"
+#include "items/GroupedWrites.h"
+#include "messages/MethodReply.h"
 #include "messages/MethodTable.h"
 #include "service/Executable.h"
 #include "service/Method.h"
@@ -23,32 +27,52 @@ void LocalMgmtInvoker::initInvoker(FrameworkContext* context) {
 void LocalMgmtInvoker::handleMessage(Executable* executable, const char* message, int length,
                                      InvokerResponse* response) {
     std::string reply;
-    guardedMessage(kComponent, [&] { handle(executable, message, length, *response, reply); });
-    response->setPayload(reply.data(), static_cast<int>(reply.size()));
-    response->send();
+    bool isPostponed = false;
+    guardedMessage(kComponent,
+                   [&] { isPostponed = handle(executable, message, length, *response, reply); });
+    if (!isPostponed) {
+        MethodReply::send(*response, reply);
+    }
 }
 
-void LocalMgmtInvoker::handle(Executable* executable, const char* message, int length,
-                              const InvokerResponse& response, std::string& reply) {
+void LocalMgmtInvoker::endTurn(Executable* executable) {
+    if (auto* service = dynamic_cast<LocalMgmtIfc*>(executable)) {
+        finishGroup(*service);
+    }
+}
+
+void LocalMgmtInvoker::finishGroup(LocalMgmtIfc& service) {
+    if (std::exchange(m_isGroupOpen, false)) {
+        if (auto* grouped = dynamic_cast<GroupedWrites*>(&service)) {
+            grouped->finishGroup();
+        }
+    }
+}
+
+/// Whether the reply is given later.
+bool LocalMgmtInvoker::handle(Executable* executable, const char* message, int length,
+                              InvokerResponse& response, std::string& reply) {
     VIREO_LOG(kComponent, kLogInfo, "handleMessage:msg = %.*s", length, message);
     auto* service = dynamic_cast<LocalMgmtIfc*>(executable);
     if (service == nullptr) {
         VIREO_LOG(kComponent, kLogError, "Could not cast executable to LocalMgmtIfc.");
-        return;
+        return false;
     }
     const std::string& protocol = response.protocol();
     ProtocolAdapter* adapter =
         m_context != nullptr ? m_context->findProtocolAdapter(protocol) : nullptr;
     if (adapter == nullptr) {
         VIREO_LOG(kComponent, kLogError, "Could not find PA for \"%s\"\n", protocol.c_str());
-        return;
+        return false;
     }
-    callMethod(*service, protocol, *adapter, {message, static_cast<std::size_t>(length)}, reply);
+    return callMethod(*service, response, *adapter, {message, static_cast<std::size_t>(length)},
+                      reply);
 }
 
-void LocalMgmtInvoker::callMethod(LocalMgmtIfc& service, const std::string& protocol,
+bool LocalMgmtInvoker::callMethod(LocalMgmtIfc& service, InvokerResponse& response,
                                   ProtocolAdapter& adapter, std::string_view message,
                                   std::string& reply) {
+    const std::string& protocol = response.protocol();
     Method request;
     if (!adapter.decodeFrom(message, request)) {
         VIREO_LOG(kComponent, kLogWarning, "message of %zu bytes is no method in \"%s\"",
@@ -57,16 +81,27 @@ void LocalMgmtInvoker::callMethod(LocalMgmtIfc& service, const std::string& prot
     const MethodRow* row = findMethod(request.name());
     if (row == nullptr) {
         VIREO_LOG(kComponent, kLogDebug, "Invalid Message, %s", request.name().c_str());
-        return;
+        return false;
     }
-    MethodCall call{service, protocol, *m_context, request,
-                    Method(request.name(), Method::eResponse)};
+    if (!row->copesWithGroup) {
+        finishGroup(service);  // it may wait for something, or look at the items
+    }
+    MethodCall call{.service = service,
+                    .protocol = protocol,
+                    .framework = *m_context,
+                    .request = request,
+                    .reply = Method(request.name(), Method::eResponse),
+                    .adapter = adapter,
+                    .response = response,
+                    .isGroupOpen = m_isGroupOpen};
     call.reply.reserveParameters(kMostReplyParameters);
     row->handler(call);
-    if (!adapter.encodeTo(call.reply, reply)) {
-        VIREO_LOG(kComponent, kLogError, "the reply to \"%s\" cannot be encoded",
-                  request.name().c_str());
+    if (call.isPostponed) {
+        m_isGroupOpen = true;
+        return true;
     }
+    MethodReply::encode(adapter, call.reply, reply);
+    return false;
 }
 
 }  // namespace vireo

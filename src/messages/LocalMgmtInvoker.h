@@ -10,20 +10,24 @@ namespace vireo {
 class LocalMgmtIfc;
 
 /// The server side of the local management interface: decodes each message, calls the service and
-/// hands exactly one reply to the framework. Keeps nothing between messages.
+/// hands exactly one reply to the framework. Keeps nothing between messages but whether the service
+/// has writes that are committed at the end of the turn.
 class LocalMgmtInvoker : public Invoker {
 public:
     void initInvoker(FrameworkContext* context) override;
     void handleMessage(Executable* executable, const char* message, int length,
                        InvokerResponse* response) override;
+    void endTurn(Executable* executable) override;
 
 private:
-    void handle(Executable* executable, const char* message, int length,
-                const InvokerResponse& response, std::string& reply);
-    void callMethod(LocalMgmtIfc& service, const std::string& protocol, ProtocolAdapter& adapter,
+    bool handle(Executable* executable, const char* message, int length, InvokerResponse& response,
+                std::string& reply);
+    bool callMethod(LocalMgmtIfc& service, InvokerResponse& response, ProtocolAdapter& adapter,
                     std::string_view message, std::string& reply);
+    void finishGroup(LocalMgmtIfc& service);
 
     FrameworkContext* m_context = nullptr;
+    bool m_isGroupOpen = false;
 };
 
 }  // namespace vireo

@@ -7,7 +7,9 @@
 namespace vireo {
 
 class FrameworkContext;
+class InvokerResponse;
 class LocalMgmtIfc;
+class ProtocolAdapter;
 
 /// One call that came by message. Handlers read the request, call the service and fill the reply.
 struct MethodCall {
@@ -16,12 +18,19 @@ struct MethodCall {
     FrameworkContext& framework;
     const Method& request;
     Method reply;
+    ProtocolAdapter& adapter;
+    InvokerResponse& response;
+    bool isGroupOpen = false;  ///< writes of earlier messages are not committed yet
+    bool isPostponed = false;  ///< the reply is given later, `reply` does not count
 };
 
 /// One method of the local management interface. Handlers let `MethodError` pass.
 struct MethodRow {
     const char* name;
     void (*handler)(MethodCall& call);
+    /// Whether it sees itself to the writes that are not committed yet; else they are committed
+    /// first.
+    bool copesWithGroup = false;
 };
 
 /// The row of that name, or null. Rows are compared in table order, exactly.

@@ -17,6 +17,7 @@ VireoClientMgmt::VireoClientMgmt()
       m_ownItems(m_busyState, m_remoteSubscriber),
       m_reader(m_catalogue, m_dataCollections, m_registry, m_store, m_valueCache, m_ownItems),
       m_writer(m_catalogue, m_dataCollections, m_registry, m_store, m_notifier, m_ownItems),
+      m_writeGroup(m_writer),
       m_downloads(downloadSurroundings(),
                   {.media = [this] { return m_directory.mediaControlServiceIfc(); },
                    .mobility = [this] { return m_directory.mobilityIfc(); },
@@ -58,6 +59,22 @@ void VireoClientMgmt::initQDCReportMgr() {
 
 bool VireoClientMgmt::setData(ManageableData& record) {
     return guarded("setData", false, [&] { return m_writer.setData(record); });
+}
+
+bool VireoClientMgmt::takesInGroup(const ManageableData& record) {
+    return guarded("setData", false, [&] { return m_writeGroup.takes(record); });
+}
+
+void VireoClientMgmt::setDataInGroup(ManageableData record, WriteGroup::Done done) {
+    guardedCall("setData", [&] { m_writeGroup.add(std::move(record), std::move(done)); });
+}
+
+void VireoClientMgmt::finishGroup() {
+    guardedCall("setData", [&] { m_writeGroup.finish(); });
+}
+
+void VireoClientMgmt::finishGroupBefore(const ManageableData& record) {
+    guardedCall("setData", [&] { m_writeGroup.finishBefore(record); });
 }
 
 bool VireoClientMgmt::getData(ManageableData& record) {

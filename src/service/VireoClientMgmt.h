@@ -16,10 +16,12 @@
 #include "items/AgentRegistry.h"
 #include "items/ChangeNotifier.h"
 #include "items/DasBridge.h"
+#include "items/GroupedWrites.h"
 #include "items/ItemCatalogue.h"
 #include "items/ItemReader.h"
 #include "items/ItemWriter.h"
 #include "items/ValueCache.h"
+#include "items/WriteGroup.h"
 #include "reporting/QDCReportMgr.h"
 #include "reporting/SNMPTrapRouter.h"
 #include "service/OwnItemManagers.h"
@@ -34,7 +36,8 @@ class VireoClientMgmt : public Service,
                         public LocalMgmtIfc,
                         public RemoteMgmtIfc,
                         public AdminProgressCallback,
-                        public ShutdownConsentIfc {
+                        public ShutdownConsentIfc,
+                        public GroupedWrites {
 public:
     VireoClientMgmt();
     ~VireoClientMgmt() override;
@@ -46,6 +49,10 @@ public:
     bool requestShutdown() override;
 
     bool setData(ManageableData& record) override;
+    bool takesInGroup(const ManageableData& record) override;
+    void setDataInGroup(ManageableData record, WriteGroup::Done done) override;
+    void finishGroup() override;
+    void finishGroupBefore(const ManageableData& record) override;
     bool getData(ManageableData& record) override;
     bool getData(std::string tag, std::string& value) override;
     std::string findSchemaName(const std::string& tag) override;
@@ -128,6 +135,7 @@ private:
     OwnItemManagers m_ownItems;
     ItemReader m_reader;
     ItemWriter m_writer;
+    WriteGroup m_writeGroup;
     std::atomic<eUsertype> m_currentUser{USER_UNSET};
     Downloads m_downloads;
     FileDeploymentTimer m_deploymentTimer{*this};
