@@ -28,9 +28,7 @@ public:
 
     const std::string& protocol() const override { return m_response.protocol(); }
     void send() override { m_response.send(); }
-    void setPayload(const char* text, int length) override {
-        m_response.setPayload(text, length);
-    }
+    void setPayload(const char* text, int length) override { m_response.setPayload(text, length); }
 
 private:
     std::shared_ptr<Connection> m_connection;

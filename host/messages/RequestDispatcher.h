@@ -58,7 +58,7 @@ private:
 
     std::unordered_map<std::string, Target, TextHash, std::equal_to<>> m_targets;
     std::vector<std::unique_ptr<Level>> m_levels;
-    std::size_t m_depth = 0;  ///< how many of them are in use
+    std::size_t m_depth = 0;                               ///< how many of them are in use
     std::vector<std::shared_ptr<Connection>> m_postponed;  ///< a reply each
 };
 

@@ -81,9 +81,7 @@ struct ItemWriter::Begun : BegunWrite {
 
     bool isAccepted() const override { return write.result; }
     void commit() override { write.result = writer.commitStore(write) && write.result; }
-    void tell() override {
-        writer.tellObservers(writtenRecord, write.result, std::move(pending));
-    }
+    void tell() override { writer.tellObservers(writtenRecord, write.result, std::move(pending)); }
     const ManageableData& record() const override { return writtenRecord; }
 
     ItemWriter& writer;

@@ -48,7 +48,7 @@ private:
 
     ItemWriter& m_writer;
     std::vector<Entry> m_begun;
-    std::deque<Entry> m_committed;  ///< or not, but decided
+    std::deque<Entry> m_committed;           ///< or not, but decided
     std::unordered_set<std::string> m_tags;  ///< of m_begun
 };
 

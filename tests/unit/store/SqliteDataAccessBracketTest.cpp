@@ -1,33 +1,12 @@
-#include <sys/resource.h>
-
-#include <csignal>
 #include <thread>
 
 #include "StoreFixture.h"
+#include "support/FullDisk.h"
 
 namespace vireo {
 namespace {
 
-/// While it lives no byte reaches a file of this process, as on a full disk.
-class FullDisk {
-public:
-    FullDisk() {
-        m_oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-        ::getrlimit(RLIMIT_FSIZE, &m_old);
-        const rlimit none{0, m_old.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &none);
-    }
-    ~FullDisk() {
-        ::setrlimit(RLIMIT_FSIZE, &m_old);
-        std::signal(SIGXFSZ, m_oldHandler);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit m_old{};
-    void (*m_oldHandler)(int) = nullptr;
-};
+using test::FullDisk;
 
 class SqliteDataAccessBracketTest : public StoreFixture {
 protected:
