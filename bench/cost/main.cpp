@@ -176,6 +176,10 @@ std::vector<Kind> kinds() {
     for (std::size_t i = 0; i < 10; ++i) {
         ten.push_back(PhoneConfiguration::storedTag(i));
     }
+    std::vector<std::string> hundred;
+    for (std::size_t i = 0; i < 100; ++i) {
+        hundred.push_back(PhoneConfiguration::storedTag(i));
+    }
     const std::string stored = PhoneConfiguration::storedTag(0);
     const std::string keyed = PhoneConfiguration::storedTag(410);
     const std::string memory = PhoneConfiguration::memoryTag(0);
@@ -189,6 +193,7 @@ std::vector<Kind> kinds() {
         {"read-xml", VireoProtocols::SERVICE_XML, {stored}, false, 0, false},
         {"write-memory", kRpc, {memory}, true, 0, false},
         {"write-stored", kRpc, {stored}, true, 0, false},
+        {"write-hundred", kRpc, hundred, true, 0, false},
         {"write-observed", kRpc, {memory}, true, 1, false},
         {"write-observed-by-ten", kRpc, {memory}, true, 10, false},
     };

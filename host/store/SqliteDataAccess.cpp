@@ -56,19 +56,15 @@ std::unique_ptr<SqliteDataAccess> SqliteDataAccess::open(const std::string& path
 }
 
 SqliteDataAccess::SqliteDataAccess(std::string path, StoreCatalogue catalogue)
-    : m_path(std::move(path)), m_catalogue(std::move(catalogue)), m_rows(m_catalogue) {
-    for (const StoreTable& table : m_catalogue.tables()) {
-        m_statements.emplace_back(table.columns.size());
-    }
-}
+    : m_path(std::move(path)),
+      m_catalogue(std::move(catalogue)),
+      m_rowWriter(m_catalogue),
+      m_rows(m_catalogue) {}
 
 SqliteDataAccess::~SqliteDataAccess() {
-    if (m_rows.pendingCount() > 0 && loggingOnUni(kLogWarning)) {
+    if (!m_rows.pending().empty() && loggingOnUni(kLogWarning)) {
         logAppUni(kComponent, kFile, kLogWarning, __LINE__,
-                  "closed with %zu updates that were never committed", m_rows.pendingCount());
-    }
-    if (m_connection.isInTransaction()) {
-        m_connection.execute("ROLLBACK");
+                  "closed with %zu updates that were never committed", m_rows.pending().size());
     }
 }
 
@@ -156,69 +152,29 @@ SqliteDataAccess::Outcome SqliteDataAccess::store(const StoreRequest& request) {
     if (!takesWrites()) {
         return {"the store takes no writes", {}};
     }
-    // All memory first: once SQLite has the value nothing may fail on our side.
     std::string value(request.value);
-    std::unique_lock rowsLock(m_rowsMutex);
-    StoreCell& cell = m_rows.make(*request.table, *request.column, request.key);
-    rowsLock.unlock();
-    m_rows.reserveWrite();
-
-    if (Outcome outcome = writeRow(request); outcome.failure != nullptr) {
-        return outcome;
+    {
+        const std::lock_guard rowsLock(m_rowsMutex);
+        const StoreRows::Place place = m_rows.make(*request.table, *request.column, request.key);
+        m_rows.reserveWrite();
+        m_rows.write(place, std::move(value));
     }
-    if (bracket == nullptr && !m_connection.execute("COMMIT")) {
-        return failPending();
-    }
-    rowsLock.lock();
-    m_rows.write(cell, *request.column, std::move(value));
-    rowsLock.unlock();
     if (bracket != nullptr) {
         bracket->hasPending = true;
         return {};
     }
-    settle();
-    return {.isDurable = true};
-}
-
-SqliteDataAccess::Outcome SqliteDataAccess::writeRow(const StoreRequest& request) {
-    SqliteStatement& statement = statementFor(request);
-    const bool wasInTransaction = m_connection.isInTransaction();
-    if (!statement || (!wasInTransaction && !m_connection.execute("BEGIN IMMEDIATE"))) {
-        return {"cannot write", m_connection.errorText()};
-    }
-    Outcome outcome;
-    if (!statement.bind(1, request.value) ||
-        (request.table->isIndexed() && !statement.bind(2, request.key)) ||
-        statement.step() != SqliteStatement::Step::eDone) {
-        outcome = {"cannot write", m_connection.errorText()};
-    } else if (m_connection.changedRows() != 1) {
-        outcome = {"the file does not take the value", {}};
-    }
-    statement.reset();
-    if (outcome.failure == nullptr) {
-        return outcome;
-    }
-    if (!m_connection.isInTransaction()) {
-        undo();  // SQLite ended the transaction, and with it what was pending
-    } else if (!wasInTransaction) {
-        m_connection.execute("ROLLBACK");
-    }
-    return outcome;
+    return commitPending();
 }
 
 SqliteDataAccess::Outcome SqliteDataAccess::commitPending() noexcept {
-    if (m_connection.isInTransaction()) {
-        if (!m_connection.execute("COMMIT")) {
-            return failPending();
-        }
+    if (m_rows.pending().empty()) {
+        return {};
+    }
+    Outcome outcome = writePending();
+    if (outcome.failure == nullptr) {
         settle();
         return {.isDurable = true};
     }
-    return {};
-}
-
-SqliteDataAccess::Outcome SqliteDataAccess::failPending() noexcept {
-    Outcome outcome{"cannot commit", m_connection.errorText()};
     if (m_connection.isInTransaction()) {
         m_connection.execute("ROLLBACK");
     }
@@ -226,12 +182,27 @@ SqliteDataAccess::Outcome SqliteDataAccess::failPending() noexcept {
     return outcome;
 }
 
-SqliteStatement& SqliteDataAccess::statementFor(const StoreRequest& request) {
-    SqliteStatement& statement = m_statements[request.table->position][request.column->position];
-    if (!statement) {
-        statement = m_connection.prepare(StoreSchema::updateSql(*request.table, *request.column));
+SqliteDataAccess::Outcome SqliteDataAccess::writePending() noexcept {
+    try {
+        if (!m_connection.execute("BEGIN IMMEDIATE")) {
+            return {"cannot write", m_connection.errorText()};
+        }
+        switch (m_rowWriter.write(m_connection, m_rows.pending())) {
+            case RowWriter::Result::eFailed:
+                return {"cannot write", m_connection.errorText()};
+            case RowWriter::Result::eRefused:
+                return {"the file does not take the value", {}};
+            case RowWriter::Result::eWritten:
+                break;
+        }
+        if (m_connection.execute("COMMIT")) {
+            return {};
+        }
+        return {"cannot commit", m_connection.errorText()};
+    } catch (const std::exception& exception) {
+        logExc(kComponent, kFile, __LINE__, "commit", exception);
+        return {"no memory to write with", {}};
     }
-    return statement;
 }
 
 SqliteDataAccess::Bracket* SqliteDataAccess::ownBracket() noexcept {

@@ -15,6 +15,7 @@
 #include "log/FaultNotice.h"
 #include "service/Executable.h"
 #include "services/DataAccessServiceIfc.h"
+#include "store/RowWriter.h"
 #include "store/SqliteConnection.h"
 #include "store/StoreCatalogue.h"
 #include "store/StoreOptions.h"
@@ -27,9 +28,10 @@ namespace vireo {
 /// costs no SQL; while it is open nobody else may write values into the file. Others may read it.
 ///
 /// An update that writes what is there already costs nothing. Updates within brackets
-/// (`beginUpdate`) are pending in one transaction for all threads: whatever makes one of them
-/// durable makes all of them durable. When it fails, all are taken back, and a bracket that loses
-/// an update so is lost as a whole: its further updates are refused, its `commitUpdate` is false.
+/// (`beginUpdate`) are pending in memory, and reach the file row by row in one transaction for all
+/// threads: whatever makes one of them durable makes all of them durable. When it fails, all are
+/// taken back, and a bracket that loses an update so is lost as a whole: its further updates are
+/// refused, its `commitUpdate` is false.
 ///
 /// Updates that are still pending when the store is closed never happened.
 class VIREO_API SqliteDataAccess : public Executable, public DataAccessServiceIfc {
@@ -88,10 +90,8 @@ private:
 
     // All below with m_writeMutex held.
     Outcome store(const StoreRequest& request);
-    Outcome writeRow(const StoreRequest& request);
     Outcome commitPending() noexcept;
-    Outcome failPending() noexcept;
-    SqliteStatement& statementFor(const StoreRequest& request);
+    Outcome writePending() noexcept;
     Bracket* ownBracket() noexcept;
     void settle() noexcept;
     void undo() noexcept;
@@ -103,7 +103,7 @@ private:
     /// Guards the connection, the brackets, and who may change m_rows. Taken before m_rowsMutex.
     std::mutex m_writeMutex;
     SqliteConnection m_connection;
-    std::vector<std::vector<SqliteStatement>> m_statements;  ///< by table and column, made at need
+    RowWriter m_rowWriter;  ///< after the connection that its statements belong to
     std::unordered_map<std::thread::id, Bracket> m_brackets;
 
     /// Held for the moment in which m_rows changes, so that reads do not wait for the disk.

@@ -22,17 +22,17 @@ const StoreCell* StoreRows::find(const StoreTable& table, const StoreColumn& col
     return found == rows.keyed.end() ? nullptr : &found->second[column.position];
 }
 
-StoreCell& StoreRows::make(const StoreTable& table, const StoreColumn& column,
-                           std::string_view key) {
+StoreRows::Place StoreRows::make(const StoreTable& table, const StoreColumn& column,
+                                 std::string_view key) {
     Rows& rows = m_tables[table.position];
     if (!table.isIndexed()) {
-        return rows.only[column.position];
+        return {&rows.only[column.position], &table, &column, nullptr};
     }
     auto row = rows.keyed.find(key);
     if (row == rows.keyed.end()) {
         row = rows.keyed.emplace(key, Row(table.columns.size())).first;
     }
-    return row->second[column.position];
+    return {&row->second[column.position], &table, &column, &row->first};
 }
 
 void StoreRows::reserveWrite() {
@@ -41,11 +41,12 @@ void StoreRows::reserveWrite() {
     }
 }
 
-void StoreRows::write(StoreCell& cell, const StoreColumn& column, std::string&& value) noexcept {
+void StoreRows::write(const Place& place, std::string&& value) noexcept {
+    StoreCell& cell = *place.cell;
     if (cell.isPending) {
         cell.value = std::move(value);
     } else {
-        m_pending.push_back({&cell, std::move(cell), column.needsReboot});
+        m_pending.push_back({place, std::move(cell)});
         cell = StoreCell{std::move(value), true, true};
     }
 }
@@ -54,7 +55,7 @@ bool StoreRows::settle() noexcept {
     bool needsReboot = false;
     for (const Pending& pending : m_pending) {
         pending.cell->isPending = false;
-        needsReboot |= pending.needsReboot && pending.cell->value != pending.before.value;
+        needsReboot |= pending.column->needsReboot && pending.cell->value != pending.before.value;
     }
     m_pending.clear();
     return needsReboot;

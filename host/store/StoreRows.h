@@ -23,20 +23,31 @@ struct StoreCell {
 /// that are not yet on stable storage. Not synchronised; cells keep their address.
 class StoreRows {
 public:
+    /// Where a cell is.
+    struct Place {
+        StoreCell* cell = nullptr;
+        const StoreTable* table = nullptr;
+        const StoreColumn* column = nullptr;
+        const std::string* key = nullptr;  ///< of the row; null when the table has no index
+    };
+    struct Pending : Place {
+        StoreCell before;
+    };
+
     explicit StoreRows(const StoreCatalogue& catalogue);
 
     /// The cell, or null when the table has no row of that key.
     const StoreCell* find(const StoreTable& table, const StoreColumn& column,
                           std::string_view key) const noexcept;
-    /// The cell; makes the row if absent. A row without values reads like no row.
-    StoreCell& make(const StoreTable& table, const StoreColumn& column, std::string_view key);
+    /// The place of the cell; makes the row if absent. A row without values reads like no row.
+    Place make(const StoreTable& table, const StoreColumn& column, std::string_view key);
 
     /// Makes sure that the next `write` needs no memory.
     void reserveWrite();
     /// Gives the cell a value that is pending until `settle` or `undo`.
-    void write(StoreCell& cell, const StoreColumn& column, std::string&& value) noexcept;
-    /// How many cells are pending.
-    std::size_t pendingCount() const noexcept { return m_pending.size(); }
+    void write(const Place& place, std::string&& value) noexcept;
+    /// The cells that are pending, each once.
+    const std::vector<Pending>& pending() const noexcept { return m_pending; }
 
     /// All pending values stay. Answers whether one of them needs a reboot.
     bool settle() noexcept;
@@ -49,12 +60,6 @@ private:
         Row only;                 ///< of a table without index
         StoreNameMap<Row> keyed;  ///< of a table with one
     };
-    struct Pending {
-        StoreCell* cell = nullptr;
-        StoreCell before;
-        bool needsReboot = false;
-    };
-
     std::vector<Rows> m_tables;  ///< by position
     std::vector<Pending> m_pending;
 };

@@ -222,7 +222,7 @@ bool StoreSchema::loadTable(const StoreTable& table, StoreRows& rows, std::strin
             if (!value) {
                 continue;
             }
-            StoreCell& cell = rows.make(table, column, key);
+            StoreCell& cell = *rows.make(table, column, key).cell;
             cell.value = *value;
             const std::optional<std::string> fault = XmlText::findUncarriable(*value);
             cell.isReadable = !fault;
@@ -248,14 +248,29 @@ bool StoreSchema::execute(const std::string& sql, std::string& error) {
     return false;
 }
 
-std::string StoreSchema::updateSql(const StoreTable& table, const StoreColumn& column) {
-    const std::string name = quoted(column.name);
-    if (!table.isIndexed()) {
-        return "UPDATE " + quoted(table.name) + " SET " + name + "=?1";
+std::string StoreSchema::updateSql(const StoreTable& table,
+                                   const std::vector<const StoreColumn*>& columns) {
+    const bool isIndexed = table.isIndexed();
+    std::string names;
+    std::string parameters;
+    std::string assignments;
+    int number = 0;
+    for (const StoreColumn* column : columns) {
+        const std::string name = quoted(column->name);
+        const std::string parameter = "?" + std::to_string(++number);
+        const char* separator = number > 1 ? "," : "";
+        names.append(separator).append(name);
+        parameters.append(separator).append(parameter);
+        assignments.append(separator).append(name).append("=").append(isIndexed ? "excluded." + name
+                                                                                : parameter);
+    }
+    if (!isIndexed) {
+        return "UPDATE " + quoted(table.name) + " SET " + assignments;
     }
     const std::string index = quoted(table.indexColumn);
-    return "INSERT INTO " + quoted(table.name) + "(" + name + "," + index +
-           ") VALUES(?1,?2) ON CONFLICT(" + index + ") DO UPDATE SET " + name + "=excluded." + name;
+    return "INSERT INTO " + quoted(table.name) + "(" + names + "," + index + ") VALUES(" +
+           parameters + ",?" + std::to_string(++number) + ") ON CONFLICT(" + index +
+           ") DO UPDATE SET " + assignments;
 }
 
 }  // namespace vireo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "store/SqliteConnection.h"
 #include "store/StoreCatalogue.h"
@@ -27,8 +28,10 @@ public:
     /// marked and logged.
     bool load(StoreRows& rows, std::string& error);
 
-    /// The SQL that writes one value: parameter 1 is the value, 2 the key of the row.
-    static std::string updateSql(const StoreTable& table, const StoreColumn& column);
+    /// The SQL that writes values of one row: the parameters are the values, then the key of the
+    /// row if the table has an index.
+    static std::string updateSql(const StoreTable& table,
+                                 const std::vector<const StoreColumn*>& columns);
 
 private:
     struct Shape;

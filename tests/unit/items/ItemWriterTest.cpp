@@ -198,7 +198,7 @@ TEST_F(ItemWriterTest, AFailedCommitRefusesEveryStoredItemOfTheRecord) {
     sqlite3_close(other);
     observer.told.clear();
     EXPECT_EQ(set({{"melody", "2"}, {"plain", "2"}, {"key-1", "2"}, {"lazy", "2"}}, false),
-              (Texts{"key-1: Unknown", "melody: Unknown"}));
+              (Texts{"melody: Unknown", "key-1: Unknown"}));
     EXPECT_EQ(get("melody"), "1");
     EXPECT_EQ(get("key-1"), "1");
     EXPECT_EQ(observer.told, Texts{"plain=2 lazy=2"});

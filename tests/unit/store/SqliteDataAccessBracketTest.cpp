@@ -133,27 +133,49 @@ TEST_F(SqliteDataAccessBracketTest, ABracketThatLostAnUpdateToAnotherThreadSaysS
     EXPECT_EQ(committed(), "new,old,old");
 }
 
-TEST_F(SqliteDataAccessBracketTest, AnUpdateThatFailsAloneLeavesTheOthersPending) {
-    sql("CREATE TRIGGER t BEFORE UPDATE OF other ON PhoneSettings "
-        "BEGIN SELECT RAISE(ABORT,'no'); END");
-    m_store->beginUpdate();
-    ASSERT_TRUE(update("RingerMelody", "new"));
-    EXPECT_FALSE(update("other", "new"));
-    EXPECT_TRUE(updateKey("1", "Label", "new"));
-    EXPECT_TRUE(m_store->commitUpdate());
-    EXPECT_EQ(committed(), "new,old,new");
-    EXPECT_EQ(readable(), "new,old,new");
+TEST_F(SqliteDataAccessBracketTest, WhatTheFileDoesNotTakeFailsTheCommitAsAWhole) {
+    for (const char* how : {"ABORT", "ROLLBACK"}) {
+        sql((std::string("CREATE TRIGGER t BEFORE UPDATE OF other ON PhoneSettings BEGIN SELECT "
+                         "RAISE(") +
+             how + ",'no'); END")
+                .c_str());
+        m_store->beginUpdate();
+        EXPECT_TRUE(update("RingerMelody", "new") && update("other", "new") &&
+                    updateKey("1", "Label", "new"));
+        EXPECT_FALSE(m_store->commitUpdate()) << how;
+        EXPECT_EQ(readable(), "old,old,old");
+        EXPECT_EQ(committed(), "old,old,old");
+        sql("DROP TRIGGER t");
+    }
+    EXPECT_TRUE(update("other", "new"));
 }
 
-TEST_F(SqliteDataAccessBracketTest, AnUpdateThatEndsTheTransactionTakesAllBack) {
-    sql("CREATE TRIGGER t BEFORE UPDATE OF other ON PhoneSettings "
-        "BEGIN SELECT RAISE(ROLLBACK,'no'); END");
-    m_store->beginUpdate();
-    ASSERT_TRUE(update("RingerMelody", "new"));
-    EXPECT_FALSE(update("other", "new"));
-    EXPECT_EQ(readable(), "old,old,old");
-    EXPECT_FALSE(m_store->commitUpdate());
-    EXPECT_EQ(committed(), "old,old,old");
+TEST_F(SqliteDataAccessBracketTest, RowsAreWrittenWithWhateverColumnsChanged) {
+    const auto key = [](int number) { return std::to_string(number % 5); };
+    for (int round = 0; round < 32; ++round) {
+        m_store->beginUpdate();
+        const std::string value = std::to_string(round);
+        for (int row = 0; row < 5; ++row) {
+            if ((round >> row) % 2 == 1) {
+                ASSERT_TRUE(updateKey(key(row), "Label", value + "a"));
+                ASSERT_TRUE(updateKey(key(row), round % 3 == 0 ? "Number" : "Label", value));
+            }
+        }
+        ASSERT_TRUE(update(round % 2 == 0 ? "other" : "RingerMelody", value));
+        ASSERT_TRUE(m_store->commitUpdate());
+    }
+    const auto everything = [this] {
+        std::string all = *read("RingerMelody") + *read("other");
+        for (const char* row : {"0", "1", "2", "3", "4"}) {
+            all += " " + readKey(row, "Label").value_or("-") + "," +
+                   readKey(row, "Number").value_or("-");
+        }
+        return all;
+    };
+    const std::string before = everything();
+    EXPECT_EQ(before, "3130 31,27 31,30 31,30 31,30 31,30") << "by hand";
+    open();
+    EXPECT_EQ(everything(), before) << "the file has the same";
 }
 
 TEST_F(SqliteDataAccessBracketTest, WhileAnotherProgramWritesUpdatesFailAndThenGoOn) {
