@@ -16,6 +16,7 @@
 #include "harness/Failure.h"
 #include "harness/PhoneConfiguration.h"
 #include "harness/ScratchDirectory.h"
+#include "log/Log.h"
 #include "messages/LocalMgmtInvoker.h"
 #include "messages/MgmtAgentProxy.h"
 #include "messages/RpcAdapter.h"
@@ -110,6 +111,7 @@ public:
         PhoneConfiguration(1000).write(m_files.file("config"));
         m_config = std::make_unique<ConfigDirectory>(m_files.file("config"));
         installPorts({nullptr, m_config.get()});
+        setLogLevel(kLogWarning);  // as vireod does unless it is told otherwise
         std::string text;
         std::string error;
         require(m_config->readConfigFile("store.xml", text, error), "no catalogue of the store");

@@ -10,17 +10,8 @@
 namespace vireo {
 namespace {
 
-/// Whether the text stands for itself between tags, and would be written just so.
-bool isPlain(std::string_view text) {
-    for (const char special : {'&', '>', '\r'}) {
-        if (text.find(special) != std::string_view::npos) {
-            return false;
-        }
-    }
-    return !XmlText::findUncarriable(text);
-}
-
-/// Likewise between double quotes. Other characters than these are rare in names.
+/// Whether the text stands for itself between double quotes. Other characters than these are rare
+/// in names.
 bool isPlainAttribute(std::string_view text) {
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
@@ -48,7 +39,7 @@ public:
 
     /// A plain text up to the tag `end`, and that tag.
     bool takeText(std::string_view end, std::string_view& text) {
-        return takeUpTo('<', text) && take(end) && isPlain(text);
+        return takeUpTo('<', text) && take(end) && XmlText::isPlain(text);
     }
 
     /// A plain text in quotes, of which the first is taken already, and what follows it.

@@ -8,9 +8,9 @@ namespace {
 
 void appendNumber(std::string& out, long long value) {
     char digits[24];
-    const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    out.append(digits, end);
-    out.push_back(';');
+    char* end = std::to_chars(digits, digits + sizeof digits - 1, value).ptr;
+    *end++ = ';';
+    out.append(digits, static_cast<std::size_t>(end - digits));
 }
 
 /// Takes "<digits>;" off the front of `in`.

@@ -101,6 +101,21 @@ std::optional<std::string> XmlText::findUncarriable(std::string_view text) {
     return std::nullopt;
 }
 
+bool XmlText::isPlain(std::string_view text) {
+    std::size_t position = ByteScan::skipAsciiOthers<'&', '<', '>'>(text, 0);
+    for (; position < text.size(); ++position) {
+        const char c = text[position];
+        if (c == '&' || c == '<' || c == '>' || c == '\r') {
+            return false;
+        }
+        if (c < 0x20 || c > 0x7E) {  // rare: the rest is looked at in two steps
+            const std::string_view rest = text.substr(position);
+            return rest.find_first_of("&<>\r") == std::string_view::npos && !findUncarriable(rest);
+        }
+    }
+    return true;
+}
+
 void XmlText::appendEscaped(std::string& out, std::string_view text) {
     appendReplacing<'&', '<', '>', '\r'>(out, text, [](char c) -> const char* {
         switch (c) {

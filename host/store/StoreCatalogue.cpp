@@ -192,10 +192,6 @@ const StoreTable* StoreCatalogue::findTable(std::string_view name) const noexcep
     return findNamed(m_tablesByName, m_tables, name);
 }
 
-bool StoreCatalogue::isNameCharacter(char c) noexcept {
-    return isLetter(c) || (c >= '0' && c <= '9') || c == '_' || c == '-' || c == '.';
-}
-
 std::optional<StoreCatalogue> StoreCatalogue::parse(std::string_view xml, std::string& error) {
     pugi::xml_document document;
     const pugi::xml_parse_result parsed = document.load_buffer(xml.data(), xml.size());

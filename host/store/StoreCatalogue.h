@@ -66,7 +66,10 @@ public:
     const StoreTable* findTable(std::string_view name) const noexcept;
 
     /// Whether `c` may stand in a name (behind its first character).
-    static bool isNameCharacter(char c) noexcept;
+    static bool isNameCharacter(char c) noexcept {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               c == '_' || c == '-' || c == '.';
+    }
 
 private:
     StoreCatalogue() = default;

@@ -19,6 +19,9 @@ public:
     /// be carried (valid UTF-8, no control characters but tab, line feed and carriage return).
     static std::optional<std::string> findUncarriable(std::string_view text);
 
+    /// Whether `text` is its own element content: it can be carried, and nothing in it is escaped.
+    static bool isPlain(std::string_view text);
+
     /// Appends `text` as element content. Every byte comes back from a conforming parser.
     static void appendEscaped(std::string& out, std::string_view text);
     /// Appends `text` as the content of an attribute in double quotes.

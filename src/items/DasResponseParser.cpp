@@ -45,9 +45,11 @@ struct ParserDeleter {
 };
 
 bool takeHead(std::string_view& text, std::string_view head) {
-    const bool isThere = text.substr(0, head.size()) == head;
-    text.remove_prefix(isThere ? head.size() : 0);
-    return isThere;
+    if (!text.starts_with(head)) {
+        return false;
+    }
+    text.remove_prefix(head.size());
+    return true;
 }
 
 bool isPlainNameStart(char c) {
@@ -65,16 +67,6 @@ std::string_view takeName(std::string_view& text) {
     const std::string_view name = text.substr(0, end);
     text.remove_prefix(end);
     return name;
-}
-
-/// Whether a text without tags stands for itself.
-bool isPlainText(std::string_view text) {
-    for (const char special : {'&', '>', '\r'}) {
-        if (text.find(special) != std::string_view::npos) {
-            return false;
-        }
-    }
-    return !XmlText::findUncarriable(text);
 }
 
 }  // namespace
@@ -131,7 +123,7 @@ bool DasResponseParser::takePlainElement(std::string_view& answer) {
     }
     const std::string_view text = answer.substr(0, answer.find('<'));
     answer.remove_prefix(text.size());
-    if (!isPlainText(text) || !takeHead(answer, "</") || !takeHead(answer, name) ||
+    if (!XmlText::isPlain(text) || !takeHead(answer, "</") || !takeHead(answer, name) ||
         !takeHead(answer, ">")) {
         return false;
     }

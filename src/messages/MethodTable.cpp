@@ -47,7 +47,7 @@ constexpr MethodRow kMethods[] = {
 
 }  // namespace
 
-const MethodRow* findMethod(const std::string& name) {
+const MethodRow* findMethod(std::string_view name) {
     for (const MethodRow& row : kMethods) {
         if (name == row.name) {
             return &row;

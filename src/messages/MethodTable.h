@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include <string_view>
 
 #include "service/Method.h"
 
@@ -26,7 +26,7 @@ struct MethodCall {
 
 /// One method of the local management interface. Handlers let `MethodError` pass.
 struct MethodRow {
-    const char* name;
+    std::string_view name;
     void (*handler)(MethodCall& call);
     /// Whether it sees itself to the writes that are not committed yet; else they are committed
     /// first.
@@ -34,6 +34,6 @@ struct MethodRow {
 };
 
 /// The row of that name, or null. Rows are compared in table order, exactly.
-const MethodRow* findMethod(const std::string& name);
+const MethodRow* findMethod(std::string_view name);
 
 }  // namespace vireo

@@ -30,6 +30,21 @@ TEST(XmlText, FindsWhatXmlCannotCarryWhereverItStands) {
     }
 }
 
+TEST(XmlText, IsPlainWhereNothingIsEscapedAndAllCanBeCarried) {
+    for (int byte = 0; byte <= 0xFF; ++byte) {
+        for (std::size_t at = 0; at < kPlain.size(); ++at) {
+            std::string text = kPlain;
+            text[at] = static_cast<char>(byte);
+            std::string escaped;
+            XmlText::appendEscaped(escaped, text);
+            EXPECT_EQ(XmlText::isPlain(text), escaped == text && !XmlText::findUncarriable(text))
+                << byte << " at " << at;
+        }
+    }
+    EXPECT_TRUE(XmlText::isPlain(""));
+    EXPECT_TRUE(XmlText::isPlain(kPlain + "\n\xc3\xa4\t" + kPlain));
+}
+
 TEST(XmlText, EscapesWhereverItIsNeeded) {
     const struct {
         char character;
