@@ -1,23 +1,10 @@
 #include "data/DxlCollection.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "data/ConfigurationFile.h"
 
 namespace vireo {
-namespace {
-
-template <class Pointer>
-std::vector<Pointer> sortedByName(std::vector<Pointer> all) {
-    if (all.size() > 1) {
-        std::sort(all.begin(), all.end(),
-                  [](const auto& a, const auto& b) { return a->getName() < b->getName(); });
-    }
-    return all;
-}
-
-}  // namespace
 
 DxlCollection::DxlCollection(std::string name) : m_name(std::move(name)) {}
 
@@ -35,26 +22,6 @@ DxlCollection& DxlCollection::operator=(const DxlCollection& other) {
         m_name = std::move(copy.m_name);
         m_documents = std::move(copy.m_documents);
         m_schemas = std::move(copy.m_schemas);
-    }
-    return *this;
-}
-
-DxlCollection::DxlCollection(DxlCollection&& other) noexcept
-    : m_name(std::move(other.m_name)),
-      m_documents(std::move(other.m_documents)),
-      m_schemas(std::move(other.m_schemas)) {
-    other.m_documents.clear();
-    other.m_schemas.clear();
-}
-
-DxlCollection& DxlCollection::operator=(DxlCollection&& other) noexcept {
-    if (this != &other) {
-        const std::lock_guard lock(m_mutex);
-        m_name.swap(other.m_name);
-        m_documents.swap(other.m_documents);
-        m_schemas.swap(other.m_schemas);
-        other.m_documents.clear();
-        other.m_schemas.clear();
     }
     return *this;
 }
@@ -137,24 +104,14 @@ void DxlCollection::clear() {
     m_schemas.clear();
 }
 
-bool DxlCollection::isEmpty() const {
-    const std::lock_guard lock(m_mutex);
-    return m_documents.values().empty() && m_schemas.values().empty();
-}
-
-std::size_t DxlCollection::documentCount() const {
-    const std::lock_guard lock(m_mutex);
-    return m_documents.values().size();
-}
-
 std::vector<DxlDocumentPointer> DxlCollection::documents() const {
     const std::lock_guard lock(m_mutex);
-    return sortedByName(m_documents.values());
+    return m_documents.sorted();
 }
 
 std::vector<std::shared_ptr<const DxlSchema>> DxlCollection::schemas() const {
     const std::lock_guard lock(m_mutex);
-    return sortedByName(m_schemas.values());
+    return m_schemas.sorted();
 }
 
 }  // namespace vireo

@@ -11,8 +11,7 @@ namespace vireo {
 
 ManageableData::ManageableData() : ManageableData(nullptr) {}
 
-ManageableData::ManageableData(DxlDictionary* dictionary)
-    : m_dictionary(dictionary), m_items("record") {}
+ManageableData::ManageableData(DxlDictionary* dictionary) : m_dictionary(dictionary) {}
 
 ManageableData::ManageableData(const std::string& rootId, const std::string& schemaName,
                                const DataNode& node)
@@ -48,7 +47,7 @@ void ManageableData::setRootId(const std::string& rootId, LocalMgmtIfc* /*reques
 void ManageableData::removeRootId(const std::string& rootId) {
     const auto removed = std::string(rootId);  // the caller's text may go with the item
     m_text.reset();
-    m_items.deleteDocument(removed);
+    m_documents.erase(removed);
     if (m_rootIds.remove(removed)) {
         m_single = false;
     }
@@ -61,7 +60,7 @@ void ManageableData::removeRootIds(const std::unordered_set<std::string>& rootId
     m_rootIds.removeAll(rootIds);
     m_single = m_single && m_rootIds.ids().size() == before;
     for (const std::string& rootId : rootIds) {
-        m_items.deleteDocument(rootId);
+        m_documents.erase(rootId);
         m_companions.erase(rootId);
     }
 }
@@ -80,7 +79,7 @@ std::optional<std::string> ManageableData::companion(const std::string& rootId) 
 }
 
 DataNode ManageableData::interogate(const std::string& rootId) const {
-    const DxlDocumentPointer document = m_items.getDocument(rootId);
+    const DxlDocumentPointer document = m_documents.find(rootId);
     if (!document) {
         return {};
     }
@@ -89,7 +88,7 @@ DataNode ManageableData::interogate(const std::string& rootId) const {
 
 bool ManageableData::interogate(const std::string& rootId, const std::string& nodeId,
                                 std::string& value) const {
-    const DxlDocumentPointer document = m_items.getDocument(rootId);
+    const DxlDocumentPointer document = m_documents.find(rootId);
     const DxlNode* node = document ? NodeWriter::find(*document->root(), rootId, nodeId) : nullptr;
     if (node == nullptr) {
         return false;
@@ -116,7 +115,7 @@ bool ManageableData::populate(const std::string& rootId, const DataNode& node) {
     if (!node || !XmlText::isName(rootId)) {
         return false;
     }
-    const DxlDocumentPointer old = m_items.getDocument(rootId);
+    const DxlDocumentPointer old = m_documents.find(rootId);
     putDocument(std::make_shared<const DxlDocument>(
         rootId, old ? std::make_shared<const DxlNode>(*node, old->schemaName()) : node.pointer()));
     addRootId(rootId, nullptr);
@@ -125,7 +124,7 @@ bool ManageableData::populate(const std::string& rootId, const DataNode& node) {
 
 bool ManageableData::writeNode(const std::string& rootId, const std::string& nodeId,
                                const std::string& value) {
-    const DxlDocumentPointer document = m_items.getDocument(rootId);
+    const DxlDocumentPointer document = m_documents.find(rootId);
     const auto schema = getSchema(document ? document->schemaName() : rootId);
     DxlNode::Pointer root;
     if (document) {
@@ -153,39 +152,40 @@ bool ManageableData::makeDocument(const std::string& schemaName, const std::stri
 }
 
 bool ManageableData::makeLeaf(const std::string& schemaName, const std::string& rootId,
-                              const std::string& value) {
+                              std::string&& value) {
     const auto schema = getSchema(schemaName);
     if (!schema || schema->root()->kind() != DxlNode::Kind::eLeaf || !XmlText::isName(rootId) ||
         XmlText::findUncarriable(value)) {
         return false;
     }
     putDocument(std::make_shared<const DxlDocument>(
-        rootId, std::make_shared<const DxlNode>(schemaName, DxlNode::Kind::eLeaf, value)));
+        rootId,
+        std::make_shared<const DxlNode>(schemaName, DxlNode::Kind::eLeaf, std::move(value))));
     addRootId(rootId, nullptr);
     return true;
 }
 
 DxlDocumentPointer ManageableData::getDocument(const std::string& rootId) const {
-    return m_items.getDocument(rootId);
+    return m_documents.find(rootId);
 }
 
 std::vector<DxlDocumentPointer> ManageableData::documents() const {
-    return m_items.documents();
+    return m_documents.sorted();
 }
 
 std::shared_ptr<const DxlSchema> ManageableData::getSchema(const std::string& name) const {
-    auto schema = m_items.getSchema(name);
+    auto schema = m_schemas.find(name);
     return schema || m_dictionary == nullptr ? schema : m_dictionary->findSchema(name);
 }
 
 void ManageableData::putDocument(DxlDocumentPointer document) {
     m_text.reset();
-    m_items.putDocument(std::move(document));
+    m_documents.put(std::move(document));
 }
 
 void ManageableData::putSchema(std::shared_ptr<const DxlSchema> schema) {
     m_text.reset();
-    m_items.putSchema(std::move(schema));
+    m_schemas.put(std::move(schema));
 }
 
 bool ManageableData::copyDocument(const std::string& rootId, const DxlCollection& source) {
@@ -198,7 +198,12 @@ bool ManageableData::copyDocument(const std::string& rootId, const DxlCollection
 }
 
 bool ManageableData::copyDocument(const std::string& rootId, const ManageableData& source) {
-    return copyDocument(rootId, source.m_items);
+    auto document = source.getDocument(rootId);
+    if (!document) {
+        return false;
+    }
+    putDocument(std::move(document));
+    return true;
 }
 
 bool ManageableData::copySchema(const std::string& name, const DxlCollection& source) {
@@ -267,17 +272,17 @@ bool ManageableData::deserialize(const std::string& text) {
 }
 
 bool ManageableData::isBlank() const {
-    return m_rootIds.ids().empty() && m_items.isEmpty() && m_rejections.empty() &&
-           m_companions.empty();
+    return m_rootIds.ids().empty() && m_documents.values().empty() && m_schemas.values().empty() &&
+           m_rejections.empty() && m_companions.empty();
 }
 
 void ManageableData::overlay(const ManageableData& other) {
     m_text.reset();
     const bool wasEmpty = m_rootIds.ids().empty();
-    for (const auto& schema : other.m_items.schemas()) {
+    for (const auto& schema : other.m_schemas.values()) {
         putSchema(schema);
     }
-    for (const auto& document : other.m_items.documents()) {
+    for (const auto& document : other.m_documents.values()) {
         putDocument(document);
     }
     for (const std::string& rootId : other.rootIds()) {
@@ -303,7 +308,8 @@ void ManageableData::clearAll() {
     m_text.reset();
     m_rootIds.clear();
     m_single = false;
-    m_items.clear();
+    m_documents.clear();
+    m_schemas.clear();
     m_rejections.clear();
     m_companions.clear();
 }

@@ -46,29 +46,6 @@ void appendRootIds(std::string& out, const ManageableData& record) {
     }
 }
 
-void appendDocuments(std::string& out, const ManageableData& record, const DxlCollection& items) {
-    // Items in their order first, then what a record may hold beside them.
-    std::size_t written = 0;
-    for (const std::string& rootId : record.rootIds()) {
-        if (const DxlDocumentPointer document = items.getDocument(rootId)) {
-            document->appendText(out);
-            ++written;
-        }
-    }
-    if (written == items.documentCount()) {
-        return;
-    }
-    RootIdList listed;
-    for (const std::string& rootId : record.rootIds()) {
-        listed.add(rootId);
-    }
-    for (const DxlDocumentPointer& document : items.documents()) {
-        if (!listed.contains(document->getName())) {
-            document->appendText(out);
-        }
-    }
-}
-
 void readRefusal(const pugi::xml_node& element, ManageableData& record) {
     record.addRejectReason(element.attribute("rootId").value(), element.attribute("path").value(),
                            element.attribute("reason").value());
@@ -125,10 +102,8 @@ void RecordText::append(std::string& out, const ManageableData& record,
     out.append("<record");
     out.append(record.isSingleRecord() ? " single=\"1\">" : ">");
     appendRootIds(out, record);
-    for (const auto& schema : record.m_items.schemas()) {
-        schema->appendText(out);
-    }
-    appendDocuments(out, record, record.m_items);
+    record.m_schemas.forEachSorted([&out](const auto& schema) { schema->appendText(out); });
+    appendDocuments(out, record);
     if (type != ManageableData::eWithoutRejections) {
         for (const RejectionSpec& refusal : record.rejections()) {
             out.append("<refusal");
@@ -139,6 +114,29 @@ void RecordText::append(std::string& out, const ManageableData& record,
         }
     }
     out.append("</record>");
+}
+
+// Items in their order first, then what a record may hold beside them.
+void RecordText::appendDocuments(std::string& out, const ManageableData& record) {
+    std::size_t written = 0;
+    for (const std::string& rootId : record.rootIds()) {
+        if (const DxlDocumentPointer document = record.m_documents.find(rootId)) {
+            document->appendText(out);
+            ++written;
+        }
+    }
+    if (written == record.m_documents.values().size()) {
+        return;
+    }
+    RootIdList listed;
+    for (const std::string& rootId : record.rootIds()) {
+        listed.add(rootId);
+    }
+    for (const DxlDocumentPointer& document : record.m_documents.sorted()) {
+        if (!listed.contains(document->getName())) {
+            document->appendText(out);
+        }
+    }
 }
 
 bool RecordText::read(const std::string& text, ManageableData& record, std::string& error) {

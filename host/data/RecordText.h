@@ -26,6 +26,9 @@ public:
     static bool read(const std::string& text, ManageableData& record, std::string& error);
     /// The same without the short way for plain records.
     static bool readAny(const std::string& text, ManageableData& record, std::string& error);
+
+private:
+    static void appendDocuments(std::string& out, const ManageableData& record);
 };
 
 }  // namespace vireo

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -20,9 +19,6 @@ public:
     explicit DxlCollection(std::string name);
     DxlCollection(const DxlCollection& other);
     DxlCollection& operator=(const DxlCollection& other);
-    /// What is moved from must not be in use by another thread; it is empty afterwards.
-    DxlCollection(DxlCollection&& other) noexcept;
-    DxlCollection& operator=(DxlCollection&& other) noexcept;
 
     const std::string& getName() const { return m_name; }
 
@@ -46,8 +42,6 @@ public:
     /// False when there was none.
     bool deleteDocument(const std::string& name);
     void clear();
-    bool isEmpty() const;
-    std::size_t documentCount() const;
 
     /// Everything held, ordered by name.
     std::vector<DxlDocumentPointer> documents() const;

@@ -1,14 +1,15 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 #include "Visibility.h"
 #include "data/DxlCollection.h"
+#include "data/NamedSet.h"
 #include "data/RejectionSpec.h"
 #include "data/RootIdList.h"
 #include "data/Serializable.h"
@@ -82,9 +83,8 @@ public:
     bool makeDocument(const std::string& schemaName, const std::string& rootId);
     /// The two in one step for an item whose schema is a single leaf: gives it a document with the
     /// value, and lists it. False, and no change, when the schema is another or not there, `rootId`
-    /// is no XML name or `value` holds what XML cannot carry.
-    bool makeLeaf(const std::string& schemaName, const std::string& rootId,
-                  const std::string& value);
+    /// is no XML name or `value` holds what XML cannot carry; `value` is only taken otherwise.
+    bool makeLeaf(const std::string& schemaName, const std::string& rootId, std::string&& value);
 
     // -- documents and schemas -----------------------------------------------------------------
 
@@ -140,9 +140,10 @@ private:
     RootIdList m_rootIds;
     bool m_single = false;
     DxlDictionary* m_dictionary = nullptr;
-    DxlCollection m_items;
+    NamedSet<DxlDocument> m_documents;
+    NamedSet<DxlSchema> m_schemas;
     std::vector<RejectionSpec> m_rejections;
-    std::unordered_map<std::string, std::string> m_companions;
+    std::map<std::string, std::string> m_companions;
     std::shared_ptr<const std::string> m_text;  ///< null unless it was asked for; see `keepText`
 };
 

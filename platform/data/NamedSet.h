@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <string_view>
@@ -72,6 +73,24 @@ public:
 
     /// In no order.
     const std::vector<Pointer>& values() const { return m_values; }
+    /// All, ordered by name.
+    std::vector<Pointer> sorted() const {
+        std::vector<Pointer> all(m_values);
+        std::sort(all.begin(), all.end(),
+                  [](const Pointer& a, const Pointer& b) { return a->getName() < b->getName(); });
+        return all;
+    }
+    /// Calls `visit` with each, ordered by name.
+    template <class Visit>
+    void forEachSorted(Visit&& visit) const {
+        if (m_values.size() == 1) {  // as in most records: nothing to copy
+            visit(m_values.front());
+            return;
+        }
+        for (const Pointer& value : sorted()) {
+            visit(value);
+        }
+    }
 
 private:
     using Index = std::unordered_map<std::string_view, std::size_t>;

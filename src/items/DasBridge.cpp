@@ -73,21 +73,23 @@ std::string DasBridge::Place::updateRequest(const std::string& value) const {
 DasBridge::DasBridge(ItemCatalogue& catalogue, StoreSource store)
     : m_catalogue(catalogue), m_store(std::move(store)) {}
 
-bool DasBridge::getDasData(const std::string& rootId, ManageableData& record) {
+bool DasBridge::getDasData(const std::string& rootId, const std::string& schemaName,
+                           ManageableData& record) {
     VCMS_LOG(kLogDebug, "VCMS getDasData - Called (rootId = %s)", rootId.c_str());
     const std::vector<std::string>& nodes = m_catalogue.storedNodes(rootId);
     if (nodes.empty()) {
-        return readUnmapped(rootId, record);
+        return readUnmapped(rootId, schemaName, record);
     }
     bool result = true;
     for (const std::string& node : nodes) {
-        result = readNode(rootId, node, record) && result;
+        result = readNode(rootId, schemaName, node, record) && result;
     }
     return result;
 }
 
-bool DasBridge::readUnmapped(const std::string& rootId, ManageableData& record) {
-    auto document = m_catalogue.cachedOrDefault(rootId, m_catalogue.findSchemaName(rootId));
+bool DasBridge::readUnmapped(const std::string& rootId, const std::string& schemaName,
+                             ManageableData& record) {
+    auto document = m_catalogue.cachedOrDefault(rootId, schemaName);
     if (!document) {
         return false;
     }
@@ -113,8 +115,8 @@ bool DasBridge::findPlace(const std::string& rootId, const std::string& nodeId,
     return true;
 }
 
-bool DasBridge::readNode(const std::string& rootId, const std::string& nodeId,
-                         ManageableData& record) {
+bool DasBridge::readNode(const std::string& rootId, const std::string& schemaName,
+                         const std::string& nodeId, ManageableData& record) {
     Place place;
     if (!findPlace(rootId, nodeId, place)) {
         return false;
@@ -128,20 +130,12 @@ bool DasBridge::readNode(const std::string& rootId, const std::string& nodeId,
         return false;
     }
     const auto found = answer.findItemValue(address.column);
-    const std::string value =
-        found ? std::string(*found) : address.defaultValue.value_or(std::string());
-    const bool isFilledIn = fillIn(rootId, nodeId, value, record);
+    std::string value = found ? std::string(*found) : address.defaultValue.value_or(std::string());
     VCMS_LOG(kLogDebug, "VCMS getDasData (item val = %s)", value.c_str());
-    return isFilledIn;
-}
-
-bool DasBridge::fillIn(const std::string& rootId, const std::string& nodeId,
-                       const std::string& value, ManageableData& record) {
     if (!record.getDocument(rootId)) {
-        const std::string schemaName = m_catalogue.findSchemaName(rootId);
         // Nearly every item is one leaf.
-        if ((nodeId == rootId || nodeId == schemaName) &&
-            record.makeLeaf(schemaName, rootId, value)) {
+        const bool isRoot = nodeId == rootId || nodeId == schemaName;
+        if (isRoot && record.makeLeaf(schemaName, rootId, std::move(value))) {
             return true;
         }
         record.makeDocument(schemaName, rootId);

@@ -19,8 +19,10 @@ public:
 
     DasBridge(ItemCatalogue& catalogue, StoreSource store);
 
-    /// Fills in the item in the record. All its nodes are tried; false when any failed.
-    bool getDasData(const std::string& rootId, ManageableData& record);
+    /// Fills in the item in the record, which has its schema. All its nodes are tried; false when
+    /// any failed.
+    bool getDasData(const std::string& rootId, const std::string& schemaName,
+                    ManageableData& record);
     /// Writes the nodes of the item that the record carries. All are tried; true when the store
     /// acknowledged every one.
     bool setDasData(const std::string& rootId, const ManageableData& record);
@@ -30,10 +32,10 @@ private:
 
     struct Place;
 
-    bool readUnmapped(const std::string& rootId, ManageableData& record);
-    bool readNode(const std::string& rootId, const std::string& nodeId, ManageableData& record);
-    bool fillIn(const std::string& rootId, const std::string& nodeId, const std::string& value,
-                ManageableData& record);
+    bool readUnmapped(const std::string& rootId, const std::string& schemaName,
+                      ManageableData& record);
+    bool readNode(const std::string& rootId, const std::string& schemaName,
+                  const std::string& nodeId, ManageableData& record);
     bool writeNode(const std::string& rootId, const std::string& nodeId, const std::string& value);
     /// False when the table has an index column and the node no value for it.
     bool findPlace(const std::string& rootId, const std::string& nodeId, Place& place) const;

@@ -28,14 +28,15 @@ ItemReader::ItemReader(ItemCatalogue& catalogue, const DataCollection& collectio
 
 bool ItemReader::getData(ManageableData& record) {
     VCMS_LOG(kLogDebug, "getData: RootId = %s", record.getRootId().c_str());
-    const std::vector<std::string> rootIds = record.rootIds();
-    if (rootIds.empty()) {
+    const std::size_t count = record.rootIds().size();
+    if (count == 0) {
         VCMS_LOG(kLogDebug, "getData: no data to get");
         return false;
     }
     bool result = true;
     Requests requests;
-    for (const std::string& rootId : rootIds) {
+    for (std::size_t i = 0; i < count; ++i) {  // reading may list further ones behind these
+        const std::string rootId = record.rootIds()[i];
         VCMS_LOG(kLogDebug, "getData: RootId = \"%s\"", rootId.c_str());
         result = readItem(record, rootId, requests) && result;
     }
@@ -96,18 +97,19 @@ void ItemReader::prepare(ManageableData& item, const ManageableData& record,
 bool ItemReader::readOwnItem(ManageableData& record, const std::string& rootId,
                              const std::string& schemaName) {
     if (!record.getDocument(rootId) && record.copySchema(schemaName, m_catalogue.master())) {
-        return readOwnValue(record, rootId);
+        return readOwnValue(record, rootId, schemaName);
     }
     // What the caller sends along must not get in the way of the answer.
     ManageableData item;
     prepare(item, record, rootId, schemaName);
     item.setRootId(rootId, nullptr);
-    const bool result = readOwnValue(item, rootId);
+    const bool result = readOwnValue(item, rootId, schemaName);
     record.overlay(item);
     return result;
 }
 
-bool ItemReader::readOwnValue(ManageableData& item, const std::string& rootId) {
+bool ItemReader::readOwnValue(ManageableData& item, const std::string& rootId,
+                              const std::string& schemaName) {
     std::string value;
     switch (ownItemKind(rootId)) {
         case OwnItemKind::eLockDown:
@@ -128,10 +130,10 @@ bool ItemReader::readOwnValue(ManageableData& item, const std::string& rootId) {
             break;
         case OwnItemKind::eMemoryWarning:
         case OwnItemKind::eStored:
-            return m_store.getDasData(rootId, item);
+            return m_store.getDasData(rootId, schemaName, item);
     }
     if (!item.getDocument(rootId)) {
-        item.makeDocument(m_catalogue.findSchemaName(rootId), rootId);
+        item.makeDocument(schemaName, rootId);
     }
     return item.populate(rootId, value);
 }

@@ -34,7 +34,8 @@ private:
     bool readItem(ManageableData& record, const std::string& rootId, Requests& requests);
     bool readOwnItem(ManageableData& record, const std::string& rootId,
                      const std::string& schemaName);
-    bool readOwnValue(ManageableData& item, const std::string& rootId);
+    bool readOwnValue(ManageableData& item, const std::string& rootId,
+                      const std::string& schemaName);
     bool readUnregistered(ManageableData& record, const std::string& rootId,
                           const std::string& schemaName);
     bool readFromAgent(MgmtAgentIfc& agent, ManageableData& record, const std::string& rootId,

@@ -168,7 +168,8 @@ TEST(ManageableData, MakingALeafIsMakingADocumentAndPopulatingIt) {
             made.copySchema(name, source);
         }
         ManageableData expected(made);
-        EXPECT_EQ(made.makeLeaf(row.schema, row.rootId, row.value), row.isMade) << row.rootId;
+        EXPECT_EQ(made.makeLeaf(row.schema, row.rootId, std::string(row.value)), row.isMade)
+            << row.rootId;
         if (row.isMade) {
             ASSERT_TRUE(expected.makeDocument(row.schema, row.rootId));
             ASSERT_TRUE(expected.populate(row.rootId, row.value));
