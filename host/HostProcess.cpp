@@ -6,6 +6,7 @@
 #include <csignal>
 #include <filesystem>
 
+#include "PeerWatcherIfc.h"
 #include "Ports.h"
 #include "ShutdownConsentIfc.h"
 #include "log/Log.h"
@@ -117,6 +118,18 @@ void HostProcess::offerProxy(const char* interfaceName, const char* factory) {
     });
 }
 
+void HostProcess::watchPeers() {
+    auto* const watcher = dynamic_cast<PeerWatcherIfc*>(m_service.get());
+    if (watcher == nullptr) {
+        return;
+    }
+    m_loop.watchPeers([this, watcher](const std::string& channel) {
+        for (Executable* const proxy : m_proxies.allOf(channel)) {
+            watcher->peerLeft(*proxy);
+        }
+    });
+}
+
 void HostProcess::startService(const HostOptions& options) {
     ProxyRequest::mDefaultTimeout = options.messages.answerTimeoutMs;
     m_framework.registerProtocol(VireoProtocols::DEFAULT, m_rpcAdapter);
@@ -130,6 +143,7 @@ void HostProcess::startService(const HostOptions& options) {
     m_started = true;
     m_further.start(m_context);
     m_loop.serve(kLocalInterface, *m_invoker, *m_service);
+    watchPeers();
     m_messageThread = std::thread([this] {
         if (!m_loop.run()) {
             m_failed = true;

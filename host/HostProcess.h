@@ -64,6 +64,7 @@ private:
     void openStore(const DeviceRoot& root, const HostOptions& options);
     bool loadService(const std::string& plugin, std::string& error);
     void offerProxy(const char* interfaceName, const char* factory);
+    void watchPeers();
     void startService(const HostOptions& options);
 
     // In the order in which they are needed; their end is the other way round. The loop holds tasks

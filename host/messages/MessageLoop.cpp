@@ -308,7 +308,7 @@ bool MessageLoop::receiveAndServe(const ConnectionPointer& connection, std::size
             break;
     }
     // The peer may have closed its sending side alone: it still gets what it asked for.
-    m_peers.release(connection->channel(), *connection);
+    release(*connection);
     connection->finish();
     return connection->flush();
 }
@@ -357,12 +357,18 @@ void MessageLoop::unwatch(Connection& connection) {
     }
 }
 
+void MessageLoop::release(const Connection& connection) {
+    if (m_peers.release(connection.channel(), connection) && m_whenGone) {
+        m_whenGone(connection.channel());
+    }
+}
+
 void MessageLoop::close(const ConnectionPointer& connection) {
     if (loggingOnUni(kLogDebug)) {
         logAppUni(kComponent, kFile, kLogDebug, __LINE__, "%s has left",
                   connection->label().c_str());
     }
-    m_peers.release(connection->channel(), *connection);
+    release(*connection);
     connection->awaited().markEnded();
     unwatch(*connection);
     m_connections.erase(connection->descriptor());

@@ -54,6 +54,12 @@ public:
         return m_peers.reserve(channel, error);
     }
 
+    /// Calls `whenGone` on the message thread each time when a peer has gone, with its channel
+    /// name, which is free by then. Before `run` only.
+    void watchPeers(std::function<void(const std::string& channel)> whenGone) {
+        m_whenGone = std::move(whenGone);
+    }
+
     /// Calls `whenReadable` on the message thread each time when there is something to be read from
     /// `descriptor`, which outlives `run`. Before `run` only. False when the kernel refuses it.
     bool attend(int descriptor, std::function<void()> whenReadable);
@@ -103,6 +109,7 @@ private:
     void waitFor(const ConnectionPointer& connection);
     void updateInterest(Connection& connection, std::size_t unsent);
     void close(const ConnectionPointer& connection);
+    void release(const Connection& connection);
     void unwatch(Connection& connection);
     void runRevisits();
     void putOff(const ConnectionPointer& connection);
@@ -119,6 +126,7 @@ private:
     std::unordered_map<int, std::function<void()>> m_attended;
     std::vector<epoll_event> m_events;
     PeerDirectory m_peers;
+    std::function<void(const std::string& channel)> m_whenGone;
     RequestDispatcher m_dispatcher;
     PeerProtocol m_protocol;
     PeerCalls m_calls;

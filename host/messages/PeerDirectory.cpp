@@ -112,25 +112,22 @@ std::string PeerDirectory::claim(std::string_view wanted, const std::shared_ptr<
     return name;
 }
 
-void PeerDirectory::release(const std::string& name, const Connection& owner) {
+bool PeerDirectory::release(const std::string& name, const Connection& owner) {
     const std::unique_lock lock(m_mutex);
     const auto peer = m_peers.find(name);
     if (peer == m_peers.end() || peer->second.get() != &owner) {
-        return;
+        return false;
     }
     m_peers.erase(peer);
     const auto numbered = splitNumber(name);
-    if (!numbered) {
-        return;
+    const auto numbers = numbered ? m_numbers.find(numbered->prefix) : m_numbers.end();
+    if (numbers != m_numbers.end()) {
+        numbers->second.give(numbered->number);
+        if (numbers->second.unused()) {
+            m_numbers.erase(numbers);
+        }
     }
-    const auto numbers = m_numbers.find(numbered->prefix);
-    if (numbers == m_numbers.end()) {
-        return;
-    }
-    numbers->second.give(numbered->number);
-    if (numbers->second.unused()) {
-        m_numbers.erase(numbers);
-    }
+    return true;
 }
 
 std::shared_ptr<Connection> PeerDirectory::find(std::string_view name) const {

@@ -36,8 +36,8 @@ public:
     bool reserve(std::string_view name, std::string& error) {
         return !claim(name, nullptr, error).empty();
     }
-    /// Frees the name of `owner`. A name that is not (or no longer) its own is left alone.
-    void release(const std::string& name, const Connection& owner);
+    /// Frees the name of `owner`. A name that is not (or no longer) its own is left alone: false.
+    bool release(const std::string& name, const Connection& owner);
 
     /// The peer of that name, or null.
     std::shared_ptr<Connection> find(std::string_view name) const;

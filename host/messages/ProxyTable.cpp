@@ -20,4 +20,15 @@ Executable* ProxyTable::find(const std::string& channel, const std::string& inte
     return entry.proxy.get();
 }
 
+std::vector<Executable*> ProxyTable::allOf(const std::string& channel) const {
+    std::vector<Executable*> proxies;
+    for (auto each = m_proxies.lower_bound({channel, ""});
+         each != m_proxies.end() && each->first.first == channel; ++each) {
+        if (each->second.proxy) {
+            proxies.push_back(each->second.proxy.get());
+        }
+    }
+    return proxies;
+}
+
 }  // namespace vireo

@@ -6,6 +6,7 @@
 #include <string>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "messages/SocketProxyRequest.h"
 #include "runtime/PluginLoader.h"
@@ -29,6 +30,8 @@ public:
     }
     /// Null for an interface that nobody offers.
     Executable* find(const std::string& channel, const std::string& interfaceName);
+    /// The proxies that there are for a peer, whatever their interface.
+    std::vector<Executable*> allOf(const std::string& channel) const;
 
 private:
     struct Entry {

@@ -14,7 +14,7 @@ bool RemoteSubscriber::subscribe(RemoteMgmtCallbackIfc* callback) {
         return false;
     }
     m_remote_callback_service = callback;
-    return true;
+    return callback != nullptr;
 }
 
 bool RemoteSubscriber::unsubscribe(RemoteMgmtCallbackIfc* callback) {
@@ -28,6 +28,13 @@ bool RemoteSubscriber::unsubscribe(RemoteMgmtCallbackIfc* callback) {
     }
     m_remote_callback_service = nullptr;
     return true;
+}
+
+void RemoteSubscriber::forget(const RemoteMgmtCallbackIfc& callback) {
+    const SemaphoreGuard guard(m_semaphore);
+    if (m_remote_callback_service == &callback) {
+        m_remote_callback_service = nullptr;
+    }
 }
 
 RemoteMgmtCallbackIfc* RemoteSubscriber::current() {

@@ -9,10 +9,12 @@ namespace vireo {
 /// thread; the subscriber is called without the semaphore.
 class RemoteSubscriber {
 public:
-    /// False, and the old one stays, while there is one.
+    /// False, and the old one stays, while there is one; false for null.
     bool subscribe(RemoteMgmtCallbackIfc* callback);
     /// False unless `callback` is the stored one.
     bool unsubscribe(RemoteMgmtCallbackIfc* callback);
+    /// A subscriber that has left frees its place.
+    void forget(const RemoteMgmtCallbackIfc& callback);
     /// False when there is no subscriber.
     bool warn(RemoteMgmtCallbackIfc::eRemoteOperationType type);
     /// Tells the subscriber, if there is one, how a download goes on.

@@ -34,6 +34,10 @@ bool CurrentDownload::tryClaim() {
 
 void CurrentDownload::release() {
     const std::lock_guard lock(m_mutex);
+    giveBack();
+}
+
+void CurrentDownload::giveBack() {
     m_isClaimed = false;
     m_ender = std::thread::id();
     m_released.notify_all();
@@ -42,78 +46,85 @@ void CurrentDownload::release() {
 void CurrentDownload::begin(const Facts& facts) {
     m_completion.takeFor(std::chrono::milliseconds(0));  // of a caller that did not come for it
     const std::lock_guard lock(m_mutex);
-    m_facts = facts;
-    m_progress = 0;
-    m_hasBurnStarted = false;
-    m_hasBurnEnded = false;
+    m_before = std::exchange(m_state, {.facts = facts, .phase = Phase::eTransfer});
+    m_isFinished = false;
     m_outcome = false;
-    m_isUnderWay = true;
 }
 
 void CurrentDownload::cancel() {
     const std::lock_guard lock(m_mutex);
-    m_isUnderWay = false;
-    m_facts.callback = nullptr;
+    if (m_state.phase == Phase::eTransfer) {
+        m_state = std::exchange(m_before, {});
+    }
 }
 
 CurrentDownload::Facts CurrentDownload::facts() const {
     const std::lock_guard lock(m_mutex);
-    return m_facts;
+    return m_state.facts;
 }
 
 int CurrentDownload::progress() const {
     const std::lock_guard lock(m_mutex);
-    return m_progress;
+    return m_state.progress;
 }
 
 void CurrentDownload::setProgress(int percent) {
     const std::lock_guard lock(m_mutex);
-    m_progress = percent;
+    m_state.progress = percent;
 }
 
-bool CurrentDownload::tryBurn() {
+CurrentDownload::Phase CurrentDownload::phase() const {
     const std::lock_guard lock(m_mutex);
-    return !std::exchange(m_hasBurnStarted, true);
+    return m_state.phase;
 }
 
 void CurrentDownload::beginEnd() {
     const std::lock_guard lock(m_mutex);
-    if (m_isUnderWay) {
-        m_ender = std::this_thread::get_id();
+    m_ender = std::this_thread::get_id();
+}
+
+void CurrentDownload::finish() {
+    const std::lock_guard lock(m_mutex);
+    m_isFinished = true;
+    if (m_state.phase != Phase::eBurn) {
+        m_state.phase = Phase::eNone;
+        m_state.facts.callback = nullptr;
+        giveBack();
     }
 }
 
-bool CurrentDownload::isUnderWay() const {
+bool CurrentDownload::tryBurn() {
     const std::lock_guard lock(m_mutex);
-    return m_isUnderWay;
-}
-
-void CurrentDownload::endTransfer() {
-    const std::lock_guard lock(m_mutex);
-    m_isUnderWay = false;
-}
-
-void CurrentDownload::finish(bool isBurning) {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (!isBurning || m_hasBurnEnded) {
-            m_facts.callback = nullptr;
-        }
+    if (std::exchange(m_state.hasBurnStarted, true)) {
+        return false;
     }
-    release();
+    m_state.phase = Phase::eBurn;
+    m_ender = std::thread::id();  // a burn takes its time
+    return true;
 }
 
 void CurrentDownload::endBurn() {
     const std::lock_guard lock(m_mutex);
-    m_hasBurnEnded = true;
-    m_facts.callback = nullptr;
+    m_state.phase = Phase::eNone;
+    if (m_isFinished) {
+        m_state.facts.callback = nullptr;
+        giveBack();
+    }
+}
+
+void CurrentDownload::forget(const LocalMgmtCallbackIfc& callback) {
+    const std::lock_guard lock(m_mutex);
+    if (m_state.facts.callback == &callback) {
+        m_state.facts.callback = nullptr;
+    }
 }
 
 void CurrentDownload::deliver(bool success) {
     {
         const std::lock_guard lock(m_mutex);
         m_outcome = success;
-        m_facts.isAwaited = false;
+        m_state.facts.isAwaited = false;
+        m_state.phase = Phase::eNone;
     }
     m_completion.give();
 }

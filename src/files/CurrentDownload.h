@@ -30,12 +30,12 @@ public:
     /// Takes the claim to make the next download. False while a download or a burn is under way;
     /// one that is just reporting its end is waited for a moment.
     bool tryClaim();
-    /// Gives the claim back.
+    /// Gives the claim back without a download.
     void release();
 
     /// The claimed download starts: progress 0, nothing burnt.
     void begin(const Facts& facts);
-    /// The transfer did not start after all: `end` is not to come.
+    /// It does not start after all: what `begin` has changed is as it was.
     void cancel();
     Facts facts() const;
 
@@ -43,35 +43,49 @@ public:
     int progress() const;
     void setProgress(int percent);
 
-    /// True for the first who wants to burn the image of this download.
-    bool tryBurn();
+    /// What reports of the platform are about.
+    enum class Phase { eNone, eTransfer, eBurn };
+    Phase phase() const;
 
-    /// The last report of a transfer that is under way is being handled on this thread.
+    /// The last report of this phase is being handled on this thread.
     void beginEnd();
-    /// Whether the transfer has begun and its end has not been handled yet.
-    bool isUnderWay() const;
-    void endTransfer();
-    /// Gives the claim back after the end. Nobody hears of the download any more, unless its image
-    /// is being burnt.
-    void finish(bool isBurning);
-    /// The burn has ended: nobody hears of the download any more.
+    /// The end of the transfer has been handled, or that of the waiting caller's part in it. The
+    /// claim is given back, and nobody hears of the download any more, unless its image is being
+    /// burnt.
+    void finish();
+
+    /// True for the first who wants to burn the image of this download. From then on reports are
+    /// about the burn.
+    bool tryBurn();
+    /// The burn has ended, or did not start. As `finish`, when that was called.
     void endBurn();
-    /// Tells the waiting caller the outcome.
+
+    /// If it was `callback` who hears of the download, nobody does any more.
+    void forget(const LocalMgmtCallbackIfc& callback);
+
+    /// Tells the waiting caller the outcome. The transfer has ended.
     void deliver(bool success);
     /// Waits for `deliver`, without limit.
     bool await();
 
 private:
+    struct State {
+        Facts facts;
+        int progress = 0;
+        Phase phase = Phase::eNone;
+        bool hasBurnStarted = false;
+    };
+
+    void giveBack();
+
     mutable std::mutex m_mutex;
     std::condition_variable m_released;
     Semaphore m_setUpLock{1, 1};
     Semaphore m_completion{0, 1};
-    Facts m_facts;
-    int m_progress = 0;
+    State m_state;
+    State m_before;  ///< what a start that fails goes back to
     bool m_isClaimed = false;
-    bool m_hasBurnStarted = false;
-    bool m_hasBurnEnded = false;
-    bool m_isUnderWay = false;
+    bool m_isFinished = false;
     bool m_outcome = false;
     std::thread::id m_ender;  ///< the thread that handles the last report
 };

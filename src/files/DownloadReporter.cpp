@@ -32,34 +32,72 @@ DownloadReporter::DownloadReporter(LocalMgmtIfc& items, CurrentDownload& current
       m_remote(std::move(remote)) {}
 
 bool DownloadReporter::progressNotify(int percent) {
+    const CurrentDownload::Phase phase = m_current.phase();
     const CurrentDownload::Facts facts = m_current.facts();
     if (facts.path.empty()) {
         VCMS_LOG(kLogError, "ProgressNotify: filepath cannot be empty");
         return false;
     }
-    percent = std::min(percent, kComplete);
-    if (percent == kComplete || percent < 0) {
+    if (phase == CurrentDownload::Phase::eTransfer) {
+        handleTransfer(std::min(percent, kComplete), facts);
+    } else if (phase == CurrentDownload::Phase::eBurn) {
+        handleBurn(std::min(percent, kBurnt), facts);
+    }
+    return phase != CurrentDownload::Phase::eNone;
+}
+
+void DownloadReporter::handleTransfer(int percent, const CurrentDownload::Facts& facts) {
+    if (percent >= 0 && percent < kComplete) {
+        tellAll(percent, facts);
+        return;
+    }
+    m_current.beginEnd();
+    bool isGood = false;
+    // Whatever goes wrong here, the download ends.
+    guardedCall("progressNotify", [&] {
+        isGood = percent == kComplete && isAccepted(facts);
+        int value = isGood || percent < 0 ? percent : kFailed;
+        m_current.setProgress(value);
+        m_remote(value);
+        // The file may have gone while the subscriber was told.
+        if (isGood && !isAccepted(facts)) {
+            isGood = false;
+            value = kFailed;
+            m_remote(value);
+        }
+        if (isGood) {
+            informCompletion(facts);
+        } else {
+            informProgress(value, facts);
+        }
+    });
+    end(facts, isGood);
+}
+
+void DownloadReporter::handleBurn(int percent, const CurrentDownload::Facts& facts) {
+    const bool isLast = percent < 0 || percent == kBurnt;
+    if (isLast) {
         m_current.beginEnd();
     }
-    int value = percent;
-    if (percent == kComplete && !m_validator.validateFileWithPath(facts.type, facts.path)) {
-        value = kFailed;
+    guardedCall("progressNotify", [&] { tellAll(percent, facts); });
+    if (isLast) {
+        m_current.endBurn();
     }
-    m_current.setProgress(value);
-    m_remote(value);
-    if (percent == kComplete) {
-        informCompletion(facts);
-    } else {
-        informProgress(percent, facts);
-        if (!m_current.isUnderWay()) {
-            if (percent < 0 || percent == kBurnt) {
-                m_current.endBurn();
-            }
-        } else if (percent < 0) {
-            end(facts, false, false);
-        }
+}
+
+/// Whether the file passes its check. One that does not is gone then.
+bool DownloadReporter::isAccepted(const CurrentDownload::Facts& facts) {
+    const FileValidator::Verdict verdict = m_validator.check(facts.type, facts.path);
+    if (verdict == FileValidator::Verdict::eUnusable) {
+        guardedCall("deleteFile", [&] { Storage::deleteFile(facts.path); });
     }
-    return true;
+    return verdict == FileValidator::Verdict::eAccepted;
+}
+
+void DownloadReporter::tellAll(int percent, const CurrentDownload::Facts& facts) {
+    m_current.setProgress(percent);
+    m_remote(percent);
+    informProgress(percent, facts);
 }
 
 void DownloadReporter::informProgress(int value, const CurrentDownload::Facts& facts) {
@@ -74,59 +112,45 @@ void DownloadReporter::informProgress(int value, const CurrentDownload::Facts& f
 }
 
 void DownloadReporter::informCompletion(const CurrentDownload::Facts& facts) {
-    const FileValidator::Verdict verdict = m_validator.check(facts.type, facts.path);
-    bool isBurning = false;
-    if (verdict == FileValidator::Verdict::eAccepted) {
-        isBurning = succeed(facts);
-    } else {
-        if (verdict == FileValidator::Verdict::eUnusable) {
-            guardedCall("deleteFile", [&] { Storage::deleteFile(facts.path); });
-        }
-        informProgress(kFailed, facts);
-    }
-    end(facts, verdict == FileValidator::Verdict::eAccepted, isBurning);
-}
-
-/// Whether an image is being burnt now.
-bool DownloadReporter::succeed(const CurrentDownload::Facts& facts) {
     DownloadStatusItems::recordTimeAndStatus(m_items, DownloadStatusItems::kSucceeded, facts.type);
     if (facts.callback != nullptr) {
         guarded("informDownloadCompletion", false,
                 [&] { return facts.callback->informDownloadCompletion(facts.path); });
     }
-    m_current.setProgress(kComplete);
-    if (!facts.isAwaited) {
-        return actOnSuccess(facts);
+    if (facts.isAwaited) {  // its caller does the rest
+        VCMS_LOG(kLogDebug, "clear m_returnAfterDownloadComplete\n");
+        return;
     }
-    VCMS_LOG(kLogDebug, "clear m_returnAfterDownloadComplete\n");
-    return false;
-}
-
-/// What a caller that waits does itself.
-bool DownloadReporter::actOnSuccess(const CurrentDownload::Facts& facts) {
     if (FileTypeCatalogue::isSingleFileType(facts.type)) {
         SingleFileTypes::removeOldFileForSingleFileTypes(facts.type, facts.path);
     }
-    if (facts.type != LocalMgmtIfc::FILETYPE_SOFTWARE || !m_current.tryBurn()) {
-        return false;
+    if (facts.type == LocalMgmtIfc::FILETYPE_SOFTWARE && m_current.tryBurn()) {
+        VCMS_LOG(kLogDebug, "Software Bind downloaded Successfully. Starting Burn...\n");
+        burn(facts);
     }
-    VCMS_LOG(kLogDebug, "Software Bind downloaded Successfully. Starting Burn...\n");
-    if (m_burner.startImageBurn(facts.path)) {
-        return true;
-    }
-    informProgress(kFailed, facts);
-    m_remote(kFailed);
-    return false;
 }
 
-void DownloadReporter::end(const CurrentDownload::Facts& facts, bool success, bool isBurning) {
+bool DownloadReporter::burn(const CurrentDownload::Facts& facts) {
+    const bool isStarted =
+        guarded("startImageBurn", false, [&] { return m_burner.startImageBurn(facts.path); });
+    if (!isStarted) {
+        m_current.beginEnd();
+        guardedCall("startImageBurn", [&] {
+            informProgress(kFailed, facts);
+            m_remote(kFailed);
+        });
+        m_current.endBurn();
+    }
+    return isStarted;
+}
+
+void DownloadReporter::end(const CurrentDownload::Facts& facts, bool success) {
     // Deliberate: the text speaks of a failure whatever the outcome, and the mark goes also where
     // the download did not set it.
     VCMS_LOG(kLogInfo, "Clear Phone busy state of SOFTWARE_UPDATE due to transfer failure.");
     m_items.clearPhoneBusyStatus(kBusyWithSoftwareUpdate);
-    m_current.endTransfer();
     if (!facts.isAwaited) {
-        m_current.finish(isBurning);
+        m_current.finish();
         return;
     }
     if (!success) {

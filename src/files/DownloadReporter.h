@@ -23,13 +23,18 @@ public:
 
     /// The platform's report on a transfer or a burn. False when nothing is under way.
     bool progressNotify(int percent);
+    /// Has the image of the current download burnt; for who was the first to want it. False, and
+    /// everybody was told that it failed, when it is none for this phone or cannot be burnt now.
+    bool burn(const CurrentDownload::Facts& facts);
 
 private:
+    void handleTransfer(int percent, const CurrentDownload::Facts& facts);
+    void handleBurn(int percent, const CurrentDownload::Facts& facts);
+    bool isAccepted(const CurrentDownload::Facts& facts);
+    void tellAll(int percent, const CurrentDownload::Facts& facts);
     void informProgress(int value, const CurrentDownload::Facts& facts);
     void informCompletion(const CurrentDownload::Facts& facts);
-    bool succeed(const CurrentDownload::Facts& facts);
-    bool actOnSuccess(const CurrentDownload::Facts& facts);
-    void end(const CurrentDownload::Facts& facts, bool success, bool isBurning);
+    void end(const CurrentDownload::Facts& facts, bool success);
 
     LocalMgmtIfc& m_items;
     CurrentDownload& m_current;

@@ -8,9 +8,9 @@
 #include "SemaphoreGuard.h"
 #include "device/GPALAdmin.h"
 #include "device/Storage.h"
+#include "files/DownloadReporter.h"
 #include "files/FileTypeCatalogue.h"
 #include "files/FileValidator.h"
-#include "files/ImageBurner.h"
 #include "files/PhoneBusyState.h"
 #include "files/SingleFileTypes.h"
 #include "items/RegistryHold.h"
@@ -32,43 +32,62 @@ std::string baseName(const std::string& path) {
 
 }  // namespace
 
-DownloadStarter::DownloadStarter(CurrentDownload& current, ImageBurner& burner,
-                                 Surroundings surroundings)
-    : m_current(current), m_burner(burner), m_surroundings(std::move(surroundings)) {}
-
-bool DownloadStarter::tryClaim() {
-    if (m_current.tryClaim()) {
-        return true;
+/// The claim to make the next download. It goes to the download or is given back.
+class DownloadStarter::Claim {
+public:
+    explicit Claim(CurrentDownload& current) : m_current(current), m_isMine(current.tryClaim()) {
+        if (!m_isMine) {
+            VCMS_LOG(kLogWarning, "Download not allowed, a download is in progress\n");
+        }
     }
-    VCMS_LOG(kLogWarning, "Download not allowed, a download is in progress\n");
-    return false;
-}
+    Claim(const Claim&) = delete;
+    Claim& operator=(const Claim&) = delete;
+    ~Claim() {
+        if (m_isMine) {
+            m_current.release();
+        }
+    }
+    explicit operator bool() const { return m_isMine; }
+    void passOn() { m_isMine = false; }
+
+private:
+    CurrentDownload& m_current;
+    bool m_isMine;
+};
+
+DownloadStarter::DownloadStarter(CurrentDownload& current, DownloadReporter& reporter,
+                                 Surroundings surroundings)
+    : m_current(current), m_reporter(reporter), m_surroundings(std::move(surroundings)) {}
 
 bool DownloadStarter::startPlain(LocalMgmtIfc::eFiletype type) {
     VCMS_LOG(kLogDebug, "startDownload with filetype.");
-    if (!tryClaim()) {
+    Claim claim(m_current);
+    if (!claim) {
         return false;
     }
     m_surroundings.items.setPhoneBusyStatus(kBusyWithSoftwareUpdate);
     VCMS_LOG(kLogInfo, "Set phone busy state to SOFTWARE_UPDATE.");
-    if (startClaimedFromSettings(type, nullptr)) {
-        return true;
+    const bool isStarted =
+        guarded("startDownload", false, [&] { return startFromSettings(claim, type, nullptr); });
+    if (!isStarted) {
+        VCMS_LOG(kLogInfo, "Clear Phone busy state of SOFTWARE_UPDATE due to transfer failure.");
+        m_surroundings.items.clearPhoneBusyStatus(kBusyWithSoftwareUpdate);
     }
-    VCMS_LOG(kLogInfo, "Clear Phone busy state of SOFTWARE_UPDATE due to transfer failure.");
-    m_surroundings.items.clearPhoneBusyStatus(kBusyWithSoftwareUpdate);
-    return false;
+    return isStarted;
 }
 
 bool DownloadStarter::startFromSettings(LocalMgmtIfc::eFiletype type, Executable* callback) {
-    return tryClaim() && startClaimedFromSettings(type, callback);
+    Claim claim(m_current);
+    return claim && startFromSettings(claim, type, callback);
 }
 
 bool DownloadStarter::startFrom(const DownloadSource& source, LocalMgmtIfc::eFiletype type,
                                 Executable* callback, bool overrideBusy) {
-    return tryClaim() &&
-           startClaimed(source, {.type = type,
-                                 .callback = dynamic_cast<LocalMgmtCallbackIfc*>(callback),
-                                 .overridesBusy = overrideBusy});
+    Claim claim(m_current);
+    return claim && start(claim, source,
+                          {.type = type,
+                           .callback = dynamic_cast<LocalMgmtCallbackIfc*>(callback),
+                           .overridesBusy = overrideBusy});
 }
 
 bool DownloadStarter::fetchFrom(const DownloadSource& source, LocalMgmtIfc::eFiletype type) {
@@ -77,40 +96,38 @@ bool DownloadStarter::fetchFrom(const DownloadSource& source, LocalMgmtIfc::eFil
         VCMS_LOG(kLogWarning, "Download not allowed, it would be waited for within a write");
         return false;
     }
-    return tryClaim() && startClaimed(source, {.type = type, .isAwaited = true});
+    Claim claim(m_current);
+    return claim && start(claim, source, {.type = type, .isAwaited = true});
 }
 
-// From here on this has the claim; it goes to the download or is given back.
-
-bool DownloadStarter::startClaimedFromSettings(LocalMgmtIfc::eFiletype type, Executable* callback) {
+bool DownloadStarter::startFromSettings(Claim& claim, LocalMgmtIfc::eFiletype type,
+                                        Executable* callback) {
     VCMS_LOG(kLogDebug, "startDownload with filetype and callback");
     DownloadTags tags;
-    DownloadData data;
     if (!FileTypeCatalogue::getDownloadVcmsTags(type, tags)) {
         VCMS_LOG(kLogError, "Error getting download Tags. Download aborted.");
-    } else if (!DownloadSettings::loadDownloadData(m_surroundings.items, data, tags)) {
-        VCMS_LOG(kLogError, "Error loading data. Download aborted.");
-    } else {
-        return startClaimed(
-            DownloadSettings::sourceOf(data),
-            {.type = type, .callback = dynamic_cast<LocalMgmtCallbackIfc*>(callback)});
+        return false;
     }
-    m_current.release();
-    return false;
+    DownloadData data;
+    if (!DownloadSettings::loadDownloadData(m_surroundings.items, data, tags)) {
+        VCMS_LOG(kLogError, "Error loading data. Download aborted.");
+        return false;
+    }
+    return start(claim, DownloadSettings::sourceOf(data),
+                 {.type = type, .callback = dynamic_cast<LocalMgmtCallbackIfc*>(callback)});
 }
 
-bool DownloadStarter::startClaimed(const DownloadSource& source, const Order& order) {
+bool DownloadStarter::start(Claim& claim, const DownloadSource& source, const Order& order) {
     VCMS_LOG(kLogDebug, "startDownload With Many Params And Callback");
     if (isSoftware(order.type) && !order.overridesBusy &&
         (m_surroundings.items.retrievePhoneBusyStatus() & kBusyWithCall) != 0) {
         VCMS_LOG(kLogWarning, "Download not allowed, phone is busy\n");
-        m_current.release();
         return false;
     }
     if (!downloadFile(source, order)) {
-        m_current.release();
         return false;
     }
+    claim.passOn();
     if (!order.isAwaited) {
         VCMS_LOG(kLogDebug, "startDownload: successfull.");
         return true;
@@ -118,30 +135,35 @@ bool DownloadStarter::startClaimed(const DownloadSource& source, const Order& or
     VCMS_LOG(kLogDebug,
              "startDownload: successfull. Waiting for download to complete or fail before "
              "returning.");
-    return finishAwaited();
+    const bool isSuccess = m_current.await();
+    const bool result = guarded("startDownload", false, [&] { return completeAwaited(isSuccess); });
+    m_current.finish();
+    return result;
 }
 
-bool DownloadStarter::finishAwaited() {
-    const bool isSuccess = m_current.await();
+/// What a caller that waits does after the end of the transfer.
+bool DownloadStarter::completeAwaited(bool isSuccess) {
     const CurrentDownload::Facts facts = m_current.facts();
-    bool result = isSuccess;
     if (isSoftware(facts.type)) {
         if (!isSuccess) {
             VCMS_LOG(kLogDebug, "Software Bind download failed.");
-        } else if (m_current.tryBurn()) {
-            VCMS_LOG(kLogDebug, "Software Bind downloaded Successfully. Starting Burn...");
-            result = m_burner.startImageBurn(facts.path);
+            return false;
         }
-    } else if (!isSuccess) {
-        VCMS_LOG(kLogDebug, "File download Failed.");
-    } else {
-        VCMS_LOG(kLogDebug, "File downloaded Successfully.");
-        if (FileTypeCatalogue::isSingleFileType(facts.type)) {
-            SingleFileTypes::removeOldFileForSingleFileTypes(facts.type, facts.path);
+        if (!m_current.tryBurn()) {
+            return true;
         }
+        VCMS_LOG(kLogDebug, "Software Bind downloaded Successfully. Starting Burn...");
+        return m_reporter.burn(facts);
     }
-    m_current.release();
-    return result;
+    if (!isSuccess) {
+        VCMS_LOG(kLogDebug, "File download Failed.");
+        return false;
+    }
+    VCMS_LOG(kLogDebug, "File downloaded Successfully.");
+    if (FileTypeCatalogue::isSingleFileType(facts.type)) {
+        SingleFileTypes::removeOldFileForSingleFileTypes(facts.type, facts.path);
+    }
+    return true;
 }
 
 bool DownloadStarter::downloadFile(const DownloadSource& source, const Order& order) {

@@ -10,8 +10,8 @@ namespace vireo {
 
 class AdminProgressCallback;
 class CertificateMgmtSvcIfc;
+class DownloadReporter;
 class Executable;
-class ImageBurner;
 class RegistrySemaphore;
 
 /// Starts downloads, one at a time. Safe from every thread.
@@ -26,7 +26,8 @@ public:
         std::function<LocalMgmtIfc::eUsertype()> currentUser;
     };
 
-    DownloadStarter(CurrentDownload& current, ImageBurner& burner, Surroundings surroundings);
+    DownloadStarter(CurrentDownload& current, DownloadReporter& reporter,
+                    Surroundings surroundings);
 
     /// By the type's settings, the phone being busy meanwhile.
     bool startPlain(LocalMgmtIfc::eFiletype type);
@@ -47,16 +48,17 @@ private:
         bool isAwaited = false;
     };
 
-    bool tryClaim();
-    bool startClaimedFromSettings(LocalMgmtIfc::eFiletype type, Executable* callback);
-    bool startClaimed(const DownloadSource& source, const Order& order);
-    bool finishAwaited();
+    class Claim;
+
+    bool startFromSettings(Claim& claim, LocalMgmtIfc::eFiletype type, Executable* callback);
+    bool start(Claim& claim, const DownloadSource& source, const Order& order);
+    bool completeAwaited(bool isSuccess);
     bool downloadFile(const DownloadSource& source, const Order& order);
     bool setUp(const DownloadSource& source, const Order& order);
     bool prepareTransport(LocalMgmtIfc::eDownloadProtocol protocol);
 
     CurrentDownload& m_current;
-    ImageBurner& m_burner;
+    DownloadReporter& m_reporter;
     Surroundings m_surroundings;
 };
 

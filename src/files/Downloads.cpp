@@ -13,9 +13,8 @@ Downloads::Downloads(DownloadStarter::Surroundings surroundings, Services servic
     : m_mobility(services.mobility),
       m_validator(std::move(services.media), std::move(services.mobility)),
       m_burner(m_current, surroundings.progress),
-      m_starter(m_current, m_burner, surroundings),
-      m_reporter(surroundings.items, m_current, m_validator, m_burner, std::move(services.remote)) {
-}
+      m_reporter(surroundings.items, m_current, m_validator, m_burner, std::move(services.remote)),
+      m_starter(m_current, m_reporter, surroundings) {}
 
 int Downloads::requestCurrentDownloadStatus(LocalMgmtIfc::eFiletype type,
                                             const std::string& fileName) const {

@@ -33,6 +33,8 @@ public:
     /// Whether the client that waits for the current download, if there is one, lets the phone be
     /// shut down.
     bool requestShutdown() const;
+    /// Who has left is neither told nor asked any more.
+    void forget(const LocalMgmtCallbackIfc& callback) { m_current.forget(callback); }
     /// Has the pictures of the phone book read again, not while a download is being set up.
     void refreshPictureClips();
 
@@ -41,8 +43,8 @@ private:
     CurrentDownload m_current;
     FileValidator m_validator;
     ImageBurner m_burner;
-    DownloadStarter m_starter;
     DownloadReporter m_reporter;
+    DownloadStarter m_starter;
 };
 
 }  // namespace vireo

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "LocalMgmtIfc.h"
+#include "PeerWatcherIfc.h"
 #include "RemoteMgmtIfc.h"
 #include "ShutdownConsentIfc.h"
 #include "data/DataCollection.h"
@@ -37,7 +38,8 @@ class VireoClientMgmt : public Service,
                         public RemoteMgmtIfc,
                         public AdminProgressCallback,
                         public ShutdownConsentIfc,
-                        public GroupedWrites {
+                        public GroupedWrites,
+                        public PeerWatcherIfc {
 public:
     VireoClientMgmt();
     ~VireoClientMgmt() override;
@@ -47,6 +49,7 @@ public:
     void shutdown() override {}
     void timerEvent(int timerId) override;
     bool requestShutdown() override;
+    void peerLeft(Executable& proxy) override;
 
     bool setData(ManageableData& record) override;
     bool takesInGroup(const ManageableData& record) override;

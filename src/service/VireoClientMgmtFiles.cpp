@@ -1,4 +1,5 @@
 #include "Boundary.h"
+#include "LocalMgmtCallbackIfc.h"
 #include "files/FileTypeCatalogue.h"
 #include "service/VireoClientMgmt.h"
 
@@ -90,6 +91,17 @@ bool VireoClientMgmt::progressNotify(int percent) {
 
 bool VireoClientMgmt::requestShutdown() {
     return guarded("requestShutdown", true, [&] { return m_downloads.requestShutdown(); });
+}
+
+void VireoClientMgmt::peerLeft(Executable& proxy) {
+    guardedCall("peerLeft", [&] {
+        if (const auto* const follower = dynamic_cast<LocalMgmtCallbackIfc*>(&proxy)) {
+            m_downloads.forget(*follower);
+        }
+        if (const auto* const subscriber = dynamic_cast<RemoteMgmtCallbackIfc*>(&proxy)) {
+            m_remoteSubscriber.forget(*subscriber);
+        }
+    });
 }
 
 void VireoClientMgmt::timerEvent(int timerId) {

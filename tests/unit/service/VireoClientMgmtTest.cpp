@@ -76,7 +76,7 @@ TEST_F(VireoClientMgmtTest, ManagersThatDoNothingYetRefuseHonestly) {
     EXPECT_FALSE(service.getData(record));
 }
 
-struct Subscriber : RemoteMgmtCallbackIfc {
+struct Subscriber : Executable, RemoteMgmtCallbackIfc {
     void informRemoteProgress(int, eRemoteOperationType) override {}
     void informRemoteWarning(eRemoteOperationType type) override { warnings.push_back(type); }
     std::vector<int> warnings;
@@ -101,7 +101,13 @@ TEST_F(VireoClientMgmtTest, OneRemoteSubscriberIsWarnedOfMemoryTrouble) {
     warn("3");
     EXPECT_EQ(first.warnings, (std::vector<int>{3, 4}));
     EXPECT_TRUE(service.unsubscribeForRemoteProgress(&first));
-    EXPECT_EQ(ports.count(kLogWarning, "subscription already in use"), 1);
+    EXPECT_FALSE(service.subscribeForRemoteProgress(nullptr));
+    EXPECT_TRUE(service.subscribeForRemoteProgress(&second));
+    service.peerLeft(first);
+    EXPECT_FALSE(service.subscribeForRemoteProgress(&first));
+    service.peerLeft(second);
+    EXPECT_TRUE(service.subscribeForRemoteProgress(&first));
+    EXPECT_EQ(ports.count(kLogWarning, "subscription already in use"), 2);
     EXPECT_EQ(ports.count(kLogWarning, "cannot unsubscribe"), 2);
 }
 
