@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,12 +23,16 @@ namespace vireo::test {
 struct TestContext : SvcRTEContext {
     Executable* findService(const std::string& interfaceName) override {
         asked.push_back(interfaceName);
-        return interfaceName == "DataAccessServiceIfc" ? store : nullptr;
+        const auto other = others.find(interfaceName);
+        return interfaceName == "DataAccessServiceIfc" ? store
+               : other != others.end()                 ? other->second
+                                                       : nullptr;
     }
     void postToMessageThread(std::function<void()> task) override { task(); }
     TimerFacility* timers() override { return nullptr; }
 
     Executable* store = nullptr;
+    std::map<std::string, Executable*> others;
     std::vector<std::string> asked;
 };
 

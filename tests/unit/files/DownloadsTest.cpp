@@ -1,0 +1,360 @@
+#include <gmock/gmock.h>
+
+#include "unit/files/DownloadHouse.h"
+
+namespace vireo::test {
+namespace {
+
+using testing::ElementsAre;
+using Ifc = LocalMgmtIfc;
+using Downloads = DownloadHouse;
+
+constexpr auto kRinger = Ifc::FILETYPE_RINGER;
+constexpr auto kPicture = Ifc::FILETYPE_PICTURE;
+constexpr auto kSoftware = Ifc::FILETYPE_SOFTWARE;
+
+TEST_F(Downloads, LimitsHoldToTheByteAndARejectionIsToldOnce) {
+    const struct {
+        Ifc::eFiletype type;
+        const char* place;
+        const char* infix;
+        std::size_t size;
+        int audio;  // -1: nobody can tell
+        bool isGood;
+        std::size_t heard = 0;
+    } rows[] = {{kPicture, "images/f", "pic", 300'000, 1, true},
+                {kPicture, "images/f", "pic", 300'001, 0, false},
+                {Ifc::FILETYPE_LDAP, "ldap/f", "ldp", 2'000, 1, true},
+                {Ifc::FILETYPE_LDAP, "ldap/f", "ldp", 2'001, 0, false},
+                // Nothing was asked yet: the service finds the media control with the next row.
+                {kRinger, "ringtones/f", "rng", 1'000'000, -1, true},
+                {kRinger, "ringtones/f", "rng", 1'000'001, -1, false},
+                {kRinger, "ringtones/f", "rng", 1'000'000, 0, true, 2},
+                {kRinger, "ringtones/f", "rng", 1'000'001, 0, false},
+                {kRinger, "ringtones/f", "rng", 10, 1, false, 1},
+                {Ifc::FILETYPE_MUSIC_ON_HOLD, "music/f", "moh", 10, 2, false, 1}};
+    const std::string content(1'000'001, 'x');
+    Texts told;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.place) + " " + std::to_string(row.size));
+        context.others["MediaControlServiceIfc"] = row.audio < 0 ? nullptr : &media;
+        media.answer = row.audio;
+        media.asked.clear();
+        ports.forgetLines();
+        ASSERT_TRUE(startFrom(row.type));
+        transfer.complete(content.substr(0, row.size));
+        told.insert(told.end(), {"40", row.isGood ? "f" : "-3"});
+        EXPECT_EQ(follower.texts(), told);
+        EXPECT_EQ(exists(row.place), row.isGood);
+        EXPECT_EQ(get("dl-" + std::string(row.infix) + "-last-status"), row.isGood ? "1" : "2");
+        EXPECT_EQ(service.requestCurrentDownloadStatus(row.type, "f"), row.isGood ? 100 : -3);
+        EXPECT_EQ(media.asked.size(), row.heard);
+        EXPECT_EQ(ports.count(kLogWarning, "Maximum size exceeded"), row.size == 2'001 ? 1 : 0);
+        EXPECT_EQ(ports.lines(kLogError).size(), row.audio < 0 && row.isGood ? 2U : 0U);
+    }
+    EXPECT_EQ(remote.texts().size(), 2 * std::size(rows));
+}
+
+TEST_F(Downloads, TheBusyMarkComesAndGoesOnceInEveryEnding) {
+    TestAgent observer;
+    EXPECT_EQ(service.observeManageableData("phone-busy-status", &observer), 1);
+    set("dl-ftp-addr", "server");
+    set("dl-app-file", "f");
+    set("dl-pic-file", "f");
+    const struct {
+        const char* what;
+        Ifc::eFiletype type;
+        std::function<void()> end;
+        bool isRefused = false;
+        bool isForThisPhone = true;
+    } rows[] = {
+        {"fetched", kPicture, [this] { transfer.complete("f"); }},
+        {"rejected", kPicture, [this] { transfer.complete(std::string(300'001, 'x')); }},
+        {"failed", kPicture, [this] { transfer.fail(); }},
+        {"cannot be burnt", kSoftware, [this] { transfer.complete("f"); }, false, false},
+        {"refused", kPicture, [] {}, true},
+        {"no settings", Ifc::FILETYPE_HELP, [] {}, true},
+        {"no type", static_cast<Ifc::eFiletype>(-1), [] {}, true},
+        {"burnt", kSoftware, [this] { transfer.complete("f"); }},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        observer.told.clear();
+        transfer.isRefusing = row.isRefused;
+        image.isForThisPhone = row.isForThisPhone;
+        EXPECT_EQ(startPlain(row.type), !row.isRefused);
+        row.end();
+        EXPECT_EQ(observer.told, (Texts{"phone-busy-status=512", "phone-busy-status=0"}));
+        EXPECT_EQ(service.retrievePhoneBusyStatus(), 0U);
+    }
+}
+
+TEST_F(Downloads, TheWaitingFormAnswersEveryEndAndLeavesNothingBehind) {
+    const struct {
+        const char* what;
+        std::function<void()> script;
+        bool isStarted = true;
+        std::string file = "f";
+        bool result = false;
+    } rows[] = {{"fetched",
+                 [this] {
+                     transfer.put("f");
+                     transfer.tell(100);
+                 },
+                 true, "f", true},
+                {"refused", [] {}, false},
+                {"not set up", [] {}, true, ".."},
+                {"rejected",
+                 [this] {
+                     transfer.put(std::string(300'001, 'x'));
+                     transfer.tell(100);
+                 }},
+                {"failed", [this] { transfer.tell(-1); }}};
+    for (int round = 0; round < 40; ++round) {
+        for (const auto& row : rows) {
+            SCOPED_TRACE(row.what);
+            transfer.isRefusing = !row.isStarted;
+            // Also a transfer that ends before its start returns.
+            transfer.script = [&](ScriptedWork&) { row.script(); };
+            EXPECT_EQ(fetch(kPicture, row.file), row.result);
+            transfer.isRefusing = false;
+            transfer.script = nullptr;
+            ASSERT_TRUE(startFrom(kPicture)) << "returns at once";
+            EXPECT_EQ(service.requestCurrentDownloadStatus(kPicture, ""), 0);
+            transfer.complete("f");
+        }
+    }
+    EXPECT_EQ(follower.texts().size(), 2 * 40 * std::size(rows));
+}
+
+TEST_F(Downloads, NoFormStartsDuringATransferOrABurnAndTheRunningOneGoesOn) {
+    const auto expectRefusals = [this](int progress) {
+        ports.forgetLines();
+        const std::size_t asked = transfer.requests.size();
+        EXPECT_FALSE(startPlain(kPicture));
+        EXPECT_FALSE(startBySettings(kPicture));
+        EXPECT_FALSE(startFrom(kPicture, true));
+        EXPECT_FALSE(fetch(kPicture));
+        EXPECT_EQ(ports.count(kLogWarning, "Download not allowed, a download is in progress\n"), 4);
+        EXPECT_EQ(transfer.requests.size(), asked);
+        EXPECT_EQ(service.retrievePhoneBusyStatus(), 0U);
+        EXPECT_EQ(service.requestCurrentDownloadStatus(kSoftware, "f"), progress);
+    };
+    ASSERT_TRUE(startFrom(kSoftware));
+    transfer.runToEnd([this](ScriptedWork&) { transfer.tell(20); });
+    expectRefusals(20);
+    transfer.complete("image");
+    ASSERT_EQ(image.burns, 1);
+    expectRefusals(100);
+    image.runToEnd([this](ScriptedWork&) { image.tell(30); });
+    expectRefusals(30);
+    image.runToEnd([this](ScriptedWork&) { image.tell(99); });
+    EXPECT_THAT(follower.texts(), ElementsAre("20", "40", "f", "30", "99"));
+    EXPECT_THAT(remote.texts(), ElementsAre("20", "40", "100", "30", "99"));
+    EXPECT_TRUE(startFrom(kPicture));
+    transfer.fail();
+}
+
+TEST_F(Downloads, AnImageIsBurntOnceWhoeverWantsItAndItsEndIsNotThatOfTheTransfer) {
+    const struct {
+        const char* what;
+        int lastOfBurn;  // 0: it does not start
+        int status;
+        const char* item;
+    } rows[] = {{"burnt", 99, 99, "1"}, {"fails at once", -1, -1, "2"}, {"foreign", 0, -3, "2"}};
+    for (const bool isAwaited : {false, true}) {
+        for (const auto& row : rows) {
+            SCOPED_TRACE(std::string(row.what) + (isAwaited ? ", awaited" : ""));
+            Follower own;
+            image.burns = 0;
+            image.isForThisPhone = row.lastOfBurn != 0;
+            image.script = [&](ScriptedWork&) { image.tell(row.lastOfBurn); };
+            if (isAwaited) {
+                transfer.script = [this](ScriptedWork&) {
+                    transfer.put("image");
+                    transfer.tell(100);
+                };
+                EXPECT_EQ(fetch(kSoftware), row.lastOfBurn != 0);
+                transfer.script = nullptr;
+            } else {
+                ASSERT_TRUE(service.startDownload(Ifc::DOWNLOAD_FTP, "", "server", "", "",
+                                                  kSoftware, "", "f", &own, false));
+                transfer.complete("image");
+            }
+            image.join();
+            EXPECT_EQ(image.burns, row.lastOfBurn != 0 ? 1 : 0);
+            EXPECT_EQ(service.requestCurrentDownloadStatus(kSoftware, ""), row.status);
+            EXPECT_EQ(get("dl-app-last-status"), row.item);
+            EXPECT_EQ(remote.texts().back(), std::to_string(row.status));
+            // Nobody hears of it any more, and nothing of it holds up the next one.
+            EXPECT_TRUE(service.requestShutdown());
+            EXPECT_EQ(own.texts().size(), isAwaited ? 0U : 3U);
+            ASSERT_TRUE(startFrom(kPicture));
+            transfer.fail();
+        }
+    }
+}
+
+TEST_F(Downloads, ACallRefusesSoftwareAloneUnlessItIsOverridden) {
+    const struct {
+        unsigned busy;
+        Ifc::eFiletype type;
+        bool overrides;
+        bool isStarted;
+    } rows[] = {{1, kSoftware, false, false},
+                {1, kSoftware, true, true},
+                {1, kPicture, false, true},
+                {2, kSoftware, false, true},
+                {512, kSoftware, false, true}};
+    for (const auto& row : rows) {
+        service.setPhoneBusyStatus(row.busy);
+        EXPECT_EQ(startFrom(row.type, row.overrides), row.isStarted) << &row - rows;
+        if (row.isStarted) {
+            transfer.fail();
+        }
+        EXPECT_EQ(service.retrievePhoneBusyStatus(), row.busy & ~512U);
+        service.clearPhoneBusyStatus(row.busy);
+    }
+    EXPECT_EQ(ports.count(kLogWarning, "Download not allowed, phone is busy\n"), 1);
+}
+
+TEST_F(Downloads, WhoIsToldOfTheEndMayStartTheNextOneButNotFromWithin) {
+    std::future<bool> next;
+    bool isWithin = true;
+    follower.onTold = [&] {
+        if (next.valid()) {
+            return;
+        }
+        isWithin = startFrom(kPicture);
+        next = std::async(std::launch::async, [this] { return startFrom(kPicture); });
+    };
+    ASSERT_TRUE(startFrom(kPicture));
+    transfer.runToEnd([this](ScriptedWork&) { transfer.tell(-1); });
+    EXPECT_FALSE(isWithin);
+    EXPECT_TRUE(next.get());
+    transfer.fail();
+}
+
+TEST_F(Downloads, TheWaitingFormIsRefusedWithinAWriteOfSeveralItems) {
+    TestAgent owner;
+    std::optional<bool> result;
+    owner.onSet = [&](ManageableData&) {
+        result = fetch(kPicture);
+        return true;
+    };
+    EXPECT_TRUE(service.registerManagementIdentity("MediaMgmtId", &owner));
+    ManageableData record;
+    record.populate("handset-volume", "3");
+    record.populate("headset-volume", "3");
+    service.setData(record);
+    EXPECT_EQ(result, false);
+    EXPECT_EQ(ports.count(kLogWarning, "it would be waited for within a write"), 2);
+    EXPECT_TRUE(transfer.requests.empty());
+}
+
+TEST_F(Downloads, AFailedStartLeavesEverythingAsItWas) {
+    ASSERT_TRUE(startFrom(kPicture, false, "old"));
+    transfer.complete("f");
+    const struct {
+        Ifc::eFiletype type;
+        const char* file;
+        Ifc::eDownloadProtocol protocol;
+        const char* line;
+    } rows[] = {
+        {kRinger, "f", Ifc::DOWNLOAD_HTTPS, "No certificates to download over HTTPS with"},
+        {kRinger, "f", static_cast<Ifc::eDownloadProtocol>(3), "Download protocol 3 not supported"},
+        {Ifc::FILETYPE_RESERVED_8, "f", Ifc::DOWNLOAD_FTP, "File type 8 unsupported"},
+        {kRinger, "dir/", Ifc::DOWNLOAD_FTP, "\"dir/\" names no file"},
+        {kRinger, "..", Ifc::DOWNLOAD_FTP, "\"..\" names no file"},
+        {kRinger, "f", Ifc::DOWNLOAD_FTP, "it is refused"}};
+    transfer.isRefusing = true;
+    for (const auto& row : rows) {
+        EXPECT_FALSE(startFrom(row.type, false, row.file, row.protocol));
+        EXPECT_EQ(ports.count(kLogError, row.line), 1) << row.line;
+    }
+    EXPECT_EQ(service.requestCurrentDownloadStatus(kPicture, "old"), 100);
+    EXPECT_EQ(service.requestCurrentDownloadStatus(kRinger, ""), -1);
+    EXPECT_TRUE(service.requestShutdown());
+    EXPECT_FALSE(service.progressNotify(-1)) << "nothing is under way";
+    EXPECT_EQ(get("dl-pic-last-status"), "1");
+    EXPECT_EQ(follower.texts().size(), 2U);
+}
+
+TEST_F(Downloads, ConsentIsAskedOfWhoIsThereAlone) {
+    EXPECT_TRUE(service.requestShutdown());
+    ASSERT_TRUE(startFrom(kPicture));
+    EXPECT_FALSE(service.requestShutdown());
+    follower.consents = true;
+    EXPECT_TRUE(service.requestShutdown());
+    follower.consents = false;
+    Follower other;
+    service.peerLeft(other);
+    EXPECT_FALSE(service.requestShutdown());
+    service.peerLeft(follower);
+    EXPECT_TRUE(service.requestShutdown());
+    transfer.complete("f");
+    EXPECT_TRUE(follower.texts().empty());
+    EXPECT_TRUE(exists("images/f"));
+}
+
+TEST_F(Downloads, OfSomeTypesTheNewFileAloneIsKept) {
+    for (const auto type : {Ifc::FILETYPE_LDAP, kPicture}) {
+        const bool isSingle = type == Ifc::FILETYPE_LDAP;
+        const std::string place = isSingle ? "ldap/" : "images/";
+        for (const char* file : {"a", "b"}) {
+            transfer.script = [this](ScriptedWork&) {
+                transfer.put("f");
+                transfer.tell(100);
+            };
+            EXPECT_TRUE(fetch(type, file));
+        }
+        EXPECT_EQ(exists(place + "a"), !isSingle);
+        EXPECT_TRUE(exists(place + "b"));
+    }
+}
+
+TEST_F(Downloads, SettingsSayWhereAFileComesFrom) {
+    context.others["CertificateMgmtSvcIfc"] = &certificates;
+    const struct {
+        std::vector<std::pair<const char*, const char*>> items;
+        const char* from;  // transport, server, port, path; empty: not started
+    } rows[] = {
+        {{{"addr", "own"}, {"method", "1"}, {"port", "2121"}, {"path", "p"}}, "ftp own 2121 p"},
+        {{{"method", "fTp"}, {"base-url", "https://b/c"}}, "ftp own 2121 p"},
+        {{{"method", "2"}}, "https https://b/c  "},
+        {{{"method", "Https"}, {"base-url", ""}}, "https own 2121 p"},
+        {{{"method", "3"}}, ""},
+        {{{"method", ""}}, ""},
+        {{{"use-defaults", "true"}}, "ftp common 21 c"},
+        {{{"use-defaults", "TRUE"}, {"method", "FTP"}, {"path", ""}}, "ftp own 2121 "}};
+    set("dl-ftp-addr", "common");
+    set("dl-ftp-path", "c");
+    set("dl-rng-use-defaults", "false");
+    set("dl-rng-file", "dir/f");
+    set("dl-rng-username", "a@b");
+    set("dl-rng-password", "p/w:#");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.from);
+        for (const auto& [item, value] : row.items) {
+            set("dl-rng-" + std::string(item), value);
+        }
+        transfer.requests.clear();
+        const bool isStarted = startBySettings(kRinger);
+        ASSERT_EQ(isStarted, *row.from != '\0');
+        if (isStarted) {
+            const TransferRequest& got = transfer.requests.at(0);
+            EXPECT_EQ((got.transport == TransportType::eFtp ? "ftp " : "https ") + got.server +
+                          ' ' + got.port + ' ' + got.sourcePath,
+                      row.from);
+            const bool isOwn = got.server != "common";
+            EXPECT_EQ(got.userName, isOwn ? "a@b" : "anonymous");
+            EXPECT_EQ(got.password, isOwn ? "p/w:#" : "");
+            EXPECT_EQ(got.fileName, "dir/f");
+            EXPECT_EQ(got.localPath, stored("ringtones/f"));
+            transfer.fail();
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vireo::test
