@@ -67,7 +67,7 @@ struct CurlTransfer::Job {
 };
 
 CurlTransfer::CurlTransfer(const std::string& storageRoot, const TransferOptions& options)
-    : m_fetcher(std::make_unique<FileFetcher>(options, m_isStopping)) {
+    : m_root(storageRoot), m_fetcher(std::make_unique<FileFetcher>(m_root, options, m_isStopping)) {
     removePartialFiles(storageRoot);
     m_thread = std::thread([this] { work(); });
 }

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "device/DevicePorts.h"
+#include "files/ConfinedRoot.h"
 #include "transfer/TransferOptions.h"
 
 namespace vireo {
@@ -24,7 +25,8 @@ class FileFetcher;
 /// Every transfer that fails has one error line with server, file and reason.
 class CurlTransfer : public TransferPort {
 public:
-    /// `storageRoot` is the directory below which all local paths lie. Removes what an earlier run
+    /// `storageRoot` is the directory below which all local paths lie; on the way from there no
+    /// link is followed. Removes what an earlier run
     /// left there.
     explicit CurlTransfer(const std::string& storageRoot, const TransferOptions& options = {});
     CurlTransfer(const CurlTransfer&) = delete;
@@ -48,6 +50,7 @@ private:
 
     std::atomic<bool> m_isActive{false};
     std::atomic<bool> m_isStopping{false};
+    const ConfinedRoot m_root;
     const std::unique_ptr<FileFetcher> m_fetcher;
     std::mutex m_mutex;
     std::condition_variable m_changed;

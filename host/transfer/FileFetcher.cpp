@@ -14,8 +14,10 @@ void logLine(int line, const SourceUrl& source, const std::string& what) {
 
 }  // namespace
 
-FileFetcher::FileFetcher(const TransferOptions& options, const std::atomic<bool>& isStopping)
-    : m_options(options),
+FileFetcher::FileFetcher(const ConfinedRoot& root, const TransferOptions& options,
+                         const std::atomic<bool>& isStopping)
+    : m_root(root),
+      m_options(options),
       m_isStopping(isStopping),
       m_multi(startCurl() ? curl_multi_init() : nullptr) {}
 
@@ -56,7 +58,8 @@ std::optional<FileFetcher::Rest> FileFetcher::restFor(const FetchOrder& order, s
     }
     m_rest.reset();
     if (!rest) {
-        std::optional<PartialFile> file = PartialFile::create(order.request.localPath, error);
+        std::optional<PartialFile> file =
+            PartialFile::create(m_root, order.request.localPath, error);
         if (file) {
             rest.emplace(Rest{order.source.url,
                               order.request.userName,

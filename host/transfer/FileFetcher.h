@@ -28,7 +28,9 @@ struct FetchOrder {
 /// it. For one thread, but for `wake`.
 class FileFetcher {
 public:
-    FileFetcher(const TransferOptions& options, const std::atomic<bool>& isStopping);
+    /// All files come to lie below `root`. What is not owned outlives this.
+    FileFetcher(const ConfinedRoot& root, const TransferOptions& options,
+                const std::atomic<bool>& isStopping);
     FileFetcher(const FileFetcher&) = delete;
     FileFetcher& operator=(const FileFetcher&) = delete;
     ~FileFetcher();
@@ -55,6 +57,7 @@ private:
     TransferAttempt::Ending attempt(const FetchOrder& order, Rest& rest, TransferProgress& progress,
                                     std::string& error);
 
+    const ConfinedRoot& m_root;
     const TransferOptions m_options;
     const std::atomic<bool>& m_isStopping;
     CURLM* const m_multi;

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "device/StorageError.h"
 #include "log/Log.h"
 #include "transfer/PartialName.h"
 
@@ -29,6 +30,16 @@ std::string nextHiddenName() {
            std::to_string(count.fetch_add(1));
 }
 
+FileDescriptor openDirectory(const ConfinedRoot& root, const std::string& path,
+                             std::string& error) {
+    try {
+        return root.openDirectory(root.locate(path).directories(), ConfinedRoot::Missing::eRefuse);
+    } catch (const StorageError& failure) {
+        error = failure.what();
+        return {};
+    }
+}
+
 void logLine(int level, int line, const std::string& text) {
     if (loggingOnUni(level)) {
         logAppUni("Transfer", "./host/transfer/PartialFile", level, line, "%s", text.c_str());
@@ -37,13 +48,16 @@ void logLine(int level, int line, const std::string& text) {
 
 }  // namespace
 
-PartialFile::PartialFile(FileDescriptor directory, std::string directoryPath, std::string finalName)
-    : m_directory(std::move(directory)),
-      m_directoryPath(std::move(directoryPath)),
-      m_finalName(std::move(finalName)) {}
+PartialFile::PartialFile(const ConfinedRoot& root, FileDescriptor directory,
+                         const std::string& finalPath)
+    : m_root(root),
+      m_directory(std::move(directory)),
+      m_directoryPath(finalPath.substr(0, finalPath.rfind('/') + 1)),
+      m_finalName(finalPath.substr(m_directoryPath.size())) {}
 
 PartialFile::PartialFile(PartialFile&& other) noexcept
-    : m_directory(std::move(other.m_directory)),
+    : m_root(other.m_root),
+      m_directory(std::move(other.m_directory)),
       m_directoryPath(std::move(other.m_directoryPath)),
       m_finalName(std::move(other.m_finalName)),
       m_hiddenName(std::exchange(other.m_hiddenName, {})),
@@ -57,15 +71,13 @@ PartialFile::~PartialFile() {
     }
 }
 
-std::optional<PartialFile> PartialFile::create(const std::string& finalPath, std::string& error) {
-    const std::size_t slash = finalPath.rfind('/') + 1;
-    std::string directoryPath = finalPath.substr(0, slash);
-    FileDescriptor directory(::open(directoryPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+std::optional<PartialFile> PartialFile::create(const ConfinedRoot& root,
+                                               const std::string& finalPath, std::string& error) {
+    FileDescriptor directory = openDirectory(root, finalPath, error);
     if (!directory) {
-        error = withReason("cannot open " + directoryPath, errno);
         return std::nullopt;
     }
-    PartialFile file(std::move(directory), std::move(directoryPath), finalPath.substr(slash));
+    PartialFile file(root, std::move(directory), finalPath);
     struct stat present {};
     if (::fstatat(file.m_directory.get(), file.m_finalName.c_str(), &present,
                   AT_SYMLINK_NOFOLLOW) == 0 &&
@@ -131,10 +143,12 @@ bool PartialFile::restart(std::string& error) {
 }
 
 bool PartialFile::isInPlace() const {
+    std::string ignored;
+    const FileDescriptor directory = openDirectory(m_root, m_directoryPath + m_finalName, ignored);
     struct stat named {};
     struct stat own {};
-    return ::fstatat(AT_FDCWD, (m_directoryPath + m_hiddenName).c_str(), &named,
-                     AT_SYMLINK_NOFOLLOW) == 0 &&
+    return directory &&
+           ::fstatat(directory.get(), m_hiddenName.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
            ::fstat(m_file.get(), &own) == 0 && named.st_dev == own.st_dev &&
            named.st_ino == own.st_ino;
 }

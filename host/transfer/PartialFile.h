@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "files/ConfinedRoot.h"
 #include "messages/FileDescriptor.h"
 
 namespace vireo {
@@ -13,9 +14,11 @@ namespace vireo {
 /// before that. For one thread at a time. Errors are one line without the path of the file.
 class PartialFile {
 public:
-    /// `finalPath` is absolute; its directory exists. Empty with an `error` when that cannot hold
-    /// the file, or something else than a file or a link has its name.
-    static std::optional<PartialFile> create(const std::string& finalPath, std::string& error);
+    /// `finalPath` is absolute and lies below `root`, which outlives the object; its directory
+    /// exists and is reached without a link. Empty with an `error` when that cannot hold the file,
+    /// or something else than a file or a link has its name.
+    static std::optional<PartialFile> create(const ConfinedRoot& root, const std::string& finalPath,
+                                             std::string& error);
     PartialFile(PartialFile&& other) noexcept;
     PartialFile& operator=(PartialFile&& other) = delete;
     ~PartialFile();
@@ -33,11 +36,12 @@ public:
     bool commit(std::string& error);
 
 private:
-    PartialFile(FileDescriptor directory, std::string directoryPath, std::string finalName);
+    PartialFile(const ConfinedRoot& root, FileDescriptor directory, const std::string& finalPath);
 
     bool open(std::string& error);
     void startWriteBack();
 
+    const ConfinedRoot& m_root;
     FileDescriptor m_directory;
     std::string m_directoryPath;
     std::string m_finalName;

@@ -94,8 +94,11 @@ TEST_F(Ftp, FailuresSayServerFileAndReason) {
     unknownHost.server = "no-such-host.invalid";
     TransferRequest nowhere = ftp(server.port(), "", "f");
     nowhere.localPath = local("missing/got");
-    TransferRequest readOnly = ftp(server.port(), "", "f");
-    readOnly.localPath = "/proc/got";
+    TransferRequest outside = ftp(server.port(), "", "f");
+    outside.localPath = "/proc/got";
+    TransferRequest linked = ftp(server.port(), "", "f");
+    linked.localPath = local("link/got");
+    std::filesystem::create_directory_symlink("/tmp", local("link"));
     const std::string place = "' from ftp server '127.0.0.1:" + server.port() + "': ";
     const struct {
         TransferRequest request;
@@ -105,12 +108,14 @@ TEST_F(Ftp, FailuresSayServerFileAndReason) {
                 {ftp(server.port(), "x", "f"), "cannot fetch 'x/f" + place + "no such directory"},
                 {ftp("1", "", "f"), "'127.0.0.1:1': no connection: Connection refused"},
                 {unknownHost, "ftp server 'no-such-host.invalid:21': unknown host"},
-                {nowhere, "cannot open " + local("missing/") + ": No such file or directory"},
-                {readOnly, "cannot write to /proc/: "}};
+                {nowhere, "cannot use \"" + local("missing/") + "\": No such file or directory"},
+                {outside, "cannot use \"/proc/got\": it does not lie below " + local("")},
+                {linked, "cannot use \"" + local("link/") + "\": there is something else"}};
     for (const auto& row : rows) {
         EXPECT_GT(0, fetch(row.request)) << row.line;
         EXPECT_EQ(1, ports.count(kLogError, row.line)) << row.line;
     }
+    std::filesystem::remove(local("link"));
     EXPECT_TRUE(std::filesystem::is_empty(phone.path()));
 }
 
