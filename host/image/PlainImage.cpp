@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "device/AdminProgressCallback.h"
-#include "image/ImageHeader.h"
+#include "image/PlainHeader.h"
 #include "log/Log.h"
 
 namespace vireo {
@@ -37,7 +37,7 @@ FileDescriptor openImage(const std::string& path, const std::string& hardwareVar
         reason = std::generic_category().message(errno);
     } else if (!S_ISREG(status.st_mode)) {
         reason = "it is no file";
-    } else if (const auto header = ImageHeader::read(file.get(), reason)) {
+    } else if (const auto header = PlainHeader::read(file.get(), reason)) {
         size = static_cast<std::uint64_t>(status.st_size);
         if (header->hardwareVariant != hardwareVariant) {
             reason = "it is for \"" + header->hardwareVariant + "\", this phone is \"" +

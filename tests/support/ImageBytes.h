@@ -1,0 +1,34 @@
+#pragma once
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+
+#include "image/ImageHeader.h"
+
+namespace vireo::test {
+
+/// Bytes that look like nothing, the same for the same seed.
+inline std::string noise(std::size_t size, unsigned seed = 1) {
+    std::mt19937 random(seed);
+    std::string bytes(size, '\0');
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
+    return bytes;
+}
+
+inline std::string textOfBytes(const ImageHeader::Bytes& bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
+inline std::string readFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void writeFile(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+}  // namespace vireo::test
