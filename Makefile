@@ -7,7 +7,7 @@ BUILD := build/release
 FUZZ_SECONDS ?= 60
 SANITIZE_TESTS ?= .
 CROSS_TARGETS ?= mips s390x
-PROGRAMS := vireod vireoctl vireo_client_mgmt
+PROGRAMS := vireod vireoctl vireo-image vireo_client_mgmt
 
 .DEFAULT_GOAL := help
 .NOTPARALLEL:

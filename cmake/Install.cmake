@@ -4,6 +4,9 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/VireoClientMgmt)
 
 install(TARGETS vireod vireoctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(VIREO_IMAGE)
+    install(TARGETS vireo-image RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 install(TARGETS vireo_client_mgmt LIBRARY DESTINATION ${VIREO_PLUGIN_DIR})
 install(TARGETS vireo_declarations vireo_data vireo_platform vireo_client
         EXPORT VireoClientMgmtTargets

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include "signature/ImageVerifier.h"
@@ -18,9 +19,11 @@ protected:
 
     /// What is wrong with the image; empty when nothing is.
     std::string faultOf(const std::string& content) {
-        writeFile(m_directory.file("image"), content);
+        FileDescriptor file(::memfd_create("image", MFD_CLOEXEC));
+        EXPECT_EQ(::write(file.get(), content.data(), content.size()),
+                  static_cast<ssize_t>(content.size()));
         std::string reason;
-        const auto image = ImageFile::open(m_directory.file("image"), reason);
+        const auto image = ImageFile::adopt(std::move(file), reason);
         if (image && ImageVerifier::checkHeader(*image, m_demands, m_keys, reason) &&
             ImageVerifier::checkPayload(*image, reason)) {
             return {};
