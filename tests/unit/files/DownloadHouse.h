@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <mutex>
 #include <sstream>
 #include <thread>
 
@@ -22,13 +23,20 @@ public:
     using Script = std::function<void(ScriptedWork&)>;
 
     ~ScriptedWork() { join(); }
+    /// A start may come from another thread while the work of the last one is waited for.
     void join() {
-        if (m_thread.joinable()) {
-            m_thread.join();
+        std::thread ended;
+        {
+            const std::lock_guard lock(m_mutex);
+            ended.swap(m_thread);
+        }
+        if (ended.joinable()) {
+            ended.join();
         }
     }
     void run(Script work) {
         join();
+        const std::lock_guard lock(m_mutex);
         m_thread = std::thread([this, run = std::move(work)] { run(*this); });
     }
     void runToEnd(Script work) {
@@ -66,6 +74,7 @@ protected:
     }
 
 private:
+    std::mutex m_mutex;
     std::thread m_thread;
 };
 
