@@ -132,15 +132,17 @@ CallStatus ClientSession::serveUntilStopped() {
     if (m_turn.isMine()) {
         return CallStatus::eTimedOut;
     }
-    while (!isStopped()) {
+    for (;;) {
         pollfd waited[] = {{readyDescriptor(), POLLIN, 0}, {m_stop.get(), POLLIN, 0}};
         ::poll(waited, 2, kForEver);
+        if (waited[1].revents != 0) {
+            return CallStatus::eDone;
+        }
         bool served = false;
         if (const CallStatus status = serveReady(served); status != CallStatus::eDone) {
             return status;
         }
     }
-    return CallStatus::eDone;
 }
 
 bool ClientSession::startServing() {
@@ -160,11 +162,6 @@ void ClientSession::stopServing() noexcept {
     const std::uint64_t one = 1;
     // Also from a signal handler, so nothing but this. It cannot fail but when it is set already.
     [[maybe_unused]] const ssize_t written = ::write(m_stop.get(), &one, sizeof one);
-}
-
-bool ClientSession::isStopped() const {
-    pollfd waited{m_stop.get(), POLLIN, 0};
-    return ::poll(&waited, 1, 0) > 0;
 }
 
 }  // namespace vireo

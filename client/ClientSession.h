@@ -59,7 +59,6 @@ private:
                   FileDescriptor stop);
 
     CallStatus serveReady(bool& served);
-    bool isStopped() const;
 
     const std::unique_ptr<PeerConnection> m_connection;
     const bool m_hasAgent;

@@ -129,7 +129,7 @@ CallStatus MethodCalls::exchangeRecord(const char* methodName, ManageableData& r
         takeResult(reply);
         // Not an assignment: the record stays bound to its dictionary.
         record.clearAll();
-        record.overlay(answer);
+        record.overlay(std::move(answer));
         return true;
     });
 }
