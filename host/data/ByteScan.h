@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -29,6 +30,21 @@ public:
                     [](auto bytes) { return findOthers(bytes) | (find(bytes, Characters) | ...); });
     }
 
+    /// Whether all of it is printable ASCII, DEL, tabs, line feeds and carriage returns.
+    static bool isPlainText(std::string_view text) {
+        const auto find = [](auto bytes) { return findOutsideLines(bytes); };
+        for (std::size_t at = skip(text, 0, find); at < text.size(); at = skip(text, at, find)) {
+            const std::size_t end = std::min(at + sizeof(Word), text.size());
+            for (; at < end; ++at) {
+                const auto byte = static_cast<unsigned char>(text[at]);
+                if (byte >= 0x80 || (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r')) {
+                    return false;
+                }
+            }
+        }
+        return true;
+    }
+
 private:
     // Eight bytes at once. `find` sets bits if, and only if, one of the bytes is the character;
     // `findOthers` if one is neither printable ASCII nor DEL.
@@ -43,6 +59,13 @@ private:
         // A byte below 0x20 borrows, which sets a high bit.
         return (bytes | (bytes - repeat(0x20))) & repeat(0x80);
     }
+    /// Those of `findOthers` that are no line feeds. Here each byte has a bit of its own.
+    static constexpr Word findOutsideLines(Word bytes) {
+        const Word other = bytes ^ repeat('\n');
+        const Word isPrintable = (bytes & repeat(0x7F)) + repeat(0x60);
+        const Word isOther = ((other & repeat(0x7F)) + repeat(0x7F)) | other;
+        return (bytes | (~isPrintable & isOther)) & repeat(0x80);
+    }
     static constexpr bool isZero(Word bits) { return bits == 0; }
 
 #if defined(__SSE2__) || defined(__ARM_NEON)
@@ -54,6 +77,9 @@ private:
     }
     static Block findOthers(Block bytes) {
         return bytes < static_cast<signed char>(0x20);  // those above 0x7F are below zero here
+    }
+    static Block findOutsideLines(Block bytes) {
+        return findOthers(bytes) & ~find(bytes, '\n');
     }
     static bool isZero(Block bits) {
         Word halves[2];

@@ -4,6 +4,9 @@
 #include <string_view>
 
 #include "Ports.h"
+#include "data/ByteScan.h"
+#include "data/RowTable.h"
+#include "data/XmlText.h"
 #include "data/XmlTree.h"
 #include "log/Log.h"
 
@@ -17,11 +20,11 @@ constexpr const char* kFile = "./host/data/ConfigurationFile";
 
 bool ConfigurationFile::read(const std::string& fileName) {
     m_fileName = fileName;
-    std::string content;
+    const auto content = std::make_shared<std::string>();
     std::string error = "no configuration directory";
     ConfigPort* port = installedPorts().config;
-    if (port != nullptr && port->readConfigFile(fileName, content, error) &&
-        parse(content, error)) {
+    if (port != nullptr && port->readConfigFile(fileName, *content, error) &&
+        (parsePlain(content) || parse(*content, error))) {
         return true;
     }
     if (loggingOnUni(kLogError)) {
@@ -30,6 +33,50 @@ bool ConfigurationFile::read(const std::string& fileName) {
                   error.c_str());
     }
     return false;
+}
+
+bool ConfigurationFile::parsePlain(const std::shared_ptr<const std::string>& content) {
+    PlainXml xml(*content);
+    bool isPlain = (ByteScan::isPlainText(*content) || !XmlText::findUncarriable(*content)) &&
+                   (!xml.take("<?xml ") || xml.moveBehind("?>")) && xml.skipLayout() &&
+                   xml.take("<dxl>") && xml.skipLayout();
+    while (isPlain && !xml.take("</dxl>")) {
+        isPlain = parsePlainElement(xml, content) && xml.skipLayout();
+    }
+    isPlain = isPlain && xml.skipLayout() && xml.isAtEnd();
+    if (!isPlain) {
+        m_documents.clear();
+        m_schemas.clear();
+    }
+    return isPlain;
+}
+
+bool ConfigurationFile::parsePlainElement(PlainXml& xml,
+                                          const std::shared_ptr<const std::string>& content) {
+    if (DxlDocumentPointer table = RowTable::readDocument(xml, content)) {
+        m_documents.push_back(std::move(table));
+        return true;
+    }
+    const char* const begin = xml.place();
+    const bool isSchema = xml.take("<schema");
+    const bool hasTag = xml.moveBehind(">");
+    const bool isEmpty = hasTag && xml.place()[-2] == '/';
+    if (!hasTag || (!isEmpty && !xml.moveBehind(isSchema ? "</schema>" : "</document>"))) {
+        return false;
+    }
+    // Wherever the mark stands: if all up to it is one well-formed element, this is where it ends.
+    const std::string_view element(begin, static_cast<std::size_t>(xml.place() - begin));
+    pugi::xml_document source;
+    std::string error;
+    const pugi::xml_node root =
+        XmlTree::parse(source, element, isSchema ? "schema" : "document", error);
+    if (root && isSchema) {
+        m_schemas.push_back(XmlTree::readSchema(root, error));
+        return m_schemas.back() != nullptr;
+    }
+    m_documents.push_back(
+        root ? XmlTree::readDocument(root, XmlTree::Space::eDropIndentation, error) : nullptr);
+    return m_documents.back() != nullptr;
 }
 
 bool ConfigurationFile::parse(const std::string& content, std::string& error) {

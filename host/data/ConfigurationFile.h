@@ -9,6 +9,8 @@
 
 namespace vireo {
 
+class PlainXml;
+
 /// The documents and schemas of one configuration file,
 /// `<dxl><schema name="S">...</schema><document name="D" schema="S">...</document></dxl>`.
 class ConfigurationFile {
@@ -24,6 +26,10 @@ public:
     void warnOfTakenName(const char* kind, const std::string& name) const;
 
 private:
+    /// Reads the file without a tree of it. False when it is not written plainly, or malformed:
+    /// `parse` finds out.
+    bool parsePlain(const std::shared_ptr<const std::string>& content);
+    bool parsePlainElement(PlainXml& xml, const std::shared_ptr<const std::string>& content);
     bool parse(const std::string& content, std::string& error);
 
     std::string m_fileName;

@@ -69,12 +69,15 @@ Rows rowsAt(const DxlNode& root, std::string_view path) {
 DxlDocument::DxlDocument(std::string name, DxlNode::Pointer root)
     : m_name(std::move(name)), m_root(std::move(root)) {}
 
+DxlDocument::DxlDocument(std::string name, std::shared_ptr<const DxlTreeSource> source)
+    : m_name(std::move(name)), m_root(std::move(source)) {}
+
 DxlDocument::~DxlDocument() {
     delete m_text.load(std::memory_order_acquire);
 }
 
 std::unique_ptr<DxlResultSet> DxlDocument::select(std::string_view path) const {
-    return std::make_unique<DxlResultSet>(m_root, rowsAt(*m_root, path));
+    return std::make_unique<DxlResultSet>(root(), rowsAt(*m_root, path));
 }
 
 const std::string& DxlDocument::text() const {

@@ -39,6 +39,8 @@ DxlSchema::DxlSchema(std::string name)
 
 DxlSchema::DxlSchema(DxlNode::Pointer root) : m_root(std::move(root)) {}
 
+DxlSchema::DxlSchema(std::shared_ptr<const DxlTreeSource> source) : m_root(std::move(source)) {}
+
 DxlSchemaNode* DxlSchema::makeBranchNode(DxlSchemaNode* parent, const std::string& name,
                                          int /*occurs*/) {
     if (parent == nullptr || !XmlText::isName(name)) {

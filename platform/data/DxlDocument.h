@@ -7,6 +7,7 @@
 
 #include "Visibility.h"
 #include "data/DxlNode.h"
+#include "data/DxlTree.h"
 
 namespace vireo {
 
@@ -17,14 +18,18 @@ class DxlResultSet;
 class VIREO_API DxlDocument {
 public:
     DxlDocument(std::string name, DxlNode::Pointer root);
+    /// Of a tree that is made when somebody asks for it.
+    DxlDocument(std::string name, std::shared_ptr<const DxlTreeSource> source);
     ~DxlDocument();
     DxlDocument(const DxlDocument&) = delete;
     DxlDocument& operator=(const DxlDocument&) = delete;
 
     const std::string& getName() const { return m_name; }
     /// The root node's name: that of the document's schema.
-    const std::string& schemaName() const { return m_root->getName(); }
-    const DxlNode::Pointer& root() const { return m_root; }
+    const std::string& schemaName() const { return m_root.name(); }
+    const DxlNode::Pointer& root() const { return m_root.root(); }
+    /// What the tree is made from; null where it was there from the beginning.
+    const std::shared_ptr<const DxlTreeSource>& source() const { return m_root.source(); }
 
     /// The nodes at `path`, in document order, one row per parent: for every node that matches the
     /// path without its last step, its children of the last step's name, or one null row when it
@@ -43,7 +48,7 @@ private:
     void writeTo(std::string& out) const;
 
     const std::string m_name;
-    const DxlNode::Pointer m_root;
+    const DxlTree m_root;
     mutable std::atomic<const std::string*> m_text{nullptr};
 };
 

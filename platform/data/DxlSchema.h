@@ -6,6 +6,7 @@
 
 #include "Visibility.h"
 #include "data/DxlNode.h"
+#include "data/DxlTree.h"
 
 namespace vireo {
 
@@ -21,9 +22,11 @@ public:
     explicit DxlSchema(std::string name);
     /// Takes over a finished tree; the schema is named like its root.
     explicit DxlSchema(DxlNode::Pointer root);
+    /// Of a finished tree that is made when somebody asks for it.
+    explicit DxlSchema(std::shared_ptr<const DxlTreeSource> source);
 
-    const std::string& getName() const { return m_root->getName(); }
-    const DxlNode::Pointer& root() const { return m_root; }
+    const std::string& getName() const { return m_root.name(); }
+    const DxlNode::Pointer& root() const { return m_root.root(); }
 
     /// The node under which children are made; null once the schema is finished.
     DxlSchemaNode* buildRoot() { return m_building.get(); }
@@ -44,7 +47,7 @@ public:
 
 private:
     std::shared_ptr<DxlNode> m_building;
-    DxlNode::Pointer m_root;
+    DxlTree m_root;
 };
 
 /// What a record may look schemas up in.
