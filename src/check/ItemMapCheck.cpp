@@ -72,7 +72,7 @@ void ItemMapCheck::readItemMap(const std::string& owner, const std::string& item
     const RowForm form{"item", kItemColumns, 2};
     m_rows.forEach(itemMap, form, "vcmsServiceList", [&](const RowTexts& row) {
         const std::string& tag = *row[0];
-        if (m_maps.masterItemMap->root()->child(tag) == nullptr) {
+        if (!m_maps.items->contains(tag)) {
             return;  // the loader has refused the name, and said so
         }
         const auto [item, isNew] = m_items.try_emplace(tag, KnownItem{owner, *row[1], itemMap});

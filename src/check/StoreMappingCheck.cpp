@@ -19,8 +19,8 @@ std::optional<std::string> indexValueOf(const NodeId& node, const StoreAddress& 
     if (address.indexValue) {
         return address.indexValue;
     }
-    const auto whole = maps.storeAddresses.find(NodeId{node.rootId, node.rootId});
-    return whole == maps.storeAddresses.end() ? std::nullopt : whole->second.indexValue;
+    const StoreAddress* whole = maps.places.find({node.rootId, node.rootId});
+    return whole == nullptr ? std::nullopt : whole->indexValue;
 }
 
 }  // namespace
@@ -110,10 +110,9 @@ void StoreMappingCheck::checkNode(const NodeId& node, const DocumentFindings& fi
 }
 
 void StoreMappingCheck::checkPlaces() {
-    for (const auto& [node, address] : m_maps.storeAddresses) {
-        const auto document = m_documentOf.find(node);
-        if (document != m_documentOf.end()) {
-            checkPlace(node, address, m_rows.of(document->second));
+    for (const auto& [node, document] : m_documentOf) {
+        if (const StoreAddress* address = m_maps.places.find({node.rootId, node.nodeId})) {
+            checkPlace(node, *address, m_rows.of(document));
         }
     }
 }

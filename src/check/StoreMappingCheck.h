@@ -3,6 +3,7 @@
 #include <set>
 #include <utility>
 
+#include "NodeId.h"
 #include "check/DocumentRows.h"
 #include "check/KnownItems.h"
 #include "items/ItemMaps.h"

@@ -1,12 +1,12 @@
 #include "items/CatalogueLoader.h"
 
-#include <algorithm>
 #include <iterator>
-#include <unordered_set>
+#include <optional>
 
 #include "LogMacros.h"
 #include "data/DataCollection.h"
-#include "items/ParallelLists.h"
+#include "data/DxlRows.h"
+#include "data/XmlText.h"
 
 namespace vireo {
 namespace {
@@ -31,11 +31,10 @@ constexpr const char* kNeverCachedTags[] = {
 };
 
 /// Whether the row has its first `count` columns; a warning if not.
-template <std::size_t Count>
-bool isComplete(const ParallelLists<Count>& row, std::size_t count, const DxlDocument& list) {
-    if (!row.present(count)) {
+bool isComplete(const DxlRows& row, std::size_t count, const DxlDocument& list) {
+    if (!row.hasFirst(count)) {
         VCMS_LOG(kLogWarning, "VCMS - a row of %s skipped: it lacks an element; it begins with %s",
-                 list.getName().c_str(), row.has(0) ? row[0].c_str() : "nothing");
+                 list.getName().c_str(), row.has(0) ? row.text(0).c_str() : "nothing");
         return false;
     }
     return true;
@@ -56,7 +55,7 @@ bool CatalogueLoader::load() {
     digestTables();
     loadDataCollections();
     digestMappings();
-    listTableKeptItems();
+    m_maps.places.finish();
     readCallFailingItems();
     return true;
 }
@@ -70,87 +69,97 @@ bool CatalogueLoader::importDocuments() {
         return false;
     }
     VCMS_LOG(kLogDebug, "VCMS - importing Service Config Files");
-    for (ParallelLists<1> files(*m_services, {"/service/import"}); files.next();) {
+    for (DxlRows files(*m_services, "service", {"import"}); files.next();) {
         if (files.has(0)) {
-            VCMS_LOG(kLogDebug, "VCMS - importing File %s", files[0].c_str());
-            m_master.importFromFile(files[0]);
+            const std::string name = files.text(0);
+            VCMS_LOG(kLogDebug, "VCMS - importing File %s", name.c_str());
+            m_master.importFromFile(name);
         }
     }
     return true;
 }
 
 void CatalogueLoader::digestItemMaps() {
-    const auto schema = m_master.makeSchema(kMasterItemMap);
-    ParallelLists<2> services(*m_services, {"/service/managementId", "/service/itemMap"});
+    for (const DxlDocumentPointer& document : m_master.documents()) {
+        m_documentNames.insert(document->getName());
+    }
+    m_documentNames.insert(kMasterItemMap);
+    m_maps.items->reserve(countRows(*m_services, "service", "itemMap"));
+    DxlRows services(*m_services, "service", {"managementId", "itemMap"});
     VCMS_LOG(kLogDebug, "VCMS - digest the item maps ");
     while (services.next()) {
-        if (!services.present(2)) {
+        if (!services.hasFirst(2)) {
             continue;
         }
-        VCMS_LOG(kLogDebug, "VCMS - processing %s", services[1].c_str());
-        if (const auto itemMap = m_master.getDocument(services[1])) {
-            VCMS_LOG(kLogDebug, "VCMS - digesting %s ", services[1].c_str());
-            digestItemMap(*schema, services[0], *itemMap);
+        const std::string name = services.text(1);
+        VCMS_LOG(kLogDebug, "VCMS - processing %s", name.c_str());
+        if (const auto itemMap = m_master.getDocument(name)) {
+            VCMS_LOG(kLogDebug, "VCMS - digesting %s ", name.c_str());
+            digestItemMap(services.text(0), *itemMap);
         }
     }
+    m_documentNames.clear();  // the documents may go now
     noteUncachedServices();
     VCMS_LOG(kLogDebug, "VCMS - make the masterItemMap document");
-    schema->finish();
-    m_master.deleteDocument(kMasterItemMap);  // the name is the service's, whatever a file holds
-    m_maps.masterItemMap = m_master.makeDocument(kMasterItemMap, kMasterItemMap);
+    // The name is the service's, whatever a file holds.
+    m_master.putSchema(std::make_shared<const DxlSchema>(m_maps.items));
+    m_master.putDocument(std::make_shared<const DxlDocument>(kMasterItemMap, m_maps.items));
     warnOfUnknownSchemas();
 }
 
+std::size_t CatalogueLoader::countRows(const DxlDocument& list, std::string_view row,
+                                       std::string_view column) const {
+    std::size_t count = 0;
+    for (DxlRows names(list, row, {column}); names.next();) {
+        if (const auto document = m_master.getDocument(names.text(0))) {
+            count += DxlRows::count(*document);
+        }
+    }
+    return count;
+}
+
 void CatalogueLoader::warnOfUnknownSchemas() const {
-    std::unordered_set<std::string> warned;
-    for (const DxlNode::Pointer& item : m_maps.masterItemMap->root()->children()) {
-        const DxlNode* schema = item->child("schema");
-        if (schema != nullptr && !m_master.getSchema(schema->text()) &&
-            warned.insert(schema->text()).second) {
+    m_maps.items->forEachSchema([this](const std::string& schema, std::string_view tag) {
+        if (!m_master.getSchema(schema)) {
             VCMS_LOG(kLogWarning,
                      "VCMS - unknown schema %s: %s and other items of it cannot be read; add the "
                      "schema and start again",
-                     schema->text().c_str(), item->getName().c_str());
+                     schema.c_str(), std::string(tag).c_str());
+        }
+    });
+}
+
+void CatalogueLoader::digestItemMap(const std::string& managementId, const DxlDocument& itemMap) {
+    for (DxlRows items(itemMap, "item", {"rootId", "schema"}); items.next();) {
+        if (isComplete(items, 2, itemMap) && isFreeName(items[0], itemMap)) {
+            m_maps.items->add(items[0], managementId, items[1]);
         }
     }
 }
 
-void CatalogueLoader::digestItemMap(DxlSchema& itemMapSchema, const std::string& managementId,
-                                    const DxlDocument& itemMap) {
-    const DxlDataType* string = DxlSchema::findDataType("string");
-    for (ParallelLists<2> items(itemMap, {"/item/rootId", "/item/schema"}); items.next();) {
-        if (!isComplete(items, 2, itemMap)) {
-            continue;
-        }
-        // An item under the name of a configuration document could delete or overwrite it.
-        if (items[0] == kMasterItemMap || m_master.getDocument(items[0])) {
-            VCMS_LOG(kLogWarning, "VCMS - item %s of %s skipped: the name is reserved",
-                     items[0].c_str(), itemMap.getName().c_str());
-            continue;
-        }
-        DxlSchemaNode* item = itemMapSchema.makeBranchNode(itemMapSchema.buildRoot(), items[0], 1);
-        if (item == nullptr) {
-            VCMS_LOG(kLogWarning, "VCMS - item %s of %s skipped: not an item name",
-                     items[0].c_str(), itemMap.getName().c_str());
-            continue;
-        }
-        itemMapSchema.makeDataNode(item, "managementId", 1, string, managementId);
-        itemMapSchema.makeDataNode(item, "schema", 1, string, items[1]);
+bool CatalogueLoader::isFreeName(std::string_view tag, const DxlDocument& itemMap) const {
+    // An item under the name of a configuration document could delete or overwrite it.
+    const bool isReserved = m_documentNames.contains(tag);
+    if (isReserved || !XmlText::isName(tag)) {
+        VCMS_LOG(kLogWarning, "VCMS - item %s of %s skipped: %s", std::string(tag).c_str(),
+                 itemMap.getName().c_str(),
+                 isReserved ? "the name is reserved" : "not an item name");
+        return false;
     }
+    return true;
 }
 
 void CatalogueLoader::noteUncachedServices() {
     VCMS_LOG(kLogDebug, "VCMS - digest cachable management IDs when not registered ");
-    ParallelLists<2> services(*m_services,
-                              {"/service/managementId", "/service/dontCacheUnlessRegistered"});
+    DxlRows services(*m_services, "service", {"managementId", "dontCacheUnlessRegistered"});
     while (services.next()) {
-        if (!services.present(2)) {
+        if (!services.hasFirst(2)) {
             continue;
         }
-        VCMS_LOG(kLogDebug, "VCMS - processing %s (value = %s)", services[0].c_str(),
-                 services[1].c_str());
+        VCMS_LOG(kLogDebug, "VCMS - processing %s (value = %s)", services.text(0).c_str(),
+                 services.text(1).c_str());
         if (services[1] == "true") {
-            m_maps.uncachedUnlessRegistered.insert(services[0]);
+            m_maps.uncachedUnlessRegistered.insert(services.text(0));
         }
     }
 }
@@ -161,29 +170,27 @@ void CatalogueLoader::digestTables() {
     if (!tables) {
         return;
     }
-    ParallelLists<3> rows(*tables,
-                          {"/table/dasSchemaName", "/table/dasIndexName", "/table/itemMap"});
+    const auto mappings = m_master.getDocument("VcmsToDasMapping");
+    m_maps.places.reserve(countRows(*tables, "table", "itemMap") +
+                          (mappings ? DxlRows::count(*mappings) : 0));
+    DxlRows rows(*tables, "table", {"dasSchemaName", "dasIndexName", "itemMap"});
     while (rows.next()) {
         if (!isComplete(rows, 3, *tables)) {
             continue;
         }
-        m_maps.indexColumns.insert_or_assign(rows[0], rows[1]);
-        if (const auto items = m_master.getDocument(rows[2])) {
-            VCMS_LOG(kLogDebug, "VCMS - digesting %s ", rows[2].c_str());
-            digestTable(rows[0], *items);
+        m_maps.indexColumns.insert_or_assign(rows.text(0), rows.text(1));
+        const std::string name = rows.text(2);
+        if (const auto items = m_master.getDocument(name)) {
+            VCMS_LOG(kLogDebug, "VCMS - digesting %s ", name.c_str());
+            digestTable(rows.text(0), *items);
         }
     }
 }
 
 void CatalogueLoader::digestTable(const std::string& table, const DxlDocument& items) {
-    ParallelLists<3> rows(items, {"/item/rootId", "/item/dasIndexValue", "/item/dasItemName"});
-    while (rows.next()) {
+    for (DxlRows rows(items, "item", {"rootId", "dasIndexValue", "dasItemName"}); rows.next();) {
         if (isComplete(rows, 3, items)) {
-            // Deliberate: a table-kept item is keyed with its root id in both fields.
-            StoreAddress& address = m_maps.storeAddresses[NodeId{rows[0], rows[0]}];
-            address.table = table;
-            address.indexValue = rows[1];
-            address.column = rows[2];
+            m_maps.places.addTableItem(rows[0], table, rows[2], rows[1]);
         }
     }
 }
@@ -195,22 +202,21 @@ void CatalogueLoader::loadDataCollections() {
     if (!collections) {
         return;
     }
-    ParallelLists<2> rows(*collections,
-                          {"/collection/collectionId", "/collection/collectionDataList"});
+    DxlRows rows(*collections, "collection", {"collectionId", "collectionDataList"});
     while (rows.next()) {
-        const auto members = rows.present(2) ? m_master.getDocument(rows[1]) : nullptr;
+        const auto members = rows.hasFirst(2) ? m_master.getDocument(rows.text(1)) : nullptr;
         if (!members) {
             continue;
         }
-        VCMS_LOG(kLogDebug, "VCMS - digesting %s ", rows[1].c_str());
-        for (ParallelLists<1> ids(*members, {"/rootId"}); ids.next();) {
+        VCMS_LOG(kLogDebug, "VCMS - digesting %s ", rows.text(1).c_str());
+        for (DxlRows ids(*members, "rootId", {}); ids.next();) {
             if (ids.has(0)) {
-                m_collections.add(rows[0], ids[0]);
+                m_collections.add(rows.text(0), ids.text(0));
             }
         }
     }
     for (const std::string& name : m_collections.names()) {
-        if (m_maps.masterItemMap && m_maps.masterItemMap->root()->child(name) != nullptr) {
+        if (m_maps.items->contains(name)) {
             m_collections.addItem(name);
         }
     }
@@ -221,32 +227,12 @@ void CatalogueLoader::digestMappings() {
     if (!mappings) {
         return;
     }
-    ParallelLists<5> rows(*mappings, {"/item/rootId", "/item/nodeId", "/item/dasSchemaName",
-                                      "/item/dasItemName", "/item/default"});
+    DxlRows rows(*mappings, "item",
+                 {"rootId", "nodeId", "dasSchemaName", "dasItemName", "default"});
     while (rows.next()) {
-        if (!isComplete(rows, 4, *mappings)) {
-            continue;
-        }
-        const auto [address, isNew] = m_maps.storeAddresses.try_emplace(NodeId{rows[0], rows[1]});
-        std::vector<std::string>& nodes = m_maps.storedNodes[rows[0]];
-        // A row that comes again, or maps a node that a table keeps, replaces the address; the node
-        // is listed once.
-        if (isNew || std::find(nodes.begin(), nodes.end(), rows[1]) == nodes.end()) {
-            nodes.push_back(rows[1]);
-        }
-        address->second.table = rows[2];
-        address->second.column = rows[3];
-        if (rows.has(4)) {
-            address->second.defaultValue = rows[4];
-        }
-    }
-}
-
-void CatalogueLoader::listTableKeptItems() {
-    for (const auto& [node, address] : m_maps.storeAddresses) {
-        if (node.rootId == node.nodeId) {
-            // An item without mapped nodes has just the one that its table keeps.
-            m_maps.storedNodes.try_emplace(node.rootId, std::vector{node.nodeId});
+        if (isComplete(rows, 4, *mappings)) {
+            m_maps.places.addMapping(rows[0], rows[1], rows[2], rows[3],
+                                     rows.has(4) ? std::optional(rows[4]) : std::nullopt);
         }
     }
 }
@@ -256,9 +242,9 @@ void CatalogueLoader::readCallFailingItems() {
              "VCMS - retrieving call failing VCMS items: reading from file CallFailingItems.xml");
     m_callFailing.importFromFile("CallFailingItems.xml");
     if (const auto items = m_callFailing.getDocument("CallFailingVcmsItems")) {
-        for (ParallelLists<1> ids(*items, {"/item/rootId"}); ids.next();) {
+        for (DxlRows ids(*items, "item", {"rootId"}); ids.next();) {
             if (ids.has(0)) {
-                m_maps.callFailingItems.insert(ids[0]);
+                m_maps.callFailingItems.insert(ids.text(0));
             }
         }
     }

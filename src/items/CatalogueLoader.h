@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 
 #include "data/DxlCollection.h"
 #include "items/ItemMaps.h"
@@ -22,15 +25,17 @@ public:
 private:
     bool importDocuments();
     void digestItemMaps();
-    void digestItemMap(DxlSchema& itemMapSchema, const std::string& managementId,
-                       const DxlDocument& itemMap);
+    void digestItemMap(const std::string& managementId, const DxlDocument& itemMap);
+    bool isFreeName(std::string_view tag, const DxlDocument& itemMap) const;
+    /// How many rows the documents have that the column of `list` names.
+    std::size_t countRows(const DxlDocument& list, std::string_view row,
+                          std::string_view column) const;
     void noteUncachedServices();
     void warnOfUnknownSchemas() const;
     void digestTables();
     void digestTable(const std::string& table, const DxlDocument& items);
     void loadDataCollections();
     void digestMappings();
-    void listTableKeptItems();
     void readCallFailingItems();
 
     DxlCollection& m_master;
@@ -38,6 +43,7 @@ private:
     DataCollection& m_collections;
     ItemMaps& m_maps;
     DxlDocumentPointer m_services;
+    std::unordered_set<std::string_view> m_documentNames;  ///< which no item may have
 };
 
 }  // namespace vireo

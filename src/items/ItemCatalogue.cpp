@@ -1,8 +1,8 @@
 #include "items/ItemCatalogue.h"
 
+#include "data/DxlRows.h"
 #include "data/ManageableData.h"
 #include "items/CatalogueLoader.h"
-#include "items/ParallelLists.h"
 
 namespace vireo {
 namespace {
@@ -21,10 +21,8 @@ bool ItemCatalogue::load(DataCollection& collections) {
 }
 
 const std::string& ItemCatalogue::findManagementId(const std::string& tag) const {
-    const DxlNode* item =
-        m_maps.masterItemMap && !tag.empty() ? m_maps.masterItemMap->root()->child(tag) : nullptr;
-    const DxlNode* owner = item ? item->child("managementId") : nullptr;
-    return owner ? owner->text() : nothing();
+    const std::string* owner = m_maps.items->managementId(tag);
+    return owner ? *owner : nothing();
 }
 
 std::string ItemCatalogue::findSchemaName(const std::string& tag) const {
@@ -33,9 +31,8 @@ std::string ItemCatalogue::findSchemaName(const std::string& tag) const {
 }
 
 const std::string& ItemCatalogue::configuredSchemaName(const std::string& tag) const {
-    const DxlNode* item = m_maps.masterItemMap ? m_maps.masterItemMap->root()->child(tag) : nullptr;
-    const DxlNode* schema = item ? item->child("schema") : nullptr;
-    return schema ? schema->text() : nothing();
+    const std::string* schema = m_maps.items->schema(tag);
+    return schema ? *schema : nothing();
 }
 
 std::vector<std::string> ItemCatalogue::itemsOf(const std::string& managementId) const {
@@ -44,16 +41,18 @@ std::vector<std::string> ItemCatalogue::itemsOf(const std::string& managementId)
     if (!list) {
         return rootIds;
     }
-    ParallelLists<2> services(*list, {"/service/managementId", "/service/itemMap"});
-    while (services.next()) {
-        const bool isOwner = services.present(2) && services[0] == managementId;
-        const DxlDocumentPointer itemMap = isOwner ? m_master.getDocument(services[1]) : nullptr;
+    for (DxlRows services(*list, "service", {"managementId", "itemMap"}); services.next();) {
+        const bool isOwner = services.hasFirst(2) && services[0] == managementId;
+        const DxlDocumentPointer itemMap =
+            isOwner ? m_master.getDocument(services.text(1)) : nullptr;
         if (!itemMap) {
             continue;
         }
-        for (ParallelLists<1> items(*itemMap, {"/item/rootId"}); items.next();) {
-            if (items.has(0) && !findManagementId(items[0]).empty()) {
-                rootIds.push_back(items[0]);
+        for (DxlRows items(*itemMap, "item", {"rootId"}); items.next();) {
+            const std::string* owner =
+                items.has(0) ? m_maps.items->managementId(items[0]) : nullptr;
+            if (owner != nullptr && !owner->empty()) {
+                rootIds.push_back(items.text(0));
             }
         }
     }
@@ -78,14 +77,11 @@ bool ItemCatalogue::isCallFailingItem(const std::string& rootId) const {
 }
 
 const std::vector<std::string>& ItemCatalogue::storedNodes(const std::string& rootId) const {
-    static const std::vector<std::string> none;
-    const auto found = m_maps.storedNodes.find(rootId);
-    return found == m_maps.storedNodes.end() ? none : found->second;
+    return m_maps.places.nodes(rootId);
 }
 
 const StoreAddress* ItemCatalogue::storeAddress(const NodeName& node) const {
-    const auto found = m_maps.storeAddresses.find(node);
-    return found == m_maps.storeAddresses.end() ? nullptr : &found->second;
+    return m_maps.places.find(node);
 }
 
 const std::string& ItemCatalogue::indexColumn(const std::string& table) const {

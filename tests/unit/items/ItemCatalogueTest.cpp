@@ -1,3 +1,5 @@
+#include <thread>
+
 #include "items/ItemCatalogue.h"
 #include "unit/items/ItemHouse.h"
 
@@ -6,7 +8,21 @@ namespace {
 
 using ItemCatalogueTest = ItemHouse;
 
-TEST_F(ItemCatalogueTest, KnowsOwnersSchemasAndAddressesOfConfiguredItems) {
+/// With the files as they are, and with files that are read as trees.
+class ItemCatalogueFormTest : public ItemHouse, public ::testing::WithParamInterface<bool> {
+protected:
+    ItemCatalogueFormTest() {
+        for (auto& [name, content] : ports.files) {
+            if (GetParam() && content.starts_with("<dxl>")) {
+                content.insert(5, "<?other program?>");
+            }
+        }
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Forms, ItemCatalogueFormTest, ::testing::Bool());
+
+TEST_P(ItemCatalogueFormTest, KnowsOwnersSchemasAndAddressesOfConfiguredItems) {
     load();
     EXPECT_EQ(catalogue.findManagementId("melody"), "VcmsMgmtId")
         << "the first service's row stays";
@@ -26,7 +42,7 @@ TEST_F(ItemCatalogueTest, KnowsOwnersSchemasAndAddressesOfConfiguredItems) {
     EXPECT_FALSE(catalogue.isCallFailingItem("melody"));
 }
 
-TEST_F(ItemCatalogueTest, MissingOptionalElementsShiftNothing) {
+TEST_P(ItemCatalogueFormTest, MissingOptionalElementsShiftNothing) {
     load();
     // Of the mapping's rows some lack a default; of the services the first lacks the marker.
     EXPECT_EQ(catalogue.storeAddress({"melody", "melody"})->defaultValue, "7");
@@ -39,7 +55,7 @@ TEST_F(ItemCatalogueTest, MissingOptionalElementsShiftNothing) {
     EXPECT_FALSE(catalogue.isUncachedUnlessRegistered("LazyMgmtId")) << "only exactly \"true\"";
 }
 
-TEST_F(ItemCatalogueTest, NamesOfConfigurationDocumentsCannotBeItems) {
+TEST_P(ItemCatalogueFormTest, NamesOfConfigurationDocumentsCannotBeItems) {
     load();
     EXPECT_EQ(catalogue.findManagementId("lazyItems"), "");
     EXPECT_EQ(catalogue.findManagementId("masterItemMap"), "");
@@ -47,7 +63,7 @@ TEST_F(ItemCatalogueTest, NamesOfConfigurationDocumentsCannotBeItems) {
     EXPECT_EQ(ports.count(kLogWarning, "skipped: not an item name"), 1);
 }
 
-TEST_F(ItemCatalogueTest, AMappedNodeReplacesATableEntryOfTheSameKeyOnly) {
+TEST_P(ItemCatalogueFormTest, AMappedNodeReplacesATableEntryOfTheSameKeyOnly) {
     std::string& items = ports.files["items.xml"];
     const std::string row =
         "<item><rootId>key-1</rootId><nodeId>%</nodeId><dasSchemaName>Settings</dasSchemaName>"
@@ -62,6 +78,29 @@ TEST_F(ItemCatalogueTest, AMappedNodeReplacesATableEntryOfTheSameKeyOnly) {
     EXPECT_EQ(catalogue.storeAddress({"key-1", "other"})->column, "Melody");
     EXPECT_EQ(catalogue.storeAddress({"key-2", "key-2"})->table, "Keys");
     EXPECT_EQ(catalogue.storedNodes("key-1").size(), 2U) << "a node is listed once";
+}
+
+TEST_P(ItemCatalogueFormTest, KeepsTheMasterItemMapAsADocument) {
+    load();
+    const auto map = catalogue.master().getDocument("masterItemMap");
+    ASSERT_NE(map, nullptr);
+    EXPECT_EQ(map->schemaName(), "masterItemMap");
+    EXPECT_EQ(map->root()->child("melody")->value(),
+              "<managementId>VcmsMgmtId</managementId><schema>text</schema>");
+    EXPECT_EQ(map->root()->children().back()->getName(), "time");
+    EXPECT_EQ(catalogue.master().getSchema("masterItemMap")->root(), map->root());
+    EXPECT_EQ(catalogue.itemsOf("LazyMgmtId"), (Texts{"lazy", "lazy-2", "time"}));
+}
+
+TEST_F(ItemCatalogueTest, ThreadsThatAskForAnAddressAtOnceGetTheSame) {
+    load();
+    const StoreAddress* found[2] = {};
+    std::thread other([&] { found[0] = catalogue.storeAddress({"account", "realm"}); });
+    found[1] = catalogue.storeAddress({"account", "realm"});
+    other.join();
+    ASSERT_NE(found[0], nullptr);
+    EXPECT_EQ(found[0], found[1]);
+    EXPECT_EQ(found[0], catalogue.storeAddress({"account", "realm"})) << "and it stays";
 }
 
 TEST_F(ItemCatalogueTest, WithoutServiceListNothingIsKnown) {
