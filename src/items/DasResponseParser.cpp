@@ -52,16 +52,26 @@ bool takeHead(std::string_view& text, std::string_view head) {
     return true;
 }
 
-bool isPlainNameStart(char c) {
+constexpr bool isPlainNameStart(char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
 }
 
+constexpr std::array<bool, 0x100> kPlainNameParts = [] {
+    std::array<bool, 0x100> parts{};
+    for (std::size_t byte = 0; byte < parts.size(); ++byte) {
+        const char c = static_cast<char>(byte);
+        parts[byte] = isPlainNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+    }
+    return parts;
+}();
+
 /// Takes an ASCII name; empty when there is none.
 std::string_view takeName(std::string_view& text) {
-    std::size_t end = 0;
-    while (end < text.size() &&
-           (isPlainNameStart(text[end]) || (end > 0 && ((text[end] >= '0' && text[end] <= '9') ||
-                                                        text[end] == '-' || text[end] == '.')))) {
+    if (text.empty() || !isPlainNameStart(text.front())) {
+        return {};
+    }
+    std::size_t end = 1;
+    while (end < text.size() && kPlainNameParts[static_cast<unsigned char>(text[end])]) {
         ++end;
     }
     const std::string_view name = text.substr(0, end);

@@ -27,8 +27,7 @@ void answerSetData(Method& reply, const std::string& protocol, bool result,
 
 /// Leaves the write to those that are committed together. False when it has to be done alone.
 bool writeInGroup(MethodCall& call, ManageableData& record) {
-    auto* service = dynamic_cast<GroupedWrites*>(&call.service);
-    if (service == nullptr || !service->takesInGroup(record)) {
+    if (call.grouped == nullptr || !call.grouped->takesInGroup(record)) {
         return false;
     }
     std::shared_ptr<InvokerResponse> response = call.response.postpone();
@@ -36,15 +35,15 @@ bool writeInGroup(MethodCall& call, ManageableData& record) {
         return false;
     }
     call.isPostponed = true;
-    service->setDataInGroup(std::move(record),
-                            [response, name = call.request.name(), &adapter = call.adapter](
-                                bool result, const ManageableData& written) {
-                                Method reply(name, Method::eResponse);
-                                answerSetData(reply, response->protocol(), result, written);
-                                std::string text;
-                                MethodReply::encode(adapter, reply, text);
-                                MethodReply::send(*response, text);
-                            });
+    call.grouped->setDataInGroup(std::move(record),
+                                 [response, name = call.request.name(), &adapter = call.adapter](
+                                     bool result, const ManageableData& written) {
+                                     Method reply(name, Method::eResponse);
+                                     answerSetData(reply, response->protocol(), result, written);
+                                     std::string text;
+                                     MethodReply::encode(adapter, reply, text);
+                                     MethodReply::send(*response, text);
+                                 });
     return true;
 }
 
@@ -70,10 +69,8 @@ void handleGetData(MethodCall& call) {
     ManageableData record;
     bool result = false;
     if (RecordParameter::read(call.request, record)) {
-        if (call.isGroupOpen) {
-            if (auto* service = dynamic_cast<GroupedWrites*>(&call.service)) {
-                service->finishGroupBefore(record);
-            }
+        if (call.isGroupOpen && call.grouped != nullptr) {
+            call.grouped->finishGroupBefore(record);
         }
         result = call.service.getData(record);
     } else {

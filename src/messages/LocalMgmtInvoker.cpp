@@ -36,25 +36,38 @@ void LocalMgmtInvoker::handleMessage(Executable* executable, const char* message
 }
 
 void LocalMgmtInvoker::endTurn(Executable* executable) {
-    if (auto* service = dynamic_cast<LocalMgmtIfc*>(executable)) {
-        finishGroup(*service);
+    if (m_isGroupOpen) {
+        finishGroup(targetOf(executable));
     }
 }
 
-void LocalMgmtInvoker::finishGroup(LocalMgmtIfc& service) {
-    if (std::exchange(m_isGroupOpen, false)) {
-        if (auto* grouped = dynamic_cast<GroupedWrites*>(&service)) {
-            grouped->finishGroup();
-        }
+void LocalMgmtInvoker::finishGroup(const Target& target) {
+    if (std::exchange(m_isGroupOpen, false) && target.grouped != nullptr) {
+        target.grouped->finishGroup();
     }
+}
+
+// Almost always the same object as before. Two casts take as long as a tenth of a read.
+LocalMgmtInvoker::Target LocalMgmtInvoker::targetOf(Executable* executable) {
+    if (executable == nullptr) {
+        return {};
+    }
+    const std::type_info& type = typeid(*executable);
+    if (executable != m_lastExecutable || type != *m_lastType) {
+        m_lastTarget = {dynamic_cast<LocalMgmtIfc*>(executable),
+                        dynamic_cast<GroupedWrites*>(executable)};
+        m_lastExecutable = executable;
+        m_lastType = &type;
+    }
+    return m_lastTarget;
 }
 
 /// Whether the reply is given later.
 bool LocalMgmtInvoker::handle(Executable* executable, const char* message, int length,
                               InvokerResponse& response, std::string& reply) {
     VIREO_LOG(kComponent, kLogInfo, "handleMessage:msg = %.*s", length, message);
-    auto* service = dynamic_cast<LocalMgmtIfc*>(executable);
-    if (service == nullptr) {
+    const Target target = targetOf(executable);
+    if (target.service == nullptr) {
         VIREO_LOG(kComponent, kLogError, "Could not cast executable to LocalMgmtIfc.");
         return false;
     }
@@ -65,11 +78,11 @@ bool LocalMgmtInvoker::handle(Executable* executable, const char* message, int l
         VIREO_LOG(kComponent, kLogError, "Could not find PA for \"%s\"\n", protocol.c_str());
         return false;
     }
-    return callMethod(*service, response, *adapter, {message, static_cast<std::size_t>(length)},
+    return callMethod(target, response, *adapter, {message, static_cast<std::size_t>(length)},
                       reply);
 }
 
-bool LocalMgmtInvoker::callMethod(LocalMgmtIfc& service, InvokerResponse& response,
+bool LocalMgmtInvoker::callMethod(const Target& target, InvokerResponse& response,
                                   ProtocolAdapter& adapter, std::string_view message,
                                   std::string& reply) {
     const std::string& protocol = response.protocol();
@@ -84,9 +97,10 @@ bool LocalMgmtInvoker::callMethod(LocalMgmtIfc& service, InvokerResponse& respon
         return false;
     }
     if (!row->copesWithGroup) {
-        finishGroup(service);  // it may wait for something, or look at the items
+        finishGroup(target);  // it may wait for something, or look at the items
     }
-    MethodCall call{.service = service,
+    MethodCall call{.service = *target.service,
+                    .grouped = target.grouped,
                     .protocol = protocol,
                     .framework = *m_context,
                     .request = request,
