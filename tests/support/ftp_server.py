@@ -46,7 +46,7 @@ class Handler(FTPHandler):
     authorizer = DummyAuthorizer()
     abstracted_fs = Files
     auth_failed_timeout = 0
-    use_sendfile = False
+    use_sendfile = hold is None
 
     def on_login(self, username):
         self.fs.cwd = "/home"
