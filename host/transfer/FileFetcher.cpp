@@ -41,7 +41,8 @@ bool FileFetcher::fetch(const FetchOrder& order, AdminProgressCallback& callback
         rest->version = {};
         ending = attempt(order, *rest, progress, error);
     }
-    if (ending == TransferAttempt::Ending::eInterrupted) {
+    std::string ignored;  // the interruption is what counts
+    if (ending == TransferAttempt::Ending::eInterrupted && rest->file.flush(ignored)) {
         m_rest.emplace(std::move(*rest));
     }
     return ending == TransferAttempt::Ending::eComplete && rest->file.commit(error);

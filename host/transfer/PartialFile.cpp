@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -18,6 +19,8 @@ namespace {
 
 // What the disk may be behind; the final sync of a large file is short then.
 constexpr std::uint64_t kWriteBackStep = 8ULL * 1024 * 1024;
+// Smaller writes cost more, and so do larger ones, for which the kernel looks for large pages.
+constexpr std::size_t kWriteBlock = 128 * 1024;
 constexpr int kNameAttempts = 100;
 
 std::string withReason(const std::string& what, int number) {
@@ -62,7 +65,8 @@ PartialFile::PartialFile(PartialFile&& other) noexcept
       m_finalName(std::move(other.m_finalName)),
       m_hiddenName(std::exchange(other.m_hiddenName, {})),
       m_file(std::move(other.m_file)),
-      m_size(other.m_size),
+      m_pending(std::move(other.m_pending)),
+      m_written(other.m_written),
       m_writtenBack(other.m_writtenBack) {}
 
 PartialFile::~PartialFile() {
@@ -110,11 +114,38 @@ bool PartialFile::open(std::string& error) {
 
 bool PartialFile::append(const char* bytes, std::size_t count, std::string& error) {
     while (count > 0) {
+        if (m_pending.empty() && count >= kWriteBlock) {
+            if (!write(bytes, kWriteBlock, error)) {
+                return false;
+            }
+            bytes += kWriteBlock;
+            count -= kWriteBlock;
+            continue;
+        }
+        const std::size_t taken = std::min(count, kWriteBlock - m_pending.size());
+        m_pending.append(bytes, taken);
+        bytes += taken;
+        count -= taken;
+        if (m_pending.size() == kWriteBlock && !flush(error)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool PartialFile::flush(std::string& error) {
+    const bool isWritten = write(m_pending.data(), m_pending.size(), error);
+    m_pending.clear();
+    return isWritten;
+}
+
+bool PartialFile::write(const char* bytes, std::size_t count, std::string& error) {
+    while (count > 0) {
         const ssize_t written = ::write(m_file.get(), bytes, count);
         if (written > 0) {
             bytes += written;
             count -= static_cast<std::size_t>(written);
-            m_size += static_cast<std::uint64_t>(written);
+            m_written += static_cast<std::uint64_t>(written);
         } else if (errno != EINTR) {
             error = withReason("cannot write to " + m_directoryPath, errno);
             return false;
@@ -125,10 +156,10 @@ bool PartialFile::append(const char* bytes, std::size_t count, std::string& erro
 }
 
 void PartialFile::startWriteBack() {
-    if (m_size - m_writtenBack >= kWriteBackStep) {
+    if (m_written - m_writtenBack >= kWriteBackStep) {
         ::sync_file_range(m_file.get(), static_cast<off_t>(m_writtenBack),
-                          static_cast<off_t>(m_size - m_writtenBack), SYNC_FILE_RANGE_WRITE);
-        m_writtenBack = m_size;
+                          static_cast<off_t>(m_written - m_writtenBack), SYNC_FILE_RANGE_WRITE);
+        m_writtenBack = m_written;
     }
 }
 
@@ -137,7 +168,8 @@ bool PartialFile::restart(std::string& error) {
         error = withReason("cannot write to " + m_directoryPath, errno);
         return false;
     }
-    m_size = 0;
+    m_pending.clear();
+    m_written = 0;
     m_writtenBack = 0;
     return true;
 }
@@ -154,6 +186,9 @@ bool PartialFile::isInPlace() const {
 }
 
 bool PartialFile::commit(std::string& error) {
+    if (!flush(error)) {
+        return false;
+    }
     if (::fsync(m_file.get()) != 0) {
         error = withReason("cannot write to " + m_directoryPath, errno);
         return false;

@@ -24,8 +24,10 @@ public:
     ~PartialFile();
 
     /// Bytes so far.
-    std::uint64_t size() const { return m_size; }
+    std::uint64_t size() const { return m_written + m_pending.size(); }
     bool append(const char* bytes, std::size_t count, std::string& error);
+    /// Gives what was appended to the operating system, all of it.
+    bool flush(std::string& error);
     /// Begins again with nothing.
     bool restart(std::string& error);
     /// Whether the hidden file still stands in the directory that its final path names. Somebody
@@ -39,6 +41,7 @@ private:
     PartialFile(const ConfinedRoot& root, FileDescriptor directory, const std::string& finalPath);
 
     bool open(std::string& error);
+    bool write(const char* bytes, std::size_t count, std::string& error);
     void startWriteBack();
 
     const ConfinedRoot& m_root;
@@ -47,7 +50,8 @@ private:
     std::string m_finalName;
     std::string m_hiddenName;  ///< empty: there is none any more
     FileDescriptor m_file;
-    std::uint64_t m_size = 0;
+    std::string m_pending;  ///< appended, not written yet
+    std::uint64_t m_written = 0;
     std::uint64_t m_writtenBack = 0;
 };
 
