@@ -28,6 +28,7 @@ constexpr Measurement kMeasurements[] = {
     {"durable", measureDurableWrites}, {"owners", measureOwners},
     {"observers", measureObservers},   {"peers", measureManyPeers},
     {"start", measureStart},           {"memory", measureMemory},
+    {"downloads", measureDownloads},
 };
 
 struct Options {
@@ -109,10 +110,11 @@ bool measure(const Options& options) {
     const ScratchDirectory sockets(std::filesystem::temp_directory_path());
     const std::string log = std::filesystem::absolute(options.files) / "bench.log";
     std::filesystem::remove(log);
-    Bench bench{{}, {files.path(), sockets.path(), log}, 100'000, report};
+    Bench bench{{}, {files.path(), sockets.path(), log}, 100'000, report, 200'000'000};
     if (options.isQuick) {
         bench.pace = {9, 0.01, 3};
         bench.largePhone = 20'000;
+        bench.largeFile = 20'000'000;
     }
     std::printf("Everything on processor %d, %u rounds by turns, medians.\n", processor,
                 bench.pace.rounds);

@@ -87,6 +87,10 @@ Ratio Comparison::ratio(std::size_t measured, std::size_t rival) const {
     return result;
 }
 
+double Comparison::medianOf(std::size_t contender) const {
+    return median(m_contenders.at(contender).secondsPerOperation);
+}
+
 unsigned Comparison::rounds() const {
     return static_cast<unsigned>(m_contenders.front().secondsPerOperation.size());
 }

@@ -41,6 +41,8 @@ public:
     /// Time of an operation of `measured` to that of `rival`: of the medians of all rounds; the
     /// quartiles are those of the rounds' own ratios.
     Ratio ratio(std::size_t measured, std::size_t rival) const;
+    /// Seconds of an operation, or what the timed work gives.
+    double medianOf(std::size_t contender) const;
     unsigned rounds() const;
 
 private:

@@ -55,6 +55,17 @@ bool readLine(int descriptor, std::string& line) {
     return false;
 }
 
+double memoryOf(pid_t pid, const char* file, std::string_view name) {
+    std::ifstream status("/proc/" + std::to_string(pid) + '/' + file);
+    std::string word;
+    while (status >> word) {
+        if (double kibibytes = 0; word == name && status >> kibibytes) {
+            return kibibytes * 1024;
+        }
+    }
+    throw Failure("no memory of process " + std::to_string(pid));
+}
+
 template <class Body>
 [[noreturn]] void runChild(Body&& body) {
     int status = 0;
@@ -170,6 +181,19 @@ void pinTo(int processor) {
     }
 }
 
+AnyProcessor::AnyProcessor() {
+    ::sched_getaffinity(0, sizeof m_before, &m_before);
+    cpu_set_t all;
+    std::memset(&all, 0xff, sizeof all);  // the kernel takes those that there are
+    if (::sched_setaffinity(0, sizeof all, &all) != 0) {
+        failSystem("sched_setaffinity");
+    }
+}
+
+AnyProcessor::~AnyProcessor() {
+    ::sched_setaffinity(0, sizeof m_before, &m_before);
+}
+
 int lastProcessor() {
     cpu_set_t set;
     CPU_ZERO(&set);
@@ -186,14 +210,11 @@ int lastProcessor() {
 }
 
 double residentBytes(pid_t pid) {
-    std::ifstream status("/proc/" + std::to_string(pid) + "/smaps_rollup");
-    std::string word;
-    while (status >> word) {
-        if (double kibibytes = 0; word == "Rss:" && status >> kibibytes) {
-            return kibibytes * 1024;
-        }
-    }
-    throw Failure("no memory of process " + std::to_string(pid));
+    return memoryOf(pid, "smaps_rollup", "Rss:");
+}
+
+double peakBytes(pid_t pid) {
+    return memoryOf(pid, "status", "VmHWM:");
 }
 
 }  // namespace vireo::bench

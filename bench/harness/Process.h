@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sched.h>
 #include <sys/types.h>
 
 #include <functional>
@@ -41,10 +42,24 @@ double measureInFork(const std::function<double()>& body);
 
 /// Binds this process, and all that it starts from now on, to one processor.
 void pinTo(int processor);
+/// While it lives, this process and what it starts may run on every processor again.
+class AnyProcessor {
+public:
+    AnyProcessor();
+    ~AnyProcessor();
+    AnyProcessor(const AnyProcessor&) = delete;
+    AnyProcessor& operator=(const AnyProcessor&) = delete;
+
+private:
+    cpu_set_t m_before;
+};
+
 /// The last processor that this process may use; interrupts tend to go to the first.
 int lastProcessor();
 
 /// The memory of a process that is in the machine, in bytes.
 double residentBytes(pid_t pid);
+/// The most that it ever was.
+double peakBytes(pid_t pid);
 
 }  // namespace vireo::bench

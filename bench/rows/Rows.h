@@ -12,6 +12,7 @@ struct Bench {
     Places places;
     std::size_t largePhone = 100'000;  ///< items of the phone whose memory is measured
     Report& report;
+    std::size_t largeFile = 200'000'000;  ///< bytes of the file that is fetched
 };
 
 // Each measures what its name says and adds its rows to the report. Throws `Failure`.
@@ -23,5 +24,6 @@ void measureObservers(Bench& bench);
 void measureManyPeers(Bench& bench);
 void measureStart(Bench& bench);
 void measureMemory(Bench& bench);
+void measureDownloads(Bench& bench);
 
 }  // namespace vireo::bench
