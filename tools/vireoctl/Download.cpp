@@ -174,9 +174,11 @@ void Download::showState() {
             break;
         case State::eFailed:
             show(DownloadNews::eFailed);
-            m_errors << (m_path.empty() ? "vireoctl: the file was not fetched, or not accepted"
-                                        : "vireoctl: the image was fetched, but not burnt")
-                     << "; the log of the service says why\n";
+            // A file that is too large goes without a log line.
+            m_errors << (m_path.empty() ? "vireoctl: the file was not fetched (the log of the "
+                                          "service says why), or is too large or not playable\n"
+                                        : "vireoctl: the image was fetched, but not burnt; the log "
+                                          "of the service says why\n");
             m_code = ExitCode::eRefused;
             break;
     }

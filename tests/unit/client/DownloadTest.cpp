@@ -82,7 +82,8 @@ std::string completion(const char* path) {
 
 constexpr const char* kByItems = "startDownloadWithFileTypeAndCallback";
 constexpr const char* kNotFetched =
-    "vireoctl: the file was not fetched, or not accepted; the log of the service says why\n";
+    "vireoctl: the file was not fetched (the log of the service says why), or is too large or not "
+    "playable\n";
 constexpr const char* kNotBurnt =
     "vireoctl: the image was fetched, but not burnt; the log of the service says why\n";
 
