@@ -12,6 +12,8 @@ struct DeviceOptions {
     std::string storageDirectory = "data/vireo";
     std::string certificateDirectory = "certificates";
     std::string flashDirectory = "flash";
+    std::string keyDirectory = "software-keys";  ///< of those who may sign software images
+    bool allowsDowngrade = false;                ///< to older software than what runs
     TransferOptions transfer;
 };
 

@@ -2,18 +2,30 @@
 
 #include "Ports.h"
 #include "runtime/ServiceRegistry.h"
+#ifdef VIREO_IMAGE
+#include "signature/ImageBurn.h"
+#endif
 
 namespace vireo {
 
 HostDevices::HostDevices(const std::filesystem::path& root, const DeviceOptions& options)
     : m_storage(root, options.storageDirectory),
-      m_image(root, options.flashDirectory, options.hardwareVariant),
+      m_flash(root, options.flashDirectory),
+#ifdef VIREO_IMAGE
+      m_banks(m_flash, ImageBurn::isPayloadWhole),
+      m_image(m_flash, m_banks,
+              {options.hardwareVariant, root / options.keyDirectory, options.allowsDowngrade}),
+#else
+      m_banks(m_flash),
+      m_image(options.hardwareVariant),
+#endif
       m_certificates(root / options.certificateDirectory)
 #ifdef VIREO_TRANSFER
       ,
       m_transfer((root / options.storageDirectory).string(), options.transfer)
 #endif
 {
+    m_banks.start();
 }
 
 void HostDevices::addTo(PlatformPorts& ports) {
@@ -28,7 +40,9 @@ void HostDevices::stop() {
 #ifdef VIREO_TRANSFER
     m_transfer.stop();
 #endif
+#ifdef VIREO_IMAGE
     m_image.stop();
+#endif
 }
 
 void HostDevices::offer(ServiceRegistry& services) {

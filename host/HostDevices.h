@@ -4,9 +4,16 @@
 
 #include "DeviceOptions.h"
 #include "files/FileStorage.h"
-#include "image/PlainImage.h"
+#include "image/FlashDirectory.h"
+#include "image/SoftwareBanks.h"
 #include "services/CertificateDirectory.h"
 #include "services/MobilityLog.h"
+#include "services/SoftwareAgent.h"
+#ifdef VIREO_IMAGE
+#include "signature/SignedImages.h"
+#else
+#include "image/NoImages.h"
+#endif
 #ifdef VIREO_MEDIA
 #include "services/SndfileMediaControl.h"
 #endif
@@ -23,19 +30,30 @@ struct PlatformPorts;
 /// the services beside this one. They outlive the plug-in.
 class HostDevices {
 public:
+    /// Decides which software this start is from, and counts it if that is on trial.
     HostDevices(const std::filesystem::path& root, const DeviceOptions& options);
 
     /// Adds the ports that are made here to others.
     void addTo(PlatformPorts& ports);
     /// Makes the services known by their interfaces.
     void offer(ServiceRegistry& services);
+    SoftwareBanks& banks() { return m_banks; }
+    /// The owner of the items about the phone's software.
+    SoftwareAgent& software() { return m_software; }
     /// Ends what runs in the background; who waits for it is told that it failed. Nothing is begun
     /// after this.
     void stop();
 
 private:
     FileStorage m_storage;
-    PlainImage m_image;
+    FlashDirectory m_flash;
+    SoftwareBanks m_banks;
+    SoftwareAgent m_software{m_banks};
+#ifdef VIREO_IMAGE
+    SignedImages m_image;
+#else
+    NoImages m_image;
+#endif
     CertificateDirectory m_certificates;
     MobilityLog m_mobility;
 #ifdef VIREO_MEDIA

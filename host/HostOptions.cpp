@@ -170,6 +170,15 @@ void declareDevices(CLI::App& app, HostOptions& options) {
                      "Certificates for HTTPS, below the root");
     declareDirectory("--flash-directory", devices.flashDirectory,
                      "Software that was burnt, below the root");
+    declareDirectory("--software-key-directory", devices.keyDirectory,
+                     "Public keys of those who may sign software images, below the root");
+    app.add_option_function<std::string>(
+           "--allow-downgrade",
+           [&devices](const std::string& answer) { devices.allowsDowngrade = answer == "yes"; },
+           "Whether software may be replaced by an older version: yes or no")
+        ->type_name("TEXT")
+        ->check(CLI::IsMember({"yes", "no"}))
+        ->default_str(devices.allowsDowngrade ? "yes" : "no");
 }
 
 void declareTransfer(CLI::App& app, TransferOptions& transfer) {

@@ -3,9 +3,13 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <future>
+#include <utility>
 
+#include "LocalMgmtIfc.h"
 #include "PeerWatcherIfc.h"
 #include "Ports.h"
 #include "ShutdownConsentIfc.h"
@@ -17,6 +21,9 @@ namespace {
 
 constexpr const char* kStoreInterface = "DataAccessServiceIfc";
 constexpr const char* kLocalInterface = "LocalMgmtIfc";
+
+// How long the message thread may take to answer after the start.
+constexpr std::chrono::seconds kHealthyStart(10);
 
 // Descriptors that the service needs besides those of its peers.
 constexpr rlim_t kOwnDescriptors = 64;
@@ -141,6 +148,9 @@ void HostProcess::startService(const HostOptions& options) {
     m_invoker->initInvoker(&m_framework);
     m_service->run();
     m_started = true;
+    m_devices->software().serve(
+        dynamic_cast<LocalMgmtIfc&>(*m_service),
+        [this](std::function<void()> task) { m_loop.postTask(std::move(task)); });
     m_further.start(m_context);
     m_loop.serve(kLocalInterface, *m_invoker, *m_service);
     watchPeers();
@@ -152,11 +162,28 @@ void HostProcess::startService(const HostOptions& options) {
     });
 }
 
+/// Software that is on trial has proved itself when the message thread answers.
+void HostProcess::confirmSoftware() {
+    if (!m_devices->banks().view().isOnTrial()) {
+        return;
+    }
+    const auto answered = std::make_shared<std::promise<void>>();
+    m_loop.postTask([answered] { answered->set_value(); });
+    if (answered->get_future().wait_for(kHealthyStart) == std::future_status::ready) {
+        m_devices->banks().confirm();
+    } else {
+        logLine(kLogError, __LINE__,
+                "the message thread does not answer: the software is not confirmed");
+    }
+}
+
 bool HostProcess::start(const HostOptions& options, std::string& error) {
     m_ports.install(options);
     warnOfConfigDirectory(options.configDirectory);
     allowDescriptors(options.messages.maximumPeers);
     m_root = DeviceRoot::prepare(options.root, error);
+    // New software has its start counted before anything of it can go wrong.
+    openDevices(*m_root, options);
     // The socket comes early: a service that cannot be reached should not touch the store.
     if (!m_root) {
         error += "; --root names the directory";
@@ -166,7 +193,6 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
         error += "; --socket names the path";
         return false;
     }
-    openDevices(*m_root, options);
     openStore(*m_root, options);
     if (!loadService(options.plugin, error)) {
         error += "; --plugin names the file";
@@ -174,6 +200,7 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
     }
     m_further.load(options.services, m_services, m_loop);
     startService(options);
+    confirmSoftware();
     return true;
 }
 

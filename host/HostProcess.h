@@ -61,6 +61,7 @@ private:
     };
 
     void openDevices(const DeviceRoot& root, const HostOptions& options);
+    void confirmSoftware();
     void openStore(const DeviceRoot& root, const HostOptions& options);
     bool loadService(const std::string& plugin, std::string& error);
     void offerProxy(const char* interfaceName, const char* factory);

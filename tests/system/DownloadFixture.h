@@ -34,10 +34,6 @@ inline std::string silence(std::uint32_t samples) {
            number(samples, 4) + std::string(samples, '\x80');
 }
 
-inline std::string image(const std::string& variant, std::size_t size) {
-    return "VIREO-IMAGE 1 " + variant + " " + std::to_string(size) + "\n" + std::string(size, 'i');
-}
-
 /// A phone and an FTP server that it is set up for.
 class DownloadSystem : public testing::Test {
 protected:
@@ -52,8 +48,7 @@ protected:
         put("small.png", std::string(2000, 'p'));
         put("large.png", std::string(300001, 'p'));
         put("cut.wav", silence(20000).substr(0, 9000));
-        put("image", image("desk-1", 100000));
-        put("foreign", image("desk-2", 100000));
+        put("foreign", std::string(100000, 'i'));
     }
 
     /// With `hold`, each file stops after so many bytes until `openGate`.

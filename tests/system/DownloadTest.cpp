@@ -86,22 +86,5 @@ TEST_F(DownloadSystem, OneThatIsLeftGoesOnAndNoOtherIsStartedMeanwhile) {
     EXPECT_EQ(std::filesystem::file_size(stored("images/half.png")), 300000U);
 }
 
-TEST_F(DownloadSystem, AnImageIsFollowedToTheEndOfItsBurnAndAForeignOneIsNotBurnt) {
-    serve();
-    set({"dl-app-file=foreign"});
-    const Outcome foreign = phone.ctl({"download", "swBind"});
-    EXPECT_EQ(foreign.exitCode, 1);
-    EXPECT_TRUE(foreign.out.ends_with("swBind: failed\n")) << foreign.out;
-    EXPECT_NE(foreign.err.find("not burnt"), std::string::npos) << foreign.err;
-    EXPECT_EQ(valueOf("dl-app-last-status"), "2");
-
-    set({"dl-app-file=image"});
-    const Outcome burnt = phone.ctl({"download", "swBind"});
-    EXPECT_EQ(burnt.exitCode, 0) << burnt.err;
-    EXPECT_NE(burnt.out.find("burning "), std::string::npos) << burnt.out;
-    EXPECT_TRUE(burnt.out.ends_with("swBind: " + stored("image") + "\n")) << burnt.out;
-    EXPECT_EQ(contents(phone.root() + "/flash/software.img"), image("desk-1", 100000));
-}
-
 }  // namespace
 }  // namespace vireo::test

@@ -59,6 +59,8 @@ public:
     virtual void downloadStatus(const std::string& type, int percent) = 0;
     /// Whether a file of `type` passed its check.
     virtual void validation(const std::string& type, const std::string& name, bool accepted) = 0;
+    /// The items about the phone's software.
+    virtual void software(const RecordAnswer& answer) = 0;
     virtual void emptyReply() = 0;
 
     // As it happens: what follows is written out at once.

@@ -46,15 +46,33 @@ RecordAnswer checkAssignments(const std::vector<Assignment>& assignments) {
 
 ExitCode Commands::get(const std::vector<std::string>& tags) {
     RecordAnswer answer;
-    ManageableData record;
     for (const std::string& tag : tags) {
         if (!XmlText::isName(tag)) {
             refuse(answer, tag, kNoName);
         }
-        record.addRootId(tag, nullptr);
     }
-    if (!answer.refusals.empty()) {
-        return print(answer);
+    const ExitCode code = answer.refusals.empty() ? read(tags, answer) : ExitCode::eDone;
+    return code == ExitCode::eDone ? print(answer) : code;
+}
+
+ExitCode Commands::software() {
+    RecordAnswer answer;
+    const ExitCode code =
+        read({"software-version", "software-bank", "software-status", "software-bank-a-version",
+              "software-bank-a-status", "software-bank-b-version", "software-bank-b-status"},
+             answer);
+    if (code != ExitCode::eDone) {
+        return code;
+    }
+    m_printer.software(answer);
+    return answer.result ? ExitCode::eDone : ExitCode::eRefused;
+}
+
+/// Whatever there is of the items, unless the service cannot be asked.
+ExitCode Commands::read(const std::vector<std::string>& tags, RecordAnswer& answer) {
+    ManageableData record;
+    for (const std::string& tag : tags) {
+        record.addRootId(tag, nullptr);
     }
     const std::vector<std::string> asked = record.rootIds();  // each once
     ExitCode code{};
@@ -77,7 +95,7 @@ ExitCode Commands::get(const std::vector<std::string>& tags) {
             "read failed: an item could not be read, its value may be old; the log of the service "
             "says why");
     }
-    return print(answer);
+    return ExitCode::eDone;
 }
 
 // What the record holds that was not asked for by name are the members of collections. A tag

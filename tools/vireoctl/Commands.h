@@ -27,6 +27,8 @@ public:
     ExitCode get(const std::vector<std::string>& tags);
     /// Writes all items with one record. Nothing is sent when one of them cannot be.
     ExitCode set(const std::vector<Assignment>& assignments);
+    /// Reads the items about the phone's software and its two banks.
+    ExitCode software();
     ExitCode schema(const std::string& name);
     ExitCode schemaOf(const std::string& tag);
     ExitCode invalidateCache();
@@ -43,6 +45,7 @@ public:
 
 private:
     bool reportFailure(CallStatus status, ExitCode& code);
+    ExitCode read(const std::vector<std::string>& tags, RecordAnswer& answer);
     ExitCode print(const RecordAnswer& answer);
     ExitCode printName(CallStatus status, const char* methodName, const char* parameterName,
                        const std::string& value, const std::string& unknown);

@@ -90,6 +90,10 @@ void JsonPrinter::validation(const std::string& /*type*/, const std::string& /*n
     printMethod(m_out, "validateFile", Json{{"result", accepted}});
 }
 
+void JsonPrinter::software(const RecordAnswer& answer) {
+    record(answer);
+}
+
 void JsonPrinter::emptyReply() {
     printLine(m_out, Json{{"method", nullptr}});
 }

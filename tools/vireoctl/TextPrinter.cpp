@@ -1,5 +1,7 @@
 #include "TextPrinter.h"
 
+#include <algorithm>
+
 #include "BusyMask.h"
 #include "CallStatus.h"
 
@@ -9,6 +11,10 @@ void TextPrinter::record(const RecordAnswer& answer) {
     for (const auto& [tag, value] : answer.items) {
         m_out << tag << " = " << value << '\n';
     }
+    remarks(answer);
+}
+
+void TextPrinter::remarks(const RecordAnswer& answer) {
     m_out.flush();  // before the refusals, where both go to one terminal
     for (const RejectionSpec& refusal : answer.refusals) {
         m_errors << refusal.rootId() << ": " << refusal.reason() << '\n';
@@ -65,6 +71,27 @@ void TextPrinter::downloadStatus(const std::string& type, int percent) {
 
 void TextPrinter::validation(const std::string& type, const std::string& name, bool accepted) {
     m_out << type << ": " << name << (accepted ? ": accepted\n" : ": rejected\n");
+}
+
+void TextPrinter::software(const RecordAnswer& answer) {
+    const auto valueOf = [&answer](const std::string& tag) {
+        const auto found = std::find_if(answer.items.begin(), answer.items.end(),
+                                        [&](const auto& item) { return item.first == tag; });
+        return found != answer.items.end() ? found->second : std::string();
+    };
+    if (!answer.items.empty()) {
+        const std::string bank = valueOf("software-bank");
+        m_out << "runs: " << valueOf("software-version")
+              << (bank == "installed" ? ", installed, no bank" : ", bank " + bank) << ", "
+              << valueOf("software-status") << '\n';
+        for (const char* const name : {"a", "b"}) {
+            const std::string tag = std::string("software-bank-") + name;
+            const std::string version = valueOf(tag + "-version");
+            m_out << "bank " << name << ": " << version << (version.empty() ? "" : ", ")
+                  << valueOf(tag + "-status") << '\n';
+        }
+    }
+    remarks(answer);
 }
 
 void TextPrinter::emptyReply() {

@@ -23,6 +23,7 @@ public:
     void limits(const LocalMgmtClient::FileTypeLimits& limits) override;
     void downloadStatus(const std::string& type, int percent) override;
     void validation(const std::string& type, const std::string& name, bool accepted) override;
+    void software(const RecordAnswer& answer) override;
     void emptyReply() override;
     void changed(const ItemValues& items) override;
     void serving(const std::string& managementId, const std::string& channelName) override;
@@ -32,6 +33,8 @@ public:
     void download(const DownloadNews& news) override;
 
 private:
+    void remarks(const RecordAnswer& answer);
+
     ProgressLine m_progress;
 };
 

@@ -60,6 +60,10 @@ std::optional<Command> bindSet(const CommandLine& line, std::string& error) {
     return [all = *assignments](Commands& commands) { return commands.set(all); };
 }
 
+std::optional<Command> bindSoftware(const CommandLine& /*line*/, std::string& /*error*/) {
+    return [](Commands& commands) { return commands.software(); };
+}
+
 std::optional<Command> bindSchema(const CommandLine& line, std::string& /*error*/) {
     return [name = line.name](Commands& commands) { return commands.schema(name); };
 }
@@ -185,6 +189,8 @@ void declareCommands(CLI::App& app, CommandLine& line) {
         .add_option("ASSIGNMENT", line.arguments, "What to write; a value is taken as it is")
         ->required()
         ->type_name("TAG=VALUE");
+    addCommand(app, line, "software", "Show the phone's software and both of its banks",
+               bindSoftware);
     addCommand(app, line, "schema", "Print a schema", bindSchema)
         .add_option("NAME", line.name, "The schema")
         ->required()

@@ -55,6 +55,8 @@ std::string textOf(const HostOptions& options) {
          << options.devices.storageDirectory << '\n'
          << options.devices.certificateDirectory << '\n'
          << options.devices.flashDirectory << '\n'
+         << options.devices.keyDirectory << '\n'
+         << options.devices.allowsDowngrade << '\n'
          << options.devices.transfer.connectTimeout.count() << '\n'
          << options.devices.transfer.stallTimeout.count() << '\n'
          << options.devices.transfer.usesActiveFtp << '\n';
@@ -175,6 +177,8 @@ TEST_F(HostOptionsTest, AWrongSettingIsOneLineWithFileAndKeyAndExitCode2) {
         {"service = name=", "service: \"name=\" is no channel name, '=' and file"},
         {"connect-timeout-ms = 9", "connect-timeout-ms: Value 9 not in range 10 to 600000"},
         {"ftp-mode = both", "ftp-mode: both not in {passive,active}"},
+        {"allow-downgrade = maybe", "allow-downgrade: maybe not in {yes,no}"},
+        {"software-key-directory = ../x", "software-key-directory: \"../x\" is no relative path"},
         {"log-level = 3\nlog-level = 3", "line 2: log-level: the key is there twice"},
     };
     for (const auto& test : cases) {
