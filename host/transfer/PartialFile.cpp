@@ -20,7 +20,7 @@ namespace {
 // What the disk may be behind; the final sync of a large file is short then.
 constexpr std::uint64_t kWriteBackStep = 8ULL * 1024 * 1024;
 // Smaller writes cost more, and so do larger ones, for which the kernel looks for large pages.
-constexpr std::size_t kWriteBlock = 128 * 1024;
+constexpr std::size_t kWriteBlock = std::size_t{128} * 1024;
 constexpr int kNameAttempts = 100;
 
 std::string withReason(const std::string& what, int number) {

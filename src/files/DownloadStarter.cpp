@@ -203,7 +203,7 @@ bool DownloadStarter::setUp(const DownloadSource& source, const Order& order) {
         m_surroundings.progress);
 }
 
-bool DownloadStarter::prepareTransport(LocalMgmtIfc::eDownloadProtocol protocol) {
+bool DownloadStarter::prepareTransport(LocalMgmtIfc::eDownloadProtocol protocol) const {
     if (protocol == LocalMgmtIfc::DOWNLOAD_FTP) {
         return true;
     }

@@ -55,7 +55,7 @@ private:
     bool completeAwaited(bool isSuccess);
     bool downloadFile(const DownloadSource& source, const Order& order);
     bool setUp(const DownloadSource& source, const Order& order);
-    bool prepareTransport(LocalMgmtIfc::eDownloadProtocol protocol);
+    bool prepareTransport(LocalMgmtIfc::eDownloadProtocol protocol) const;
 
     CurrentDownload& m_current;
     DownloadReporter& m_reporter;
