@@ -1,5 +1,6 @@
 #include "data/PlainRecord.h"
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
@@ -13,13 +14,10 @@ namespace {
 /// Whether the text stands for itself between double quotes. Other characters than these are rare
 /// in names.
 bool isPlainAttribute(std::string_view text) {
-    for (const char c : text) {
+    return std::all_of(text.begin(), text.end(), [](char c) {
         const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte >= 0x7F || c == '&' || c == '<' || c == '>') {
-            return false;
-        }
-    }
-    return true;
+        return byte >= 0x20 && byte < 0x7F && c != '&' && c != '<' && c != '>';
+    });
 }
 
 /// Takes a text apart from its front. Each function answers false when the front is something else.

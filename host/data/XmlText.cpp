@@ -34,13 +34,13 @@ constexpr bool isNamePart(std::uint32_t c) {
 }
 
 /// For the characters below 0x80, of which nearly all names are.
-enum : unsigned char { kStartsName = 1, kIsInName = 2 };
+enum : unsigned char { eStartsName = 1, eIsInName = 2 };
 
 constexpr std::array<unsigned char, 0x80> kAsciiNames = [] {
     std::array<unsigned char, 0x80> table{};
     for (std::uint32_t c = 0; c < table.size(); ++c) {
-        table[c] = static_cast<unsigned char>((isNameStart(c) ? kStartsName : 0) |
-                                              (isNamePart(c) ? kIsInName : 0));
+        table[c] = static_cast<unsigned char>((isNameStart(c) ? eStartsName : 0) |
+                                              (isNamePart(c) ? eIsInName : 0));
     }
     return table;
 }();
@@ -69,7 +69,7 @@ bool XmlText::isName(std::string_view name) noexcept {
         const bool isFirst = position == 0;
         const auto byte = static_cast<unsigned char>(name[position]);
         if (byte < kAsciiNames.size()) {
-            if ((kAsciiNames[byte] & (isFirst ? kStartsName : kIsInName)) == 0) {
+            if ((kAsciiNames[byte] & (isFirst ? eStartsName : eIsInName)) == 0) {
                 return false;
             }
             ++position;

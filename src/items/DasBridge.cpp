@@ -30,6 +30,7 @@ struct DasBridge::Place {
     const std::string* indexColumn = nullptr;  ///< empty for a table without index
     const std::string* indexValue = nullptr;   ///< null when there is none
 
+    bool isKeyed() const { return indexValue != nullptr && !indexColumn->empty(); }
     const char* indexText() const { return indexValue != nullptr ? indexValue->c_str() : ""; }
     std::string readRequest() const;
     std::string updateRequest(const std::string& value) const;
@@ -43,7 +44,7 @@ std::string DasBridge::Place::readRequest() const {
         .append(R"("><ReasonForMessage>read_request</ReasonForMessage><ResultCols>)")
         .append(address->column)
         .append("</ResultCols>");
-    if (!indexColumn->empty()) {
+    if (isKeyed()) {
         request.append("<Entry>");
         appendElement(request, *indexColumn, *indexValue);
         request.append("</Entry>");
@@ -58,12 +59,12 @@ std::string DasBridge::Place::updateRequest(const std::string& value) const {
     request.append(kHead)
         .append(address->table)
         .append(R"("><ReasonForMessage>update_request</ReasonForMessage>)");
-    if (!indexColumn->empty()) {
+    if (isKeyed()) {
         request.append("<Entry>");
         appendElement(request, *indexColumn, *indexValue);
     }
     appendElement(request, address->column, value);
-    if (!indexColumn->empty()) {
+    if (isKeyed()) {
         request.append("</Entry>");
     }
     request.append("</Schema>");
@@ -140,6 +141,7 @@ bool DasBridge::readNode(const std::string& rootId, const std::string& schemaNam
         }
         record.makeDocument(schemaName, rootId);
     }
+    // NOLINTNEXTLINE(bugprone-use-after-move): the value is only taken where a leaf is made
     return record.populate(rootId, nodeId, value);
 }
 

@@ -30,7 +30,7 @@ bool writeInGroup(MethodCall& call, ManageableData& record) {
     if (call.grouped == nullptr || !call.grouped->takesInGroup(record)) {
         return false;
     }
-    std::shared_ptr<InvokerResponse> response = call.response.postpone();
+    const std::shared_ptr<InvokerResponse> response = call.response.postpone();
     if (!response) {
         return false;
     }

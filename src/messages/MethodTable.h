@@ -15,7 +15,7 @@ class ProtocolAdapter;
 /// One call that came by message. Handlers read the request, call the service and fill the reply.
 struct MethodCall {
     LocalMgmtIfc& service;
-    GroupedWrites* grouped;  ///< of the same service; null when it has none
+    GroupedWrites* grouped = nullptr;  ///< of the same service; null when it has none
     const std::string& protocol;
     FrameworkContext& framework;
     const Method& request;
