@@ -182,13 +182,13 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
     warnOfConfigDirectory(options.configDirectory);
     allowDescriptors(options.messages.maximumPeers);
     m_root = DeviceRoot::prepare(options.root, error);
-    // New software has its start counted before anything of it can go wrong.
-    openDevices(*m_root, options);
-    // The socket comes early: a service that cannot be reached should not touch the store.
     if (!m_root) {
         error += "; --root names the directory";
         return false;
     }
+    // New software has its start counted before anything of it can go wrong.
+    openDevices(*m_root, options);
+    // The socket comes early: a service that cannot be reached should not touch the store.
     if (!m_loop.listen(options.socket, options.messages, error)) {
         error += "; --socket names the path";
         return false;
