@@ -39,8 +39,10 @@ FlashDirectory::FlashDirectory(const std::filesystem::path& deviceRoot,
       m_path(m_device.path() + directory + '/') {}
 
 bool FlashDirectory::isThere() const {
-    struct stat status {};
-    return ::lstat(m_path.substr(0, m_path.size() - 1).c_str(), &status) == 0 || errno != ENOENT;
+    std::error_code ignored;
+    const std::filesystem::path path = m_path.substr(0, m_path.size() - 1);
+    return std::filesystem::symlink_status(path, ignored).type() !=
+           std::filesystem::file_type::not_found;
 }
 
 FileDescriptor FlashDirectory::directory(Missing missing) const {
@@ -55,8 +57,8 @@ std::optional<FlashPort::File> FlashDirectory::open(const std::string& name) {
     if (!isThere()) {
         return std::nullopt;
     }
-    const int file =
-        ::openat(directory(Missing::eRefuse).get(), name.c_str(), O_RDONLY | kFileFlags);
+    const FileDescriptor flash = directory(Missing::eRefuse);
+    const int file = ::openat(flash.get(), name.c_str(), O_RDONLY | kFileFlags);
     if (file < 0 && errno == ENOENT) {
         return std::nullopt;
     }
@@ -138,8 +140,11 @@ void FlashDirectory::rename(const std::string& from, const std::string& to) {
 }
 
 void FlashDirectory::remove(const std::string& name) {
-    if (isThere() && ::unlinkat(directory(Missing::eRefuse).get(), name.c_str(), 0) != 0 &&
-        errno != ENOENT) {
+    if (!isThere()) {
+        return;
+    }
+    const FileDescriptor flash = directory(Missing::eRefuse);
+    if (::unlinkat(flash.get(), name.c_str(), 0) != 0 && errno != ENOENT) {
         fail("remove " + pathOf(name));
     }
 }

@@ -139,13 +139,13 @@ BootMarker SoftwareBanks::load() {
 /// work, the other one is still there.
 BootMarker SoftwareBanks::recover(const std::string& why) {
     BootMarker marker;
-    if (!isWhole(Bank::eA) && !isWhole(Bank::eB)) {
+    const std::optional<ImageHeader>& a = m_view.of(Bank::eA).header;
+    const std::optional<ImageHeader>& b = m_view.of(Bank::eB).header;
+    if (!a && !b) {
         return marker;
     }
-    marker.bank = isWhole(Bank::eA) ? Bank::eA : Bank::eB;
-    if (isWhole(otherBank(marker.bank))) {
-        const auto& a = m_view.of(Bank::eA).header;
-        const auto& b = m_view.of(Bank::eB).header;
+    marker.bank = a ? Bank::eA : Bank::eB;
+    if (a && b) {
         marker.bank = b->version > a->version ? Bank::eB : Bank::eA;
         marker.isTrial = true;
         marker.fallback = otherBank(marker.bank);

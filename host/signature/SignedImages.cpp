@@ -26,8 +26,9 @@ std::optional<ImageFile> SignedImages::open(const std::string& path,
     ImageVerifier::Demands demands;
     demands.hardwareVariant = hardwareVariant;
     const SoftwareBanks::View now = m_banks.view();
-    if (now.running != Bank::eNone && !m_policy.allowsDowngrade) {
-        demands.oldestVersion = now.of(now.running).header->version;
+    const std::optional<ImageHeader>& running = now.of(now.running).header;
+    if (now.running != Bank::eNone && running && !m_policy.allowsDowngrade) {
+        demands.oldestVersion = running->version;
     }
     const std::uint64_t free = m_flash.freeBytes();
     demands.room = free > kReserve ? free - kReserve : 0;

@@ -55,7 +55,7 @@ public:
     std::size_t read(File file, std::uint64_t offset, std::span<unsigned char> bytes) override {
         access();
         const std::string& now = m_open.at(file)->now;
-        const std::size_t at = std::min<std::size_t>(offset, now.size());
+        const std::size_t at = std::min(static_cast<std::size_t>(offset), now.size());
         const std::size_t count = std::min(bytes.size(), now.size() - at);
         std::copy_n(now.begin() + static_cast<std::ptrdiff_t>(at), count, bytes.begin());
         return count;
@@ -66,8 +66,9 @@ public:
         if (bytes.size() > freeBytes()) {
             throw StorageError("cannot write to flash memory: No space left on device");
         }
-        now.resize(std::max<std::size_t>(now.size(), offset + bytes.size()));
-        std::copy(bytes.begin(), bytes.end(), now.begin() + static_cast<std::ptrdiff_t>(offset));
+        const auto at = static_cast<std::size_t>(offset);
+        now.resize(std::max(now.size(), at + bytes.size()));
+        std::copy(bytes.begin(), bytes.end(), now.begin() + static_cast<std::ptrdiff_t>(at));
     }
     void sync(File file) override {
         access();
