@@ -28,7 +28,7 @@ constexpr Measurement kMeasurements[] = {
     {"durable", measureDurableWrites}, {"owners", measureOwners},
     {"observers", measureObservers},   {"peers", measureManyPeers},
     {"start", measureStart},           {"memory", measureMemory},
-    {"downloads", measureDownloads},
+    {"downloads", measureDownloads},   {"burn", measureBurns},
 };
 
 struct Options {

@@ -25,5 +25,6 @@ void measureManyPeers(Bench& bench);
 void measureStart(Bench& bench);
 void measureMemory(Bench& bench);
 void measureDownloads(Bench& bench);
+void measureBurns(Bench& bench);
 
 }  // namespace vireo::bench
