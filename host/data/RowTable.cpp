@@ -28,7 +28,7 @@ std::optional<Head> readHead(PlainXml& xml) {
             return std::nullopt;
         }
         std::string_view& part = attribute == "name" ? head.name : head.schema;
-        if ((attribute != "name" && attribute != "schema") || !part.empty()) {
+        if ((attribute != "name" && attribute != "schema") || !part.empty() || value.empty()) {
             return std::nullopt;
         }
         part = value;

@@ -14,6 +14,9 @@ namespace {
 constexpr unsigned kParseFlags =
     pugi::parse_escapes | pugi::parse_cdata | pugi::parse_ws_pcdata | pugi::parse_fragment;
 
+// The parser passes over one at the beginning of whatever it reads.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 bool isText(const pugi::xml_node& node) {
     return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
 }
@@ -191,6 +194,11 @@ pugi::xml_node XmlTree::parse(pugi::xml_document& document, std::string_view sou
 }
 
 bool XmlTree::parseFragment(std::string_view fragment, DxlNode& target) {
+    std::string marked;
+    if (fragment.starts_with(kByteOrderMark)) {  // inside a document it is a character like others
+        marked.append(kByteOrderMark).append(fragment);
+        fragment = marked;
+    }
     pugi::xml_document document;
     std::string error;
     DxlNode parsed(target.getName(), DxlNode::Kind::eBranch);

@@ -113,6 +113,7 @@ INSTANTIATE_TEST_SUITE_P(
         ContentCase{kRow + "<!-- <item> --><item><!-- - --><id>b</id><!----></item>" + kRow, true},
         ContentCase{"<item><id>&amp;&lt;&#x41;&#8364;</id><value>a&gt;b</value></item>", true},
         ContentCase{"<id>a&amp;b</id><id>c</id>", true},
+        ContentCase{"<id>\xef\xbb\xbf&amp;</id><id>\xef\xbb\xbf</id>", true},
         ContentCase{"<item><id>]]> \"quoted\" 'so'</id></item>", true},
         ContentCase{"<item/><item></item><item> </item><item>text</item><item><id/></item>" + kRow,
                     true},
@@ -167,7 +168,9 @@ INSTANTIATE_TEST_SUITE_P(
         document("<!DOCTYPE x>"), R"(<document name="d">)" + kRow + "</document>",
         R"(<document name="" schema="s">)" + kRow + "</document>",
         R"(<document name="d" schema="a b">)" + kRow + "</document>",
-        R"(<document name="d" schema="s" name="f">)" + kRow + "</document>", "<thing/>",
+        R"(<document name="d" schema="s" name="f">)" + kRow + "</document>",
+        R"(<document name="" schema="s" name="f">)" + kRow + "</document>",
+        R"(<document schema="" name="d" schema="s">)" + kRow + "</document>", "<thing/>",
         R"(<schema name="x" type="float">1</schema>)", R"(<schema name="x"><branch/></schema>)",
         R"(<schema name="x"/>stray</schema>)", "</document>"));
 
