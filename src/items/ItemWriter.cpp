@@ -109,6 +109,10 @@ std::unique_ptr<BegunWrite> ItemWriter::begin(ManageableData record) {
     return begun;
 }
 
+bool ItemWriter::isCollection(const std::string& rootId) const {
+    return m_catalogue.findManagementId(rootId).empty() && !m_collections.empty(rootId);
+}
+
 bool ItemWriter::setData(ManageableData& record) {
     const std::vector<std::string> rootIds = record.rootIds();
     if (rootIds.empty()) {

@@ -36,6 +36,8 @@ public:
     bool isStoredItem(const ManageableData& record) const;
     /// Writes such a record; nothing is told, and the store has not committed it yet.
     std::unique_ptr<BegunWrite> begin(ManageableData record);
+    /// Whether the name stands for several items.
+    bool isCollection(const std::string& rootId) const;
 
 private:
     struct Write;

@@ -53,7 +53,7 @@ void WriteGroup::finish() {
 
 void WriteGroup::finishBefore(const ManageableData& record) {
     for (const std::string& rootId : record.rootIds()) {
-        if (m_tags.count(rootId) != 0) {
+        if (m_tags.count(rootId) != 0 || m_writer.isCollection(rootId)) {
             finish();
             return;
         }

@@ -37,7 +37,7 @@ public:
     /// Commits and answers what was added. An observer may come back in here: it then answers the
     /// rest.
     void finish();
-    /// The same, when one of the items has been written.
+    /// The same, when one of the items has been written, or may be a member of what is named.
     void finishBefore(const ManageableData& record);
 
 private:

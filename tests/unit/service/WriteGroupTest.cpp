@@ -137,6 +137,7 @@ TEST_F(WriteGroupTest, EndsBeforeWhateverMightSeeOrHoldItUp) {
         bool ends;
     } rows[] = {
         {"getData", "melody", true},       {"getData", "volume", false},
+        {"getData", "pair", true},         {"getData", "nest", true},
         {"setData", "volume", false},      {"retrievePhoneBusyStatus", "", true},
         {"invalidateVCMSCache", "", true},
     };
