@@ -22,12 +22,20 @@ class FrameResponse::Postponed : public InvokerResponse {
 public:
     Postponed(std::shared_ptr<Connection> connection, const FrameResponse& response)
         : m_connection(std::move(connection)), m_response(response) {}
-    ~Postponed() override { m_response.sendEmpty(); }
+    ~Postponed() override {
+        m_response.setPayload(nullptr, 0);
+        Postponed::send();
+    }
     Postponed(const Postponed&) = delete;
     Postponed& operator=(const Postponed&) = delete;
 
     const std::string& protocol() const override { return m_response.protocol(); }
-    void send() override { m_response.send(); }
+    void send() override {
+        if (!m_response.sent()) {
+            m_response.send();
+            m_connection->setHasPostponed(false);
+        }
+    }
     void setPayload(const char* text, int length) override { m_response.setPayload(text, length); }
 
 private:

@@ -29,8 +29,7 @@ public:
     const std::string& protocol() const override { return m_protocol; }
     void send() override;
     void setPayload(const char* text, int length) override;
-    /// The connection has a postponed reply from now on; who takes that mark away again is the
-    /// caller of `Invoker::endTurn`.
+    /// The connection has a postponed reply from now on, until the other handle has sent it.
     std::shared_ptr<InvokerResponse> postpone() override;
     /// Whether the answer that was begun is given by another handle.
     bool isPostponed() const { return m_isPostponed; }

@@ -198,6 +198,9 @@ void PeerCalls::handle(const ConnectionPointer& connection, FrameFinding found, 
 }
 
 bool PeerCalls::serveDeferred(const ConnectionPointer& connection, std::size_t& budget) {
+    if (connection->hasPostponed() && connection->awaited().deferredBytes() > 0) {
+        m_loop.endTurn();  // replies come in the order of the requests
+    }
     OwnedFrame owned;
     while (budget > 0 && connection->awaited().takeDeferred(owned)) {
         --budget;

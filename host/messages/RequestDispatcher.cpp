@@ -73,30 +73,53 @@ void RequestDispatcher::dispatch(Connection& connection, const Frame& frame) {
     }
 }
 
+// Giving a reply may call a peer, and waiting for that one comes in here again: the inner call has
+// the rest given, since it may be what that peer waits for.
 std::vector<std::shared_ptr<Connection>> RequestDispatcher::endTurn() {
-    std::vector<std::shared_ptr<Connection>> served = std::exchange(m_postponed, {});
-    if (served.empty()) {
-        return served;
+    if (m_postponed.empty()) {
+        return {};
+    }
+    ++m_endDepth;
+    for (auto& [name, target] : m_targets) {
+        if (target.hasPostponed) {
+            endTurn(target);
+        }
+    }
+    if (--m_endDepth > 0) {
+        return takeServed();
     }
     for (auto& [name, target] : m_targets) {
-        if (!std::exchange(target.hasPostponed, false)) {
-            continue;
-        }
-        try {
-            target.invoker->endTurn(target.executable);
-        } catch (const std::exception& exception) {
-            logExc(kComponent, kFile, __LINE__, "an invoker let an exception out", exception);
-        } catch (...) {
-            if (loggingOnUni(kLogError)) {
-                logAppUni(kComponent, kFile, kLogError, __LINE__,
-                          "an invoker let something out that is no standard exception");
-            }
+        target.hasPostponed = false;
+    }
+    for (const std::shared_ptr<Connection>& connection : m_postponed) {
+        connection->setHasPostponed(false);  // also when an invoker forgot it
+    }
+    return std::exchange(m_postponed, {});
+}
+
+/// Those that have got their replies.
+std::vector<std::shared_ptr<Connection>> RequestDispatcher::takeServed() {
+    std::vector<std::shared_ptr<Connection>> served;
+    for (const std::shared_ptr<Connection>& connection : m_postponed) {
+        if (!connection->hasPostponed()) {
+            served.push_back(connection);
         }
     }
-    for (const std::shared_ptr<Connection>& connection : served) {
-        connection->setHasPostponed(false);
-    }
+    std::erase_if(m_postponed, [](const auto& connection) { return !connection->hasPostponed(); });
     return served;
+}
+
+void RequestDispatcher::endTurn(const Target& target) {
+    try {
+        target.invoker->endTurn(target.executable);
+    } catch (const std::exception& exception) {
+        logExc(kComponent, kFile, __LINE__, "an invoker let an exception out", exception);
+    } catch (...) {
+        if (loggingOnUni(kLogError)) {
+            logAppUni(kComponent, kFile, kLogError, __LINE__,
+                      "an invoker let something out that is no standard exception");
+        }
+    }
 }
 
 const std::string& RequestDispatcher::currentChannel() const {

@@ -31,7 +31,8 @@ public:
     void dispatch(Connection& connection, const Frame& frame);
     /// Whether replies are postponed.
     bool hasPostponed() const { return !m_postponed.empty(); }
-    /// Has all postponed replies given. Answers whose they were. Throws nothing.
+    /// Has all postponed replies given. Answers whose they were. May be called while it runs.
+    /// Throws nothing.
     std::vector<std::shared_ptr<Connection>> endTurn();
     /// The empty reply to a request that is not handled.
     static void answerEmpty(Connection& connection, const Frame& frame);
@@ -53,12 +54,15 @@ private:
         const Connection* peer = nullptr;
     };
 
+    static void endTurn(const Target& target);
+    std::vector<std::shared_ptr<Connection>> takeServed();
     static void invoke(const Target& target, Level& level, const std::string& interfaceName,
                        std::string_view payload);
 
     std::unordered_map<std::string, Target, TextHash, std::equal_to<>> m_targets;
     std::vector<std::unique_ptr<Level>> m_levels;
     std::size_t m_depth = 0;                               ///< how many of them are in use
+    std::size_t m_endDepth = 0;                            ///< calls of `endTurn` that run
     std::vector<std::shared_ptr<Connection>> m_postponed;  ///< a reply each
 };
 

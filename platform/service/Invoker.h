@@ -54,7 +54,7 @@ public:
     /// The messages that came together are handled, or the message thread is about to wait for a
     /// peer: postponed answers are to be sent now. Called when there are some, with the service
     /// object of `handleMessage`, on the message thread; also from within another `handleMessage`
-    /// that calls a peer. Throws nothing.
+    /// or `endTurn` that calls a peer. Throws nothing.
     virtual void endTurn([[maybe_unused]] Executable* executable) {}
 };
 

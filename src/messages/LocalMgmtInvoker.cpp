@@ -1,7 +1,5 @@
 #include "messages/LocalMgmtInvoker.h"
 
-#include <utility>
-
 #include "Boundary.h"
 #include "LocalMgmtIfc.h"
 #include "items/GroupedWrites.h"
@@ -36,13 +34,13 @@ void LocalMgmtInvoker::handleMessage(Executable* executable, const char* message
 }
 
 void LocalMgmtInvoker::endTurn(Executable* executable) {
-    if (m_isGroupOpen) {
-        finishGroup(targetOf(executable));
-    }
+    finishGroup(targetOf(executable));
 }
 
+// Also while it is being finished: an observer that calls a peer has the rest answered first.
 void LocalMgmtInvoker::finishGroup(const Target& target) {
-    if (std::exchange(m_isGroupOpen, false) && target.grouped != nullptr) {
+    m_isGroupOpen = false;
+    if (target.grouped != nullptr) {
         target.grouped->finishGroup();
     }
 }
@@ -96,7 +94,7 @@ bool LocalMgmtInvoker::callMethod(const Target& target, InvokerResponse& respons
         VIREO_LOG(kComponent, kLogDebug, "Invalid Message, %s", request.name().c_str());
         return false;
     }
-    if (!row->copesWithGroup) {
+    if (m_isGroupOpen && !row->copesWithGroup) {
         finishGroup(target);  // it may wait for something, or look at the items
     }
     MethodCall call{.service = *target.service,

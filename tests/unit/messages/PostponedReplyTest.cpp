@@ -1,6 +1,7 @@
+#include <deque>
 #include <future>
+#include <thread>
 #include <utility>
-#include <vector>
 
 #include "LoopFixture.h"
 #include "messages/PeerCalls.h"
@@ -9,7 +10,9 @@ namespace vireo::test {
 namespace {
 
 /// Postpones the answers to what starts with "later", and gives them as "TEXT/NUMBER IN THE TURN";
-/// "later lost" is given none. "hold" waits for the test, "ask" asks the peer "owner".
+/// "later lost" is given none, "later ask" after "owner" was asked. "hold" waits for the test,
+/// "ask" asks the peer "owner", "meet" lets another thread ask "first" and come across what it
+/// sent.
 class PostponingInvoker : public Invoker {
 public:
     explicit PostponingInvoker(PeerCalls& calls) : m_calls(calls) {}
@@ -27,16 +30,23 @@ public:
             isHeld.set_value();
             release.get_future().wait();
         } else if (text == "ask") {
-            m_calls.call({"owner", "vireo_text", "AgentIfc"}, text, std::chrono::seconds(20),
-                         reply);
+            ask("owner", reply);
+        } else if (text == "meet") {
+            std::thread([&] { ask("first", reply); }).join();
         }
         answer(*response, reply);
     }
     void endTurn(Executable*) override {
-        const auto postponed = std::exchange(m_postponed, {});
-        for (const auto& [response, text] : postponed) {
+        const std::size_t count = m_postponed.size();
+        while (!m_postponed.empty()) {
+            const auto [response, text] = std::move(m_postponed.front());
+            m_postponed.pop_front();
+            std::string reply = text + "/" + std::to_string(count);
+            if (text == "later ask") {
+                ask("owner", reply);
+            }
             if (text != "later lost") {
-                answer(*response, text + "/" + std::to_string(postponed.size()));
+                answer(*response, reply);
             }
         }
     }
@@ -45,13 +55,16 @@ public:
     std::promise<void> release;
 
 private:
+    void ask(std::string_view channel, std::string& reply) {
+        m_calls.call({channel, "vireo_text", "AgentIfc"}, "?", std::chrono::seconds(20), reply);
+    }
     static void answer(InvokerResponse& response, const std::string& text) {
         response.setPayload(text.data(), static_cast<int>(text.size()));
         response.send();
     }
 
     PeerCalls& m_calls;
-    std::vector<std::pair<std::shared_ptr<InvokerResponse>, std::string>> m_postponed;
+    std::deque<std::pair<std::shared_ptr<InvokerResponse>, std::string>> m_postponed;
 };
 
 class PostponedReplyTest : public LoopFixture {
@@ -129,6 +142,37 @@ TEST_F(PostponedReplyTest, NoneWaitsWhileTheServiceWaitsForAPeer) {
     EXPECT_EQ(next(m_owner), "7 later inner/1") << "the owner may need it for its answer";
     EXPECT_TRUE(m_owner.write(FramePeer::frame(FrameKind::eReply, asked->correlation, "done")));
     EXPECT_EQ(next(m_second), "1 done");
+}
+
+TEST_F(PostponedReplyTest, NoneWaitsWhileAnotherOneIsGiven) {
+    hold();
+    EXPECT_TRUE(m_first.write(request(1, "later ask")));
+    EXPECT_TRUE(m_second.write(request(1, "later")));
+    release();
+    const auto asked = m_owner.read();
+    ASSERT_TRUE(asked);
+    EXPECT_EQ(next(m_second), "1 later/1");
+    EXPECT_TRUE(m_owner.write(request(7, "later inner")));
+    EXPECT_EQ(next(m_owner), "7 later inner/1");
+    EXPECT_TRUE(m_owner.write(FramePeer::frame(FrameKind::eReply, asked->correlation, "done")));
+    EXPECT_EQ(next(m_first), "1 done");
+    EXPECT_TRUE(m_second.write(request(2, "later") + request(3, "now")));
+    EXPECT_EQ(next(m_second), "2 later/1");
+    EXPECT_EQ(next(m_second), "3 now");
+}
+
+TEST_F(PostponedReplyTest, WhatAnotherThreadComesAcrossIsAnsweredBehindIt) {
+    hold();
+    EXPECT_TRUE(m_first.write(request(1, "later")));
+    EXPECT_TRUE(m_second.write(request(1, "meet")));
+    release();
+    const auto asked = m_first.read();
+    ASSERT_TRUE(asked);
+    EXPECT_TRUE(m_first.write(request(2, "now") +
+                              FramePeer::frame(FrameKind::eReply, asked->correlation, "met")));
+    EXPECT_EQ(next(m_second), "1 met");
+    EXPECT_EQ(next(m_first), "1 later/1");
+    EXPECT_EQ(next(m_first), "2 now");
 }
 
 }  // namespace

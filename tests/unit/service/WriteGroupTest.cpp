@@ -1,6 +1,8 @@
 #include <sqlite3.h>
 
+#include <functional>
 #include <memory>
+#include <utility>
 
 #include "MgmtAgentIfc.h"
 #include "support/FullDisk.h"
@@ -40,11 +42,15 @@ struct Watcher : MgmtAgentIfc {
         for (const std::string& tag : record.rootIds()) {
             told += tag + "=" + record.interogate(tag)->value() + " ";
         }
+        if (const auto once = std::exchange(whenTold, {})) {
+            once();
+        }
         return true;
     }
     bool resetUserData() override { return true; }
 
     std::string told;
+    std::function<void()> whenTold;
 };
 
 class WriteGroupTest : public ServiceHouse {
@@ -161,6 +167,20 @@ TEST_F(WriteGroupTest, TakesNeitherOtherItemsNorSeveral) {
         message(response, "setData", {{tag, "x"}});
         EXPECT_EQ(response.sends, 1) << tag;
     }
+}
+
+TEST_F(WriteGroupTest, IsAnsweredWhileAnObserverOfAnotherWriteWaits) {
+    message(first, "setData", {{"melody", "a"}});
+    message(second, "setData", {{"volume", "b"}});
+    bool isAnswered = false;
+    watcher.whenTold = [&] {
+        invoker.endTurn(&service);
+        isAnswered = second.isAnswered();
+    };
+    invoker.endTurn(&service);
+    EXPECT_TRUE(isAnswered);
+    EXPECT_EQ(first.later->sends + second.later->sends, 2);
+    EXPECT_EQ(watcher.told, "melody=a volume=b ");
 }
 
 TEST_F(WriteGroupTest, IsToldBeforeALaterWriteOfItsItem) {
