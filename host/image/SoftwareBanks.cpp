@@ -20,6 +20,13 @@ void logLine(int level, int line, const std::string& text) {
     }
 }
 
+/// What has run well, as far as anything is known of it.
+Bank provenBank(const SoftwareBanks::View& view) {
+    return view.running != Bank::eNone ? view.running
+           : view.marker.isTrial       ? view.marker.fallback
+                                       : view.marker.bank;
+}
+
 }  // namespace
 
 SoftwareBanks::SoftwareBanks(FlashPort& flash, PayloadCheck check)
@@ -129,6 +136,7 @@ BootMarker SoftwareBanks::load() {
         const std::size_t count = m_flash.read(file.get(), 0, bytes);
         const auto marker = BootMarker::parse(
             std::string(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count)));
+        m_isMarkerStored = marker.has_value();
         return marker ? *marker : recover("it is damaged");
     } catch (const std::exception& exception) {
         return recover(exception.what());
@@ -228,6 +236,7 @@ void SoftwareBanks::store(const BootMarker& marker) {
     }
     m_flash.rename(kNewMarkerFile, kMarkerFile);
     m_flash.syncNames();
+    m_isMarkerStored = true;
 }
 
 bool SoftwareBanks::tryStore(const BootMarker& marker, const char* what) {
@@ -277,6 +286,9 @@ std::optional<Bank> SoftwareBanks::target(std::string& reason) const {
 void SoftwareBanks::install(Bank bank, const ImageHeader& header) {
     const std::lock_guard writing(m_writing);
     const View before = view();
+    if (!m_isMarkerStored) {
+        store(before.marker);  // or a start would find a bank alone, and take it for the phone's
+    }
     m_flash.rename(newFile(bank), fileOf(bank));
     {
         const std::lock_guard lock(m_mutex);
@@ -286,9 +298,8 @@ void SoftwareBanks::install(Bank bank, const ImageHeader& header) {
     BootMarker next;
     next.bank = bank;
     next.isTrial = true;
-    next.fallback = before.running != Bank::eNone ? before.running
-                    : before.marker.bank != bank  ? before.marker.bank
-                                                  : Bank::eNone;
+    const Bank proven = provenBank(before);
+    next.fallback = proven != bank ? proven : Bank::eNone;
     try {
         store(next);
     } catch (const std::exception&) {

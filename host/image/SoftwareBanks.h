@@ -97,7 +97,8 @@ private:
     FlashPort& m_flash;
     PayloadCheck m_check;
     std::function<void()> m_listener;
-    std::mutex m_writing;  ///< one writes the marker
+    std::mutex m_writing;           ///< one writes the marker
+    bool m_isMarkerStored = false;  ///< there is one that can be read
     mutable std::mutex m_mutex;
     View m_view;
 };

@@ -103,6 +103,28 @@ TEST_F(SoftwareBanksTest, NewSoftwareIsConfirmedOrGivesWayToTheOld) {
     EXPECT_EQ(start(), Bank::eB);
 }
 
+TEST_F(SoftwareBanksTest, TheWayBackIsWhatHasRunAndNotWhatWasBurntBefore) {
+    ASSERT_EQ(start(), Bank::eNone);
+    burn(Bank::eA, "1.0");
+    std::string reason;
+    ASSERT_EQ(m_banks->target(reason), Bank::eB);
+    burn(Bank::eB, "2.0");
+    EXPECT_EQ(start(), Bank::eB);
+    EXPECT_EQ(start(), Bank::eNone) << "bank a was never confirmed";
+}
+
+// The first burn of all is cut off when the bank has its name and there is no marker yet.
+TEST_F(SoftwareBanksTest, WhatWasNeverSwitchedToIsNotStarted) {
+    ASSERT_EQ(start(), Bank::eNone);
+    m_flash.onAccess = [this](long) {
+        if (m_flash.has(SoftwareBanks::fileOf(Bank::eA))) {
+            throw StorageError("the power is off");
+        }
+    };
+    EXPECT_THROW(burn(Bank::eA, "1.0"), StorageError);
+    EXPECT_EQ(start(), Bank::eNone);
+}
+
 TEST_F(SoftwareBanksTest, ATrialThatCannotBeCountedIsNotStarted) {
     put(Bank::eA, imageOf("1.0"));
     put(Bank::eB, imageOf("2.0"));

@@ -160,6 +160,32 @@ TEST_F(BurnFaultsTest, APowerCutAtAnyMomentLeavesABankThatStarts) {
     EXPECT_GT(olds, 0);
 }
 
+// There is no marker yet, and no bank to go back to: what was installed is the way back.
+TEST_F(BurnFaultsTest, AFirstBurnThatIsCutOffOrNotConfirmedLeavesWhatWasInstalled) {
+    std::mt19937 random(11);
+    int news = 0;
+    for (int seed = 0; seed < 6; ++seed) {
+        for (long cut = 1;; ++cut) {
+            SCOPED_TRACE("seed " + std::to_string(seed) + ", access " + std::to_string(cut));
+            ModelFlash flash;
+            flash.failFrom(cut);
+            try {
+                burn(flash);
+            } catch (const StorageError&) {
+            }
+            const bool isCut = flash.accesses >= cut;
+            flash.onAccess = nullptr;
+            flash.cutPower(random);
+            news += startAsItIs(flash, false) == "2.0.0" ? 1 : 0;
+            EXPECT_EQ(startAsItIs(flash, false), "none");
+            if (!isCut || ::testing::Test::HasFailure()) {
+                break;
+            }
+        }
+    }
+    EXPECT_GT(news, 0);
+}
+
 TEST_F(BurnFaultsTest, WhatHasHappenedSurvivesAPowerCut) {
     std::mt19937 random(3);
     for (int round = 0; round < 30; ++round) {
