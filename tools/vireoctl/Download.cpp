@@ -114,7 +114,7 @@ void Download::leave() {
 
 // A transfer can be made again; a burn should not be cut short.
 bool Download::requestShutdown() {
-    return m_state != State::eBurning;
+    return m_state != State::eBurning && m_state != State::eFetched;
 }
 
 bool Download::informDownloadProgress(int progress, std::string /*filepath*/) {
@@ -123,10 +123,10 @@ bool Download::informDownloadProgress(int progress, std::string /*filepath*/) {
     }
     if (progress < 0) {
         finish(State::eFailed);
-    } else if (m_state == State::eBurning && progress >= kBurnt) {
-        finish(State::eDone);
+    } else if (m_state == State::eFetched || m_state == State::eBurning) {
+        progress < kBurnt ? showPercent(State::eBurning, progress) : finish(State::eDone);
     } else {
-        showPercent(hasEnded() ? State::eFetching : m_state, progress);
+        showPercent(State::eFetching, progress);
     }
     return true;
 }
@@ -140,7 +140,7 @@ bool Download::informDownloadCompletion(std::string filepath) {
         finish(State::eDone);
         return true;
     }
-    showPercent(State::eBurning, 0);
+    m_state = State::eFetched;  // whether it can be burnt shows with the next report
     return true;
 }
 
@@ -163,6 +163,8 @@ void Download::showState() {
         return;
     }
     switch (m_state) {
+        case State::eFetched:
+            break;
         case State::eFetching:
             show(DownloadNews::eFetching);
             break;

@@ -34,7 +34,7 @@ public:
     ExitCode run(LocalMgmtClient::Options connection, const StopSignal& stop);
 
 private:
-    enum class State { eFetching, eBurning, eDone, eFailed };
+    enum class State { eFetching, eFetched, eBurning, eDone, eFailed };
 
     bool requestShutdown() override;
     bool informDownloadProgress(int progress, std::string filepath) override;

@@ -169,7 +169,7 @@ TEST(Download, FollowsItsOwnDownloadToTheEnd) {
          kNotAsked,
          {completion("/i"), progress(-3)},
          ExitCode::eRefused,
-         "0 %\nburning 0 %\nswBind: failed\n",
+         "0 %\nswBind: failed\n",
          kNotBurnt},
         {"an end of its own before the answer",
          "ringer",
@@ -217,7 +217,7 @@ TEST(Download, FollowsItsOwnDownloadToTheEnd) {
 TEST(Download, DrawsABarOnATerminalAndPrintsObjectsForPrograms) {
     const auto script = [](PeerStream& stream) {
         stream.sendBytes(startReply(stream, kByItems, true));
-        tell(stream, {progress(50), completion("/i"), progress(-3)});
+        tell(stream, {progress(50), completion("/i"), progress(0), progress(-1)});
     };
     const Download::Options options{.type = "swBind", .source = {}};
     const std::string half(20, '#');
@@ -307,6 +307,8 @@ TEST(Download, AllowsAShutdownWhileItFetchesAndNotWhileItBurns) {
             EXPECT_EQ(ask(1), "15;requestShutdown4;true");
             tell(stream, {completion("/i")});
             EXPECT_EQ(ask(2), "15;requestShutdown5;false");
+            tell(stream, {progress(0)});
+            EXPECT_EQ(ask(3), "15;requestShutdown5;false");
             stream.close();
         },
         Form::eLines);
