@@ -112,6 +112,11 @@ void CurrentDownload::endBurn() {
     }
 }
 
+void CurrentDownload::dismissCallback() {
+    const std::lock_guard lock(m_mutex);
+    m_state.facts.callback = nullptr;
+}
+
 void CurrentDownload::forget(const LocalMgmtCallbackIfc& callback) {
     const std::lock_guard lock(m_mutex);
     if (m_state.facts.callback == &callback) {

@@ -60,6 +60,8 @@ public:
     /// The burn has ended, or did not start. As `finish`, when that was called.
     void endBurn();
 
+    /// Whoever hears of the download is being told of its end, and has no say in anything any more.
+    void dismissCallback();
     /// If it was `callback` who hears of the download, nobody does any more.
     void forget(const LocalMgmtCallbackIfc& callback);
 

@@ -78,6 +78,7 @@ void DownloadReporter::handleBurn(int percent, const CurrentDownload::Facts& fac
     const bool isLast = percent < 0 || percent == kBurnt;
     if (isLast) {
         m_current.beginEnd();
+        m_current.dismissCallback();
     }
     guardedCall("progressNotify", [&] { tellAll(percent, facts); });
     if (isLast) {
@@ -103,6 +104,7 @@ void DownloadReporter::tellAll(int percent, const CurrentDownload::Facts& facts)
 void DownloadReporter::informProgress(int value, const CurrentDownload::Facts& facts) {
     if (value < 0) {
         DownloadStatusItems::recordTimeAndStatus(m_items, DownloadStatusItems::kFailed, facts.type);
+        m_current.dismissCallback();
     }
     m_current.setProgress(value);
     if (facts.callback != nullptr) {
@@ -112,7 +114,11 @@ void DownloadReporter::informProgress(int value, const CurrentDownload::Facts& f
 }
 
 void DownloadReporter::informCompletion(const CurrentDownload::Facts& facts) {
+    const bool isImage = facts.type == LocalMgmtIfc::FILETYPE_SOFTWARE;
     DownloadStatusItems::recordTimeAndStatus(m_items, DownloadStatusItems::kSucceeded, facts.type);
+    if (!isImage) {
+        m_current.dismissCallback();
+    }
     if (facts.callback != nullptr) {
         guarded("informDownloadCompletion", false,
                 [&] { return facts.callback->informDownloadCompletion(facts.path); });
@@ -124,7 +130,7 @@ void DownloadReporter::informCompletion(const CurrentDownload::Facts& facts) {
     if (FileTypeCatalogue::isSingleFileType(facts.type)) {
         SingleFileTypes::removeOldFileForSingleFileTypes(facts.type, facts.path);
     }
-    if (facts.type == LocalMgmtIfc::FILETYPE_SOFTWARE && m_current.tryBurn()) {
+    if (isImage && m_current.tryBurn()) {
         VCMS_LOG(kLogDebug, "Software Bind downloaded Successfully. Starting Burn...\n");
         burn(facts);
     }

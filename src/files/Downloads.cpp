@@ -28,7 +28,9 @@ int Downloads::requestCurrentDownloadStatus(LocalMgmtIfc::eFiletype type,
 bool Downloads::requestShutdown() const {
     LocalMgmtCallbackIfc* const callback = m_current.facts().callback;
     return callback == nullptr ||
-           guarded("requestShutdown", false, [&] { return callback->requestShutdown(); });
+           guarded("requestShutdown", false, [&] { return callback->requestShutdown(); }) ||
+           // It was told of the end meanwhile, or has left.
+           m_current.facts().callback != callback;
 }
 
 void Downloads::refreshPictureClips() {
