@@ -14,6 +14,7 @@
 #include "Ports.h"
 #include "ShutdownConsentIfc.h"
 #include "log/Log.h"
+#include "messages/ListeningSocket.h"
 #include "service/ProtocolAdapter.h"
 
 namespace vireo {
@@ -186,10 +187,14 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
         error += "; --root names the directory";
         return false;
     }
-    // New software has its start counted before anything of it can go wrong.
-    openDevices(*m_root, options);
     // The socket comes early: a service that cannot be reached should not touch the store.
-    if (!m_loop.listen(options.socket, options.messages, error)) {
+    const bool isListening = m_loop.listen(options.socket, options.messages, error);
+    // New software has its start counted before anything of it can go wrong. That somebody else
+    // has the socket is not its fault.
+    if (isListening || !ListeningSocket::isTaken(options.socket)) {
+        openDevices(*m_root, options);
+    }
+    if (!isListening) {
         error += "; --socket names the path";
         return false;
     }

@@ -32,7 +32,7 @@ const sockaddr* generic(const sockaddr_un& address) {
     return reinterpret_cast<const sockaddr*>(&address);
 }
 
-/// Our lock is held here, so a socket that still answers belongs to some other program.
+/// Under our lock it is some other program that answers.
 bool somebodyListens(const sockaddr_un& address) {
     const FileDescriptor probe(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     return ::connect(probe.get(), generic(address), sizeof address) == 0 || errno == EAGAIN;
@@ -93,6 +93,12 @@ std::unique_ptr<ListeningSocket> ListeningSocket::open(const std::string& path, 
     }
     return std::unique_ptr<ListeningSocket>(
         new ListeningSocket(path, std::move(*lock), std::move(socket)));
+}
+
+bool ListeningSocket::isTaken(const std::string& path) {
+    sockaddr_un address{};
+    std::string ignored;
+    return makeAddress(path, address, ignored) && somebodyListens(address);
 }
 
 // Still under the lock: nobody else can have made a socket of that name.

@@ -22,6 +22,9 @@ public:
     static std::unique_ptr<ListeningSocket> open(const std::string& path, std::string& error,
                                                  int backlog = MessageLimits().backlog);
 
+    /// Whether somebody listens on a socket of that name.
+    static bool isTaken(const std::string& path);
+
     ListeningSocket(const ListeningSocket&) = delete;
     ListeningSocket& operator=(const ListeningSocket&) = delete;
     ~ListeningSocket();

@@ -61,22 +61,21 @@ protected:
 
     void offer(const std::string& image) const { writeFile(m_directory.file("home/image"), image); }
     std::string software() const { return m_phone.ctl({"software"}).out; }
-    /// Of two signals the second one counts even if a download was just about to end.
     void stop() {
         m_phone.process->kill(SIGTERM);
-        m_phone.process->kill(SIGINT);
         EXPECT_EQ(m_phone.process->finish().exitCode, 0);
     }
     void restart() {
         stop();
         m_phone.start();
     }
-    /// A start that comes to nothing, as of software that does not work.
-    void startInVain() {
-        const Outcome outcome =
-            ChildProcess::run({VIREOD, "--config", VIREO_CONFIG, "--root", m_phone.root(),
-                               "--socket", m_phone.socket(), "--plugin", "/none.so"});
-        EXPECT_EQ(outcome.exitCode, 1);
+    /// A start that comes to nothing.
+    void startInVain(const std::string& socket, const std::vector<std::string>& options = {}) {
+        std::vector<std::string> command{VIREOD,         "--config", VIREO_CONFIG, "--root",
+                                         m_phone.root(), "--socket", socket};
+        command.insert(command.end(), options.begin(), options.end());
+        const Outcome outcome = ChildProcess::run(command);
+        EXPECT_EQ(outcome.exitCode, 1) << outcome.err;
     }
     void runFrom(const std::string& image) {
         offer(image);
@@ -142,7 +141,7 @@ TEST_F(SoftwareImageTest, ATrialThatIsNotConfirmedGoesBack) {
     offer(signedImage("new", "2.0.0"));
     EXPECT_EQ(m_phone.ctl({"download", "swBind"}).exitCode, 0);
     stop();
-    startInVain();
+    startInVain(m_phone.socket(), {"--plugin", "/none.so"});
     m_phone.start();
     EXPECT_EQ(software(),
               "runs: 1.0.0, bank a, fallback\nbank a: 1.0.0, running\nbank b: 2.0.0, failed\n");
@@ -159,6 +158,24 @@ TEST_F(SoftwareImageTest, ATrialThatIsNotConfirmedGoesBack) {
     m_phone.start();
     EXPECT_EQ(software(),
               "runs: 1.0.0, bank a, fallback\nbank a: 1.0.0, running\nbank b: damaged\n");
+}
+
+TEST_F(SoftwareImageTest, ASocketOfSomebodyElseIsNoFailureOfNewSoftwareAnyOtherIs) {
+    runFrom(signedImage("old", "1.0.0"));
+    offer(signedImage("new", "2.0.0"));
+    EXPECT_EQ(m_phone.ctl({"download", "swBind"}).exitCode, 0);
+    stop();
+    const RunningPhone other;
+    startInVain(other.socket());
+    m_phone.start();
+    EXPECT_TRUE(software().starts_with("runs: 2.0.0, bank b, confirmed\n")) << software();
+
+    offer(signedImage("newer", "3.0.0"));
+    EXPECT_EQ(m_phone.ctl({"download", "swBind"}).exitCode, 0);
+    stop();
+    startInVain(m_directory.path().string());
+    m_phone.start();
+    EXPECT_TRUE(software().starts_with("runs: 2.0.0, bank b, fallback\n")) << software();
 }
 
 TEST_F(SoftwareImageTest, AHostileImageIsOneLineOneStatusAndOneReport) {
