@@ -82,7 +82,6 @@ bool SignedImages::start(ImageFile image, Bank target, AdminProgressCallback& pr
         m_active = true;
         m_thread = std::thread([this, target, &progress, opened = std::move(image)] {
             run(opened, target, progress);
-            m_active = false;
         });
         return true;
     } catch (const std::system_error& exception) {
@@ -114,6 +113,8 @@ void SignedImages::run(const ImageFile& image, Bank target, AdminProgressCallbac
         logExc("SignedImages", "./host/signature/SignedImages", __LINE__, "the burn failed",
                exception);
     }
+    // Whoever is told the end may start the next download at once.
+    m_active = false;
     progress.progressNotify(last);
 }
 
