@@ -21,12 +21,17 @@ constexpr int kFileFlags = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
     throw StorageError("cannot " + what + ": " + std::generic_category().message(errno));
 }
 
+// What is less is often continued in the same page, which would be written twice.
+constexpr std::size_t kWorthwhile = std::size_t{64} << 10U;
+
 /// Lets the disk begin, so that less is left to wait for. Only a hint.
 void beginWriting([[maybe_unused]] int file, [[maybe_unused]] std::uint64_t offset,
                   [[maybe_unused]] std::size_t size) {
 #ifdef SYNC_FILE_RANGE_WRITE
-    ::sync_file_range(file, static_cast<off_t>(offset), static_cast<off_t>(size),
-                      SYNC_FILE_RANGE_WRITE);
+    if (size >= kWorthwhile) {
+        ::sync_file_range(file, static_cast<off_t>(offset), static_cast<off_t>(size),
+                          SYNC_FILE_RANGE_WRITE);
+    }
 #endif
 }
 
@@ -95,8 +100,6 @@ std::uint64_t FlashDirectory::size(File file) {
 }
 
 std::size_t FlashDirectory::read(File file, std::uint64_t offset, std::span<unsigned char> bytes) {
-    const auto next = static_cast<off_t>(offset + bytes.size());
-    ::posix_fadvise(file, next, static_cast<off_t>(4 * bytes.size()), POSIX_FADV_WILLNEED);
     std::size_t done = 0;
     while (done < bytes.size()) {
         const ssize_t count = ::pread(file, bytes.data() + done, bytes.size() - done,

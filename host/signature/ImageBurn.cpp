@@ -1,6 +1,8 @@
 #include "signature/ImageBurn.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <exception>
 #include <span>
 #include <string>
@@ -9,6 +11,7 @@
 #include "log/Log.h"
 #include "signature/ImageVerifier.h"
 #include "signature/Sha256.h"
+#include "signature/SideThread.h"
 
 namespace vireo {
 namespace {
@@ -35,6 +38,30 @@ private:
     std::string m_name;
 };
 
+/// By turns: the next one can be filled while the last one is still being looked at.
+class TwoBlocks {
+public:
+    /// For what begins there in the payload. Blocks of the file are whole ones, the first one with
+    /// the header: the disk has pages.
+    std::span<unsigned char> next(std::uint64_t at) {
+        m_turn = 1 - m_turn;
+        const std::span<unsigned char> block(m_blocks[m_turn]);
+        return block.first(block.size() - ((ImageHeader::kSize + at) % block.size()));
+    }
+
+private:
+    std::array<std::vector<unsigned char>, 2> m_blocks{
+        std::vector<unsigned char>(ImageVerifier::kBlock),
+        std::vector<unsigned char>(ImageVerifier::kBlock)};
+    std::size_t m_turn = 0;
+};
+
+void require(bool isSame) {
+    if (!isSame) {
+        throw StorageError("what comes back from the flash memory is not the image");
+    }
+}
+
 }  // namespace
 
 void ImageBurn::run(const ImageFile& image, Bank target, const Progress& progress) {
@@ -56,40 +83,46 @@ void ImageBurn::run(const ImageFile& image, Bank target, const Progress& progres
 
 void ImageBurn::write(const ImageFile& image, const FlashFile& file) {
     m_flash.write(file.get(), 0, image.headerBytes());
-    std::vector<unsigned char> block(ImageVerifier::kBlock);
     Sha256 sha;
+    TwoBlocks blocks;
+    SideThread digesting;
     for (std::uint64_t at = 0; at < image.header().payloadSize;) {
+        const std::span<unsigned char> block = blocks.next(at);
         const std::size_t count = image.readPayload(at, block);
-        const auto bytes = std::span<const unsigned char>(block).first(count);
+        const std::span<const unsigned char> bytes = block.first(count);
+        digesting.start([&sha, bytes] { sha.add(bytes); });
         m_flash.write(file.get(), ImageHeader::kSize + at, bytes);
-        sha.add(bytes);  // the disk writes meanwhile
         at += count;
         advance(count);
     }
+    digesting.finish();
     if (sha.finish() != image.header().payloadDigest) {
         throw StorageError("the image has changed meanwhile: " + ImageVerifier::wrongDigest());
     }
 }
 
+/// What was written had the right digest, so it is enough that the same comes back.
 void ImageBurn::readBack(const ImageFile& image, const FlashFile& file) {
-    ImageHeader::Bytes bytes{};
-    const bool hasHeader = m_flash.size(file.get()) == image.header().fileSize() &&
-                           m_flash.read(file.get(), 0, bytes) == bytes.size() &&
-                           bytes == image.headerBytes();
-    std::vector<unsigned char> block(ImageVerifier::kBlock);
-    Sha256 sha;
-    for (std::uint64_t at = ImageHeader::kSize; hasHeader && at < image.header().fileSize();) {
-        const std::size_t count = m_flash.read(file.get(), at, block);
-        if (count == 0) {
-            break;
-        }
-        sha.add(std::span(block).first(count));
+    ImageHeader::Bytes header{};
+    require(m_flash.size(file.get()) == image.header().fileSize() &&
+            m_flash.read(file.get(), 0, header) == header.size() && header == image.headerBytes());
+    std::vector<unsigned char> written(ImageVerifier::kBlock);
+    TwoBlocks blocks;
+    SideThread comparing;
+    for (std::uint64_t at = 0; at < image.header().payloadSize;) {
+        const std::span<unsigned char> block = blocks.next(at);
+        const std::size_t count = m_flash.read(file.get(), ImageHeader::kSize + at, block);
+        require(count > 0);
+        const std::span<const unsigned char> bytes = block.first(count);
+        comparing.start([&image, &written, at, bytes] {
+            const std::size_t read = image.readPayload(at, std::span(written).first(bytes.size()));
+            require(read == bytes.size() &&
+                    std::memcmp(bytes.data(), written.data(), bytes.size()) == 0);
+        });
         at += count;
         advance(count);
     }
-    if (!hasHeader || sha.finish() != image.header().payloadDigest) {
-        throw StorageError("the flash memory does not give back what was written to it");
-    }
+    comparing.finish();
 }
 
 void ImageBurn::advance(std::size_t count) {

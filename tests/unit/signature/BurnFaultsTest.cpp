@@ -260,8 +260,7 @@ TEST_F(BurnFaultsTest, WhatTheMediumDoesNotKeepIsNoticed) {
             burn(flash);
             ADD_FAILURE() << at;
         } catch (const StorageError& error) {
-            EXPECT_STREQ(error.what(),
-                         "the flash memory does not give back what was written to it");
+            EXPECT_STREQ(error.what(), "what comes back from the flash memory is not the image");
         }
         EXPECT_FALSE(flash.has("bank-b.img.new"));
         EXPECT_EQ(start(flash, true), "1.0.0");
