@@ -1,6 +1,10 @@
 #include "HostDevices.h"
 
 #include "Ports.h"
+#include "files/FirstLinks.h"
+#ifndef VIREO_TRANSFER
+#include "files/PartialName.h"
+#endif
 #include "runtime/ServiceRegistry.h"
 #ifdef VIREO_IMAGE
 #include "signature/ImageBurn.h"
@@ -26,6 +30,9 @@ HostDevices::HostDevices(const std::filesystem::path& root, const DeviceOptions&
 #endif
 {
     m_banks.start();
+#ifndef VIREO_TRANSFER
+    removePartialFiles((root / options.storageDirectory).string());
+#endif
 }
 
 void HostDevices::addTo(PlatformPorts& ports) {
@@ -34,6 +41,10 @@ void HostDevices::addTo(PlatformPorts& ports) {
 #ifdef VIREO_TRANSFER
     ports.transfer = &m_transfer;
 #endif
+}
+
+void HostDevices::provideFiles() {
+    FirstLinks::make(m_storage);
 }
 
 void HostDevices::stop() {

@@ -35,6 +35,8 @@ public:
 
     /// Adds the ports that are made here to others.
     void addTo(PlatformPorts& ports);
+    /// Gives the phone's user the deployed files that are new. Before the service starts.
+    void provideFiles();
     /// Makes the services known by their interfaces.
     void offer(ServiceRegistry& services);
     SoftwareBanks& banks() { return m_banks; }

@@ -199,6 +199,7 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
         return false;
     }
     openStore(*m_root, options);
+    m_devices->provideFiles();
     if (!loadService(options.plugin, error)) {
         error += "; --plugin names the file";
         return false;

@@ -9,6 +9,7 @@ namespace vireo {
 
 class Executable;
 class ManageableData;
+class MemoryInfo;
 class MgmtAgentIfc;
 
 /// The local management interface: through it the phone's services and user interfaces read and
@@ -115,6 +116,34 @@ public:
     /// Checks a file of the current user by its name without directory: its size, and whether sound
     /// can be played. False when it was rejected; what is too large is deleted.
     virtual bool validateFile(eFiletype type, const std::string& fileName) = 0;
+
+    // The users' files. Every user has an area of files, which begins with links to the files that
+    // were deployed with the phone; see docs/user-files.md.
+    /// Replaces `files` (not null) by the full paths of the user's files of the type, links among
+    /// them, in ascending order. The links of the area are brought up to date first. False, with
+    /// an empty list, for an unsupported type; what cannot be read is left out, with an error line.
+    virtual bool getListOfFilesOfType(eFiletype type, std::list<std::string>* files) = 0;
+    virtual bool getListOfFilesOfType(eFiletype type, std::list<std::string>* files,
+                                      eUsertype user) = 0;
+    /// Deletes a file of the current user, by its name without directory. A link to a deployed file
+    /// goes to the deleted ones, so that it is not made again. False, and nothing is changed, for
+    /// what is no file name, for a missing file, and for the ringer in use that cannot be switched
+    /// off.
+    virtual bool deleteFile(eFiletype type, const std::string& name) = 0;
+    /// Deletes all files of one type of a user and makes the links to the deployed files anew; a
+    /// visitor's screensavers and ringers stay empty. True for pictures, screensavers, ringers, JAD
+    /// and PHD files; the other types are not touched.
+    virtual bool cleanupUserData(eFiletype type, eUsertype user) = 0;
+    /// Makes another user the current one and clears, or fills, the visitor's area as the switch
+    /// asks for. True, also for a value that names no user, which changes nothing.
+    virtual bool changeCurrentUser(eUsertype user) = 0;
+    /// Clears the area of the visitor who moves between phones. True.
+    virtual bool clearMobileUserData() = 0;
+    /// Identity and name of the storage that the files are on. True; both are unchanged when they
+    /// cannot be found out.
+    virtual bool getIDAndDisplayName(std::string& id, std::string& displayName) = 0;
+    /// How much room there is for users' files. False when it cannot be found out.
+    virtual bool getUserDataSpaceInfo(MemoryInfo& info) = 0;
 
     // Downloads. One at a time: a start while a transfer or a burn is under way answers false and
     // leaves that one alone. What comes in is checked, its outcome and time are written to the

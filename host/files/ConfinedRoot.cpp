@@ -15,8 +15,12 @@ namespace {
 
 constexpr int kDirectoryFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
+std::string failure(const std::string& path, const std::string& reason) {
+    return "cannot use \"" + path + "\": " + reason;
+}
+
 [[noreturn]] void fail(const std::string& path, const std::string& reason) {
-    throw StorageError("cannot use \"" + path + "\": " + reason);
+    throw StorageError(failure(path, reason));
 }
 
 std::string withoutNul(std::string path) {
@@ -75,6 +79,12 @@ PathNames ConfinedRoot::locate(const std::string& fullPath) const {
     return parts;
 }
 
+std::string ConfinedRoot::placeOf(const std::string& phonePath) const {
+    return phonePath.starts_with('/') && !phonePath.starts_with(m_path)
+               ? m_path + phonePath.substr(1)
+               : phonePath;
+}
+
 FileDescriptor ConfinedRoot::openDirectory(std::span<const std::string> names,
                                            Missing missing) const {
     FileDescriptor directory(::open(m_path.c_str(), kDirectoryFlags));
@@ -102,6 +112,9 @@ FileDescriptor ConfinedRoot::enter(const FileDescriptor& parent, const std::stri
         }
         synchronize(parent, path);
         directory = open();
+    }
+    if (!directory && errno == ENOENT) {
+        throw MissingDirectoryError(failure(path, reasonOf(errno)));
     }
     if (!directory) {
         fail(path, reasonOf(errno));

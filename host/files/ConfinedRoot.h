@@ -23,7 +23,7 @@ struct PathNames {
 /// Everything below one directory, and nothing else: on the way to it no symbolic link is followed,
 /// so no tree, whoever made it, leads outside. Where the root itself lies may be a link. Stateless
 /// but for its path; safe from every thread. What fails throws a `StorageError` that names the
-/// path.
+/// path, for a missing directory a `MissingDirectoryError`.
 class ConfinedRoot {
 public:
     enum class Missing { eRefuse, eMake };
@@ -38,6 +38,9 @@ public:
     static PathNames split(const std::string& path);
     /// The same of an absolute path below the root, without the names of the root.
     PathNames locate(const std::string& fullPath) const;
+    /// A path of the phone as the path below the root that it means. One that is below the root
+    /// already stays, and so does a relative one.
+    std::string placeOf(const std::string& phonePath) const;
 
     /// Opens the directory that is reached by `names` from the root, for reading. Missing ones are
     /// made, mode 0700, and are on stable storage then, or refused.

@@ -3,45 +3,62 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <memory>
-#include <system_error>
+#include <optional>
+#include <string_view>
+
+#include "files/FileContents.h"
+#include "files/FilePlace.h"
+#include "files/PartialName.h"
 
 namespace vireo {
 namespace {
 
 using Missing = ConfinedRoot::Missing;
 
-[[noreturn]] void fail(const char* what, const std::string& path, const std::string& reason) {
-    throw StorageError(std::string("cannot ") + what + " \"" + path + "\": " + reason);
-}
+constexpr const char* kDisplayName = "Phone storage";
 
-[[noreturn]] void fail(const char* what, const std::string& path) {
-    fail(what, path, std::generic_category().message(errno));
-}
-
-/// A file by its directory, which is open, and its name there.
-struct Place {
-    Place(const ConfinedRoot& root, const char* what, const std::string& path, Missing missing) {
-        PathNames parts = root.locate(path);
-        if (parts.isDirectory) {
-            fail(what, path, "it is the name of a directory");
+/// A name that is not shown, for what is not complete. What still bears it in the end is removed.
+class HiddenName {
+public:
+    explicit HiddenName(const FilePlace& place) : m_place(place) {}
+    HiddenName(const HiddenName&) = delete;
+    HiddenName& operator=(const HiddenName&) = delete;
+    ~HiddenName() {
+        if (!m_name.empty()) {
+            ::unlinkat(m_place.directory.get(), m_name.c_str(), 0);
         }
-        directory = root.openDirectory(parts.directories(), missing);
-        name = std::move(parts.names.back());
+    }
+    const char* text() const { return m_name.c_str(); }
+    /// What bears it takes its place, on stable storage.
+    void become(const char* what, const std::string& path) {
+        const int directory = m_place.directory.get();
+        if (::renameat(directory, text(), directory, m_place.name.c_str()) != 0) {
+            failOn(what, path);
+        }
+        m_name.clear();
+        ConfinedRoot::synchronize(m_place.directory, path);
     }
 
-    /// False, with errno, when there is nothing.
-    bool status(struct stat& status, int flags) const {
-        return ::fstatat(directory.get(), name.c_str(), &status, flags) == 0;
-    }
-
-    FileDescriptor directory;
-    std::string name;
+private:
+    const FilePlace& m_place;
+    std::string m_name = newPartialName();
 };
+
+/// Whether a link of that name has that target.
+bool isLinkTo(const FilePlace& place, const std::string& target) {
+    std::string present(target.size() + 1, '\0');
+    const ssize_t length =
+        ::readlinkat(place.directory.get(), place.name.c_str(), present.data(), present.size());
+    return length == static_cast<ssize_t>(target.size()) &&
+           present.compare(0, target.size(), target) == 0;
+}
 
 StorageEntry::eKind kindOf(int directory, const dirent& entry) {
     unsigned type = entry.d_type;
@@ -84,35 +101,39 @@ void FileStorage::initStorageLocation(std::string& path) {
 }
 
 std::uint64_t FileStorage::fileSize(const std::string& fullPath) {
-    constexpr const char* kWhat = "take the size of";
-    const Place place(m_device, kWhat, fullPath, Missing::eRefuse);
-    struct stat status {};
-    if (!place.status(status, 0)) {
-        fail(kWhat, fullPath);
+    return FileContents(m_device, "take the size of", m_device.placeOf(fullPath)).size();
+}
+
+int FileStorage::compareFiles(const std::string& onePath, const std::string& otherPath) {
+    constexpr const char* kWhat = "compare";
+    std::optional<FileContents> one;
+    std::optional<FileContents> other;
+    try {
+        one.emplace(m_device, kWhat, m_device.placeOf(onePath));
+        other.emplace(m_device, kWhat, m_device.placeOf(otherPath));
+    } catch (const StorageError&) {
+        return 1;
     }
-    if (!S_ISREG(status.st_mode)) {
-        fail(kWhat, fullPath, "it is no file");
-    }
-    return static_cast<std::uint64_t>(status.st_size);
+    return one->equals(*other) ? 0 : 1;
 }
 
 void FileStorage::deleteFile(const std::string& fullPath) {
     constexpr const char* kWhat = "delete";
-    const Place place(m_device, kWhat, fullPath, Missing::eRefuse);
+    const FilePlace place(m_device, kWhat, m_device.placeOf(fullPath), Missing::eRefuse);
     if (::unlinkat(place.directory.get(), place.name.c_str(), 0) != 0) {
-        fail(kWhat, fullPath);
+        failOn(kWhat, fullPath);
     }
     ConfinedRoot::synchronize(place.directory, fullPath);
 }
 
 std::vector<StorageEntry> FileStorage::list(const std::string& directory) {
     constexpr const char* kWhat = "list";
-    FileDescriptor opened =
-        m_device.openDirectory(m_device.locate(directory + '/').names, Missing::eRefuse);
+    FileDescriptor opened = m_device.openDirectory(
+        m_device.locate(m_device.placeOf(directory) + '/').names, Missing::eRefuse);
     const int descriptor = opened.get();
     const DirectoryStream stream(::fdopendir(descriptor));
     if (!stream) {
-        fail(kWhat, directory);
+        failOn(kWhat, directory);
     }
     opened.release();
     std::vector<StorageEntry> entries;
@@ -124,31 +145,95 @@ std::vector<StorageEntry> FileStorage::list(const std::string& directory) {
         errno = 0;
     }
     if (errno != 0) {
-        fail(kWhat, directory);
+        failOn(kWhat, directory);
     }
     std::sort(entries.begin(), entries.end(),
               [](const StorageEntry& a, const StorageEntry& b) { return a.name < b.name; });
     return entries;
 }
 
-void FileStorage::move(const std::string& fromPath, const std::string& toPath) {
+void FileStorage::renameFile(const std::string& fromPath, const std::string& toPath) {
     constexpr const char* kWhat = "move";
-    const Place from(m_device, kWhat, fromPath, Missing::eRefuse);
+    const FilePlace from(m_device, kWhat, m_device.placeOf(fromPath), Missing::eRefuse);
     struct stat status {};
     if (!from.status(status, AT_SYMLINK_NOFOLLOW)) {
-        fail(kWhat, fromPath);
+        failOn(kWhat, fromPath);
     }
     if (S_ISDIR(status.st_mode)) {
-        fail(kWhat, fromPath, "it is a directory");
+        failOn(kWhat, fromPath, "it is a directory");
     }
-    const Place to(m_device, kWhat, toPath, Missing::eMake);
+    const FilePlace to(m_device, kWhat, m_device.placeOf(toPath), Missing::eMake);
     if (::renameat(from.directory.get(), from.name.c_str(), to.directory.get(), to.name.c_str()) !=
         0) {
-        fail(kWhat, fromPath + "\" to \"" + toPath);
+        failOn(kWhat, fromPath + "\" to \"" + toPath);
     }
     // The new name first: a file with both names is better than one with none.
     ConfinedRoot::synchronize(to.directory, toPath);
     ConfinedRoot::synchronize(from.directory, fromPath);
+}
+
+void FileStorage::createSymlink(const std::string& targetPath, const std::string& linkPath) {
+    constexpr const char* kWhat = "link";
+    const FilePlace place(m_device, kWhat, m_device.placeOf(linkPath), Missing::eRefuse);
+    const std::string target = m_device.placeOf(targetPath);
+    if (::symlinkat(target.c_str(), place.directory.get(), place.name.c_str()) != 0) {
+        const int reason = errno;
+        if (reason != EEXIST || !isLinkTo(place, target)) {
+            errno = reason;
+            failOn(kWhat, linkPath);
+        }
+    }
+    ConfinedRoot::synchronize(place.directory, linkPath);
+}
+
+void FileStorage::replaceBySymlink(const std::string& targetPath, const std::string& linkPath) {
+    constexpr const char* kWhat = "link";
+    const FilePlace place(m_device, kWhat, m_device.placeOf(linkPath), Missing::eRefuse);
+    HiddenName hidden(place);
+    if (::symlinkat(m_device.placeOf(targetPath).c_str(), place.directory.get(), hidden.text()) !=
+        0) {
+        failOn(kWhat, linkPath);
+    }
+    hidden.become(kWhat, linkPath);
+}
+
+void FileStorage::copyFile(const std::string& fromPath, const std::string& toPath) {
+    constexpr const char* kWhat = "copy";
+    const FileContents source(m_device, kWhat, m_device.placeOf(fromPath));
+    const FilePlace from(m_device, kWhat, m_device.placeOf(fromPath), Missing::eRefuse);
+    const FilePlace to(m_device, kWhat, m_device.placeOf(toPath), Missing::eRefuse);
+    struct stat present {};
+    if (from.isSameAs(to) || (to.status(present, AT_SYMLINK_NOFOLLOW) && source.isFile(present))) {
+        return;
+    }
+    HiddenName hidden(to);
+    const FileDescriptor copy(
+        ::openat(to.directory.get(), hidden.text(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!copy) {
+        failOn(kWhat, toPath);
+    }
+    source.copyTo(copy, toPath);
+    if (::fsync(copy.get()) != 0) {
+        failOn(kWhat, toPath);
+    }
+    hidden.become(kWhat, toPath);
+}
+
+void FileStorage::getStorageName(std::string& id, std::string& displayName) {
+    // As the phone sees it: it stays when the root of an emulated phone lies elsewhere.
+    id = "/" + m_storage.path().substr(m_device.path().size());
+    displayName = kDisplayName;
+}
+
+StorageSpace FileStorage::space() {
+    const FileDescriptor directory =
+        m_device.openDirectory(m_device.locate(m_storage.path()).names, Missing::eMake);
+    struct statvfs status {};
+    if (::fstatvfs(directory.get(), &status) != 0) {
+        failOn("find out the room in", m_storage.path());
+    }
+    const std::uint64_t unit = status.f_frsize;
+    return {status.f_blocks * unit, status.f_bavail * unit};
 }
 
 }  // namespace vireo

@@ -8,10 +8,10 @@
 
 namespace vireo {
 
-/// The phone's files on a real file system. Relative paths are relative to the storage root; the
-/// other functions take every absolute path below the device root. No symbolic link to a directory
-/// is followed, so that nothing outside is listed, changed or removed. Changes of directories are
-/// on stable storage when a function returns.
+/// The phone's files on a real file system. `initStorageLocation` takes what lies below the storage
+/// root alone; the other functions take every full path below the device root. No symbolic link to
+/// a directory is followed, so that nothing outside is listed, changed or removed. Links are
+/// written with the whole path of their target.
 class FileStorage : public StoragePort {
 public:
     /// `storageRoot` is relative to the device root. It is made when it is needed first.
@@ -19,9 +19,15 @@ public:
 
     void initStorageLocation(std::string& path) override;
     std::uint64_t fileSize(const std::string& fullPath) override;
+    int compareFiles(const std::string& onePath, const std::string& otherPath) override;
     void deleteFile(const std::string& fullPath) override;
     std::vector<StorageEntry> list(const std::string& directory) override;
-    void move(const std::string& fromPath, const std::string& toPath) override;
+    void renameFile(const std::string& fromPath, const std::string& toPath) override;
+    void createSymlink(const std::string& targetPath, const std::string& linkPath) override;
+    void replaceBySymlink(const std::string& targetPath, const std::string& linkPath) override;
+    void copyFile(const std::string& fromPath, const std::string& toPath) override;
+    void getStorageName(std::string& id, std::string& displayName) override;
+    StorageSpace space() override;
 
 private:
     ConfinedRoot m_device;

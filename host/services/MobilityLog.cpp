@@ -17,6 +17,18 @@ void MobilityLog::pictureDownloaded(const std::string& fileName) {
     }
 }
 
+void MobilityLog::pictureDeleted(const std::string& fileName) {
+    if (!loggingOnUni(kLogInfo)) {
+        return;
+    }
+    if (fileName.empty()) {
+        logAppUni(kComponent, kFile, kLogInfo, __LINE__, "noted: all pictures are gone");
+    } else {
+        logAppUni(kComponent, kFile, kLogInfo, __LINE__, "noted: the picture \"%s\" is gone",
+                  fileName.c_str());
+    }
+}
+
 void MobilityLog::refreshPictureClips() {
     if (loggingOnUni(kLogInfo)) {
         logAppUni(kComponent, kFile, kLogInfo, __LINE__,

@@ -10,6 +10,7 @@ namespace vireo {
 class MobilityLog : public MobilityServiceIfc, public Executable {
 public:
     void pictureDownloaded(const std::string& fileName) override;
+    void pictureDeleted(const std::string& fileName) override;
     void refreshPictureClips() override;
 };
 

@@ -3,9 +3,9 @@
 #include <csignal>
 #include <exception>
 
+#include "files/PartialName.h"
 #include "log/Log.h"
 #include "transfer/FileFetcher.h"
-#include "transfer/PartialName.h"
 
 namespace vireo {
 namespace {

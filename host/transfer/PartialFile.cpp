@@ -4,15 +4,12 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
 #include <system_error>
 
 #include "device/StorageError.h"
-#include "log/Log.h"
-#include "transfer/PartialName.h"
+#include "files/PartialName.h"
 
 namespace vireo {
 namespace {
@@ -27,12 +24,6 @@ std::string withReason(const std::string& what, int number) {
     return what + ": " + std::generic_category().message(number);
 }
 
-std::string nextHiddenName() {
-    static std::atomic<unsigned> count{0};
-    return std::string(kPartialPrefix) + std::to_string(::getpid()) + "-" +
-           std::to_string(count.fetch_add(1));
-}
-
 FileDescriptor openDirectory(const ConfinedRoot& root, const std::string& path,
                              std::string& error) {
     try {
@@ -40,12 +31,6 @@ FileDescriptor openDirectory(const ConfinedRoot& root, const std::string& path,
     } catch (const StorageError& failure) {
         error = failure.what();
         return {};
-    }
-}
-
-void logLine(int level, int line, const std::string& text) {
-    if (loggingOnUni(level)) {
-        logAppUni("Transfer", "./host/transfer/PartialFile", level, line, "%s", text.c_str());
     }
 }
 
@@ -97,7 +82,7 @@ std::optional<PartialFile> PartialFile::create(const ConfinedRoot& root,
 
 bool PartialFile::open(std::string& error) {
     for (int i = 0; i < kNameAttempts && !m_file; ++i) {
-        std::string name = nextHiddenName();
+        std::string name = newPartialName();
         m_file = FileDescriptor(::openat(m_directory.get(), name.c_str(),
                                          O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
         if (m_file) {
@@ -205,32 +190,6 @@ bool PartialFile::commit(std::string& error) {
         return false;
     }
     return true;
-}
-
-void removePartialFiles(const std::string& rootDirectory) {
-    namespace fs = std::filesystem;
-    std::error_code failure;
-    fs::recursive_directory_iterator entry(rootDirectory,
-                                           fs::directory_options::skip_permission_denied, failure);
-    for (; !failure && entry != fs::recursive_directory_iterator(); entry.increment(failure)) {
-        std::error_code ignored;
-        if (!isPartialName(entry->path().filename().native()) ||
-            !fs::is_regular_file(entry->symlink_status(ignored))) {
-            continue;
-        }
-        std::error_code kept;
-        fs::remove(entry->path(), kept);
-        logLine(kept ? kLogError : kLogWarning, __LINE__,
-                entry->path().string() + ", the rest of an interrupted transfer, " +
-                    (kept ? "cannot be removed: " + kept.message() : "was removed"));
-    }
-    // Where there is no directory there is no such file either.
-    if (failure && failure != std::errc::no_such_file_or_directory &&
-        failure != std::errc::not_a_directory) {
-        logLine(kLogError, __LINE__,
-                "cannot look for interrupted transfers below " + rootDirectory + ": " +
-                    failure.message());
-    }
 }
 
 }  // namespace vireo

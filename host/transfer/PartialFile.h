@@ -55,8 +55,4 @@ private:
     std::uint64_t m_writtenBack = 0;
 };
 
-/// Removes the incomplete files that an earlier run left below a directory, each with a log line.
-/// Links are not followed. A directory that is not there holds none.
-void removePartialFiles(const std::string& rootDirectory);
-
 }  // namespace vireo

@@ -18,9 +18,16 @@ public:
     virtual ~StoragePort() = default;
     virtual void initStorageLocation(std::string& path) = 0;
     virtual std::uint64_t fileSize(const std::string& fullPath) = 0;
+    virtual int compareFiles(const std::string& onePath, const std::string& otherPath) = 0;
     virtual void deleteFile(const std::string& fullPath) = 0;
+    /// Throws `MissingDirectoryError` when the directory is not there.
     virtual std::vector<StorageEntry> list(const std::string& directory) = 0;
-    virtual void move(const std::string& fromPath, const std::string& toPath) = 0;
+    virtual void renameFile(const std::string& fromPath, const std::string& toPath) = 0;
+    virtual void createSymlink(const std::string& targetPath, const std::string& linkPath) = 0;
+    virtual void replaceBySymlink(const std::string& targetPath, const std::string& linkPath) = 0;
+    virtual void copyFile(const std::string& fromPath, const std::string& toPath) = 0;
+    virtual void getStorageName(std::string& id, std::string& displayName) = 0;
+    virtual StorageSpace space() = 0;
 };
 
 /// The real part behind the transfers of `GPALAdmin`. Throws nothing.

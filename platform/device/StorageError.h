@@ -9,4 +9,9 @@ struct StorageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// A directory on the way to a file is not there.
+struct MissingDirectoryError : StorageError {
+    using StorageError::StorageError;
+};
+
 }  // namespace vireo

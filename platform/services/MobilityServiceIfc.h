@@ -13,6 +13,8 @@ public:
     virtual ~MobilityServiceIfc() = default;
     /// The current user has received a picture of that name, without directory.
     virtual void pictureDownloaded(const std::string& fileName) = 0;
+    /// A picture of the current user is gone, or with an empty name all of them.
+    virtual void pictureDeleted(const std::string& fileName) = 0;
     /// The pictures of the phone book are to be read again.
     virtual void refreshPictureClips() = 0;
 };

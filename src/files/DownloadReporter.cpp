@@ -24,11 +24,12 @@ constexpr int kFailed = -3;
 
 DownloadReporter::DownloadReporter(LocalMgmtIfc& items, CurrentDownload& current,
                                    FileValidator& validator, ImageBurner& burner,
-                                   RemoteProgress remote)
+                                   SingleFileTypes& singleFiles, RemoteProgress remote)
     : m_items(items),
       m_current(current),
       m_validator(validator),
       m_burner(burner),
+      m_singleFiles(singleFiles),
       m_remote(std::move(remote)) {}
 
 bool DownloadReporter::progressNotify(int percent) {
@@ -128,7 +129,7 @@ void DownloadReporter::informCompletion(const CurrentDownload::Facts& facts) {
         return;
     }
     if (FileTypeCatalogue::isSingleFileType(facts.type)) {
-        SingleFileTypes::removeOldFileForSingleFileTypes(facts.type, facts.path);
+        m_singleFiles.removeOldFileForSingleFileTypes(facts.type, facts.path);
     }
     if (isImage && m_current.tryBurn()) {
         VCMS_LOG(kLogDebug, "Software Bind downloaded Successfully. Starting Burn...\n");

@@ -9,6 +9,7 @@ namespace vireo {
 
 class FileValidator;
 class ImageBurner;
+class SingleFileTypes;
 
 /// What becomes of the transfer that is under way: looks at the file, writes how it ended, tells
 /// whoever wants to know, and has an image burnt. Called on the platform's threads.
@@ -19,7 +20,7 @@ public:
 
     /// Everything outlives this.
     DownloadReporter(LocalMgmtIfc& items, CurrentDownload& current, FileValidator& validator,
-                     ImageBurner& burner, RemoteProgress remote);
+                     ImageBurner& burner, SingleFileTypes& singleFiles, RemoteProgress remote);
 
     /// The platform's report on a transfer or a burn. False when nothing is under way.
     bool progressNotify(int percent);
@@ -40,6 +41,7 @@ private:
     CurrentDownload& m_current;
     FileValidator& m_validator;
     ImageBurner& m_burner;
+    SingleFileTypes& m_singleFiles;
     RemoteProgress m_remote;
 };
 

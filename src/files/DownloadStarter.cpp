@@ -56,8 +56,11 @@ private:
 };
 
 DownloadStarter::DownloadStarter(CurrentDownload& current, DownloadReporter& reporter,
-                                 Surroundings surroundings)
-    : m_current(current), m_reporter(reporter), m_surroundings(std::move(surroundings)) {}
+                                 SingleFileTypes& singleFiles, Surroundings surroundings)
+    : m_current(current),
+      m_singleFiles(singleFiles),
+      m_reporter(reporter),
+      m_surroundings(std::move(surroundings)) {}
 
 bool DownloadStarter::startPlain(LocalMgmtIfc::eFiletype type) {
     VCMS_LOG(kLogDebug, "startDownload with filetype.");
@@ -161,7 +164,7 @@ bool DownloadStarter::completeAwaited(bool isSuccess) {
     }
     VCMS_LOG(kLogDebug, "File downloaded Successfully.");
     if (FileTypeCatalogue::isSingleFileType(facts.type)) {
-        SingleFileTypes::removeOldFileForSingleFileTypes(facts.type, facts.path);
+        m_singleFiles.removeOldFileForSingleFileTypes(facts.type, facts.path);
     }
     return true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <mutex>
 #include <string>
 
 #include "files/CurrentDownload.h"
@@ -13,6 +14,7 @@ class CertificateMgmtSvcIfc;
 class DownloadReporter;
 class Executable;
 class RegistrySemaphore;
+class SingleFileTypes;
 
 /// Starts downloads, one at a time. Safe from every thread.
 class DownloadStarter {
@@ -24,10 +26,11 @@ public:
         const RegistrySemaphore& registry;
         std::function<CertificateMgmtSvcIfc*()> certificates;  ///< null while there is none
         std::function<LocalMgmtIfc::eUsertype()> currentUser;
+        std::mutex& directoryLock;  ///< held while files of users are removed
     };
 
     DownloadStarter(CurrentDownload& current, DownloadReporter& reporter,
-                    Surroundings surroundings);
+                    SingleFileTypes& singleFiles, Surroundings surroundings);
 
     /// By the type's settings, the phone being busy meanwhile.
     bool startPlain(LocalMgmtIfc::eFiletype type);
@@ -58,6 +61,7 @@ private:
     bool prepareTransport(LocalMgmtIfc::eDownloadProtocol protocol) const;
 
     CurrentDownload& m_current;
+    SingleFileTypes& m_singleFiles;
     DownloadReporter& m_reporter;
     Surroundings m_surroundings;
 };

@@ -13,8 +13,10 @@ Downloads::Downloads(DownloadStarter::Surroundings surroundings, Services servic
     : m_mobility(services.mobility),
       m_validator(std::move(services.media), std::move(services.mobility)),
       m_burner(m_current, surroundings.progress),
-      m_reporter(surroundings.items, m_current, m_validator, m_burner, std::move(services.remote)),
-      m_starter(m_current, m_reporter, surroundings) {}
+      m_singleFiles(surroundings.directoryLock),
+      m_reporter(surroundings.items, m_current, m_validator, m_burner, m_singleFiles,
+                 std::move(services.remote)),
+      m_starter(m_current, m_reporter, m_singleFiles, surroundings) {}
 
 int Downloads::requestCurrentDownloadStatus(LocalMgmtIfc::eFiletype type,
                                             const std::string& fileName) const {

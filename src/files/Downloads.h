@@ -8,6 +8,7 @@
 #include "files/DownloadStarter.h"
 #include "files/FileValidator.h"
 #include "files/ImageBurner.h"
+#include "files/SingleFileTypes.h"
 
 namespace vireo {
 
@@ -43,6 +44,7 @@ private:
     CurrentDownload m_current;
     FileValidator m_validator;
     ImageBurner m_burner;
+    SingleFileTypes m_singleFiles;
     DownloadReporter m_reporter;
     DownloadStarter m_starter;
 };

@@ -18,7 +18,7 @@ std::string deletedPath(const std::string& directory, LocalMgmtIfc::eFiletype ty
 
 void remove(const StorageEntry& entry, const std::string& directory, LocalMgmtIfc::eFiletype type) {
     if (entry.kind == StorageEntry::eLink && FileTypeCatalogue::row(type).hasDefaults) {
-        Storage::move(directory + entry.name, deletedPath(directory, type, entry.name));
+        Storage::renameFile(directory + entry.name, deletedPath(directory, type, entry.name));
     } else if (entry.kind == StorageEntry::eLink || entry.kind == StorageEntry::eFile) {
         Storage::deleteFile(directory + entry.name);
     }
@@ -31,6 +31,7 @@ void SingleFileTypes::removeOldFileForSingleFileTypes(LocalMgmtIfc::eFiletype ty
     guardedCall("removeOldFileForSingleFileTypes", [&] {
         const std::size_t nameStart = path.rfind('/') + 1;
         const std::string directory = path.substr(0, nameStart);
+        const std::lock_guard lock(m_directoryLock);
         for (const StorageEntry& entry : Storage::list(directory)) {
             if (path.compare(nameStart, std::string::npos, entry.name) != 0) {
                 guardedCall("removeOldFileForSingleFileTypes",

@@ -74,4 +74,9 @@ void handleValidateFile(MethodCall& call) {
     acknowledge(call, call.service.validateFile(file.fileType(), file.name));
 }
 
+void handleDeleteFile(MethodCall& call) {
+    const FileSelection file(call);
+    acknowledge(call, call.service.deleteFile(file.fileType(), file.name));
+}
+
 }  // namespace vireo

@@ -7,5 +7,6 @@ struct MethodCall;
 void handleGetFilePathFromType(MethodCall& call);
 void handleGetFilePathFromTypeAndUser(MethodCall& call);
 void handleValidateFile(MethodCall& call);
+void handleDeleteFile(MethodCall& call);
 
 }  // namespace vireo

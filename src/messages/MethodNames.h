@@ -10,6 +10,8 @@ inline constexpr const char* kStartDownloadWithManyParams = "startDownloadWithMa
 inline constexpr const char* kStartDownloadWithManyParamsAndCallback =
     "startDownloadWithManyParamsAndCallback";
 inline constexpr const char* kRequestCurrentDownloadStatus = "requestCurrentDownloadStatus";
+inline constexpr const char* kGetListOfFilesOfType = "getListOfFilesOfType";
+inline constexpr const char* kGetListOfFilesOfTypeAndUser = "getListOfFilesOfTypeAndUser";
 inline constexpr const char* kGetFileTypeMetadata = "getFileTypeMetadata";
 inline constexpr const char* kGetFileTypeCountLimit = "getFileTypeCountLimit";
 inline constexpr const char* kGetFileTypeNameLimit = "getFileTypeNameLimit";
@@ -31,8 +33,14 @@ inline constexpr const char* kExportSchema = "exportSchema";
 inline constexpr const char* kGetSchema = "getSchema";
 inline constexpr const char* kGetFilePathFromType = "getFilePathFromType";
 inline constexpr const char* kGetFilePathFromTypeAndUser = "getFilePathFromTypeAndUser";
+inline constexpr const char* kGetIDAndDisplayName = "getIDAndDisplayName";
+inline constexpr const char* kChangeCurrentUser = "changeCurrentUser";
+inline constexpr const char* kClearMobileUserData = "clearMobileUserData";
 inline constexpr const char* kInvalidateVCMSCache = "invalidateVCMSCache";
 inline constexpr const char* kRefreshPictureClips = "refreshPictureClips";
+inline constexpr const char* kGetUserDataSpaceInfo = "getUserDataSpaceInfo";
 inline constexpr const char* kValidateFile = "validateFile";
+inline constexpr const char* kDeleteFile = "deleteFile";
+inline constexpr const char* kCleanupUserData = "cleanupUserData";
 
 }  // namespace vireo::methodNames

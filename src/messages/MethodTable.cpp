@@ -3,11 +3,13 @@
 #include "messages/AgentMethods.h"
 #include "messages/BusyMethods.h"
 #include "messages/DownloadMethods.h"
+#include "messages/FileListMethods.h"
 #include "messages/FilePathMethods.h"
 #include "messages/FileTypeMethods.h"
 #include "messages/ItemMethods.h"
 #include "messages/MethodNames.h"
 #include "messages/SchemaMethods.h"
+#include "messages/UserAreaMethods.h"
 
 namespace vireo {
 namespace {
@@ -20,6 +22,8 @@ constexpr MethodRow kMethods[] = {
     {methodNames::kStartDownloadWithManyParamsAndCallback,
      handleStartDownloadWithManyParamsAndCallback},
     {methodNames::kRequestCurrentDownloadStatus, handleRequestCurrentDownloadStatus},
+    {methodNames::kGetListOfFilesOfType, handleGetListOfFilesOfType},
+    {methodNames::kGetListOfFilesOfTypeAndUser, handleGetListOfFilesOfTypeAndUser},
     {methodNames::kGetFileTypeMetadata, handleGetFileTypeMetadata},
     {methodNames::kGetFileTypeCountLimit, handleGetFileTypeCountLimit},
     {methodNames::kGetFileTypeNameLimit, handleGetFileTypeNameLimit},
@@ -40,9 +44,15 @@ constexpr MethodRow kMethods[] = {
     {methodNames::kManageableDataChanged, handleManageableDataChanged},
     {methodNames::kGetFilePathFromType, handleGetFilePathFromType},
     {methodNames::kGetFilePathFromTypeAndUser, handleGetFilePathFromTypeAndUser},
+    {methodNames::kGetIDAndDisplayName, handleGetIDAndDisplayName},
+    {methodNames::kChangeCurrentUser, handleChangeCurrentUser},
+    {methodNames::kClearMobileUserData, handleClearMobileUserData},
     {methodNames::kInvalidateVCMSCache, handleInvalidateVCMSCache},
     {methodNames::kRefreshPictureClips, handleRefreshPictureClips},
+    {methodNames::kGetUserDataSpaceInfo, handleGetUserDataSpaceInfo},
     {methodNames::kValidateFile, handleValidateFile},
+    {methodNames::kDeleteFile, handleDeleteFile},
+    {methodNames::kCleanupUserData, handleCleanupUserData},
 };
 
 }  // namespace

@@ -18,6 +18,7 @@ VireoClientMgmt::VireoClientMgmt()
       m_reader(m_catalogue, m_dataCollections, m_registry, m_store, m_valueCache, m_ownItems),
       m_writer(m_catalogue, m_dataCollections, m_registry, m_store, m_notifier, m_ownItems),
       m_writeGroup(m_writer),
+      m_areas(areaSurroundings()),
       m_downloads(downloadSurroundings(),
                   {.media = [this] { return m_directory.mediaControlServiceIfc(); },
                    .mobility = [this] { return m_directory.mobilityIfc(); },

@@ -13,6 +13,7 @@
 #include "files/Downloads.h"
 #include "files/FileDeploymentTimer.h"
 #include "files/PhoneBusyState.h"
+#include "files/UserFileAreas.h"
 #include "items/AgentRegistrations.h"
 #include "items/AgentRegistry.h"
 #include "items/ChangeNotifier.h"
@@ -78,6 +79,15 @@ public:
     bool getFilePathFromType(eFiletype type, std::string& path) override;
     bool getFilePathFromType(eFiletype type, std::string& path, eUsertype user) override;
     bool validateFile(eFiletype type, const std::string& fileName) override;
+    bool getListOfFilesOfType(eFiletype type, std::list<std::string>* files) override;
+    bool getListOfFilesOfType(eFiletype type, std::list<std::string>* files,
+                              eUsertype user) override;
+    bool deleteFile(eFiletype type, const std::string& name) override;
+    bool cleanupUserData(eFiletype type, eUsertype user) override;
+    bool changeCurrentUser(eUsertype user) override;
+    bool clearMobileUserData() override;
+    bool getIDAndDisplayName(std::string& id, std::string& displayName) override;
+    bool getUserDataSpaceInfo(MemoryInfo& info) override;
     bool startDownload(eFiletype type) override;
     bool startDownload(eFiletype type, Executable* callback) override;
     bool startDownload(eDownloadProtocol protocol, const std::string& port,
@@ -123,6 +133,7 @@ private:
     void initSNMPTrapRouter();
     void initQDCReportMgr();
     void confirmBusyStatus(unsigned told);
+    UserFileAreas::Surroundings areaSurroundings();
     DownloadStarter::Surroundings downloadSurroundings();
 
     ServiceDirectory m_directory;
@@ -139,7 +150,7 @@ private:
     ItemReader m_reader;
     ItemWriter m_writer;
     WriteGroup m_writeGroup;
-    std::atomic<eUsertype> m_currentUser{USER_UNSET};
+    UserFileAreas m_areas;
     Downloads m_downloads;
     FileDeploymentTimer m_deploymentTimer{*this};
     std::atomic<int> m_softwareType{0};

@@ -1,5 +1,7 @@
 #include "Boundary.h"
 #include "LocalMgmtCallbackIfc.h"
+#include "device/MemoryInfo.h"
+#include "device/Storage.h"
 #include "files/FileTypeCatalogue.h"
 #include "service/VireoClientMgmt.h"
 
@@ -26,11 +28,12 @@ DownloadStarter::Surroundings VireoClientMgmt::downloadSurroundings() {
             .progress = *this,
             .registry = m_registry.semaphore(),
             .certificates = [this] { return m_directory.getCertificateMgmtSvcIfc(); },
-            .currentUser = [this] { return m_currentUser.load(); }};
+            .currentUser = [this] { return m_areas.currentUser(); },
+            .directoryLock = m_areas.directoryLock()};
 }
 
 bool VireoClientMgmt::getFilePathFromType(eFiletype type, std::string& path) {
-    return getFilePathFromType(type, path, m_currentUser);
+    return getFilePathFromType(type, path, m_areas.currentUser());
 }
 
 bool VireoClientMgmt::getFilePathFromType(eFiletype type, std::string& path, eUsertype user) {
@@ -41,8 +44,52 @@ bool VireoClientMgmt::getFilePathFromType(eFiletype type, std::string& path, eUs
 
 bool VireoClientMgmt::validateFile(eFiletype type, const std::string& fileName) {
     return guarded("validateFile", false, [&] {
-        return m_downloads.validator().validateFile(m_currentUser, type, fileName);
+        return m_downloads.validator().validateFile(m_areas.currentUser(), type, fileName);
     });
+}
+
+UserFileAreas::Surroundings VireoClientMgmt::areaSurroundings() {
+    return {.items = *this,
+            .mobility = [this] { return m_directory.mobilityIfc(); },
+            .softwareType = [this] { return getSoftwareType(); }};
+}
+
+bool VireoClientMgmt::getListOfFilesOfType(eFiletype type, std::list<std::string>* files) {
+    return getListOfFilesOfType(type, files, m_areas.currentUser());
+}
+
+bool VireoClientMgmt::getListOfFilesOfType(eFiletype type, std::list<std::string>* files,
+                                           eUsertype user) {
+    return guarded("getListOfFilesOfType", false,
+                   [&] { return m_areas.getListOfFilesOfType(type, files, user); });
+}
+
+bool VireoClientMgmt::deleteFile(eFiletype type, const std::string& name) {
+    return guarded("deleteFile", false,
+                   [&] { return m_areas.deleteFileForUserType(type, name, true); });
+}
+
+bool VireoClientMgmt::cleanupUserData(eFiletype type, eUsertype user) {
+    return guarded("cleanupUserData", false,
+                   [&] { return m_areas.cleanupUserData(type, user, false, false); });
+}
+
+bool VireoClientMgmt::changeCurrentUser(eUsertype user) {
+    return guarded("changeCurrentUser", true, [&] { return m_areas.changeCurrentUser(user); });
+}
+
+bool VireoClientMgmt::clearMobileUserData() {
+    return guarded("clearMobileUserData", true, [&] { return m_areas.clearMobileUserData(); });
+}
+
+bool VireoClientMgmt::getIDAndDisplayName(std::string& id, std::string& displayName) {
+    // Deliberate: it succeeds also when the names could not be found out.
+    guardedCall("getIDAndDisplayName", [&] { Storage::getStorageName(id, displayName); });
+    return true;
+}
+
+bool VireoClientMgmt::getUserDataSpaceInfo(MemoryInfo& info) {
+    return guarded("getUserDataSpaceInfo", false, [&] { return info.retrieveData(); });
 }
 
 bool VireoClientMgmt::startDownload(eFiletype type) {

@@ -102,6 +102,16 @@ struct ItemFace : LocalMgmtIfc {
     bool getFilePathFromType(eFiletype, std::string&) override { return false; }
     bool getFilePathFromType(eFiletype, std::string&, eUsertype) override { return false; }
     bool validateFile(eFiletype, const std::string&) override { return false; }
+    bool getListOfFilesOfType(eFiletype, std::list<std::string>*) override { return false; }
+    bool getListOfFilesOfType(eFiletype, std::list<std::string>*, eUsertype) override {
+        return false;
+    }
+    bool deleteFile(eFiletype, const std::string&) override { return false; }
+    bool cleanupUserData(eFiletype, eUsertype) override { return false; }
+    bool changeCurrentUser(eUsertype) override { return false; }
+    bool clearMobileUserData() override { return false; }
+    bool getIDAndDisplayName(std::string&, std::string&) override { return false; }
+    bool getUserDataSpaceInfo(MemoryInfo&) override { return false; }
     bool startDownload(eFiletype) override { return false; }
     bool startDownload(eFiletype, Executable*) override { return false; }
     bool startDownload(eDownloadProtocol, const std::string&, const std::string&,

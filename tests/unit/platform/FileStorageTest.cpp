@@ -9,6 +9,9 @@
 #include <vector>
 
 #include "files/FileStorage.h"
+#include "files/FirstLinks.h"
+#include "files/PartialName.h"
+#include "support/FullDisk.h"
 #include "support/OwnMounts.h"
 #include "support/TemporaryDirectory.h"
 
@@ -116,9 +119,11 @@ TEST_F(FileStorageTest, PathsThatLeadOutOfTheRootAreRefused) {
     for (const auto& row : rows) {
         EXPECT_THAT(refusal(row.path), HasSubstr(row.reason)) << row.path;
     }
-    EXPECT_EQ(errorOf([&] { m_storage.deleteFile(m_directory.file("outside")); }),
-              "cannot use \"" + m_directory.file("outside") + "\": it does not lie below " +
-                  m_root + '/');
+    // For the rest such a path is one of the phone.
+    write(m_directory.file("outside"), "alive");
+    EXPECT_THAT(errorOf([&] { m_storage.deleteFile(m_directory.file("outside")); }),
+                HasSubstr("cannot use \"" + m_root + '/'));
+    EXPECT_EQ(read(m_directory.file("outside")), "alive");
 }
 
 TEST_F(FileStorageTest, NoLinkLeadsOutside) {
@@ -135,13 +140,141 @@ TEST_F(FileStorageTest, NoLinkLeadsOutside) {
           refusal("inside/new"), errorOf([&] { m_storage.list(below("images")); }),
           errorOf([&] { m_storage.deleteFile(canary); }),
           errorOf([&] { m_storage.fileSize(canary); }),
-          errorOf([&] { m_storage.move(canary, below("stolen")); }),
-          errorOf([&] { m_storage.move(below("own/mine"), canary); })}) {
+          errorOf([&] { m_storage.renameFile(canary, below("stolen")); }),
+          errorOf([&] { m_storage.createSymlink("/x", below("images/new")); }),
+          errorOf([&] { m_storage.replaceBySymlink("/x", canary); }),
+          errorOf([&] { m_storage.copyFile(below("own/mine"), canary); }),
+          errorOf([&] { m_storage.copyFile(canary, below("own/mine")); }),
+          errorOf([&] { m_storage.renameFile(below("own/mine"), canary); })}) {
         EXPECT_THAT(error, HasSubstr("something else than a directory"));
     }
     EXPECT_EQ(read(outside + "/canary"), "alive");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(outside), {}), 1);
     EXPECT_TRUE(std::filesystem::exists(below("own/mine")));
+}
+
+TEST_F(FileStorageTest, PathsOfThePhoneMeanPlacesBelowTheRoot) {
+    write(m_root + "/Vireo_Deploy/music/waltz", "1-2-3");
+    initialised("music/");
+    EXPECT_EQ(names("/Vireo_Deploy/music/"), std::vector<std::string>{"waltz file"});
+    m_storage.createSymlink("/Vireo_Deploy/music/waltz", below("music/waltz"));
+    EXPECT_EQ(std::filesystem::read_symlink(below("music/waltz")),
+              m_root + "/Vireo_Deploy/music/waltz");
+    EXPECT_EQ(m_storage.compareFiles("/Vireo_Deploy/music/waltz", below("music/waltz")), 0);
+    m_storage.copyFile("/Vireo_Deploy/music/waltz", below("music/copy"));
+    EXPECT_EQ(read(below("music/copy")), "1-2-3");
+}
+
+TEST_F(FileStorageTest, ALinkIsMadeOnceAndReplacesOnlyWhereAsked) {
+    write(m_root + "/Vireo_Deploy/a", "default");
+    write(below("own"), "own");
+    const std::string link = below("link");
+    m_storage.createSymlink("/Vireo_Deploy/a", link);
+    EXPECT_EQ(errorOf([&] { m_storage.createSymlink("/Vireo_Deploy/a", link); }), "")
+        << "it is right already";
+    EXPECT_THAT(errorOf([&] { m_storage.createSymlink("/Vireo_Deploy/b", link); }),
+                HasSubstr("cannot link \"" + link + "\": File exists"));
+    EXPECT_THAT(errorOf([&] { m_storage.createSymlink("/Vireo_Deploy/a", below("own")); }),
+                HasSubstr("File exists"));
+    EXPECT_EQ(read(below("own")), "own");
+    EXPECT_THAT(errorOf([&] { m_storage.createSymlink("/Vireo_Deploy/a", below("no/way")); }),
+                HasSubstr("No such file"));
+
+    m_storage.replaceBySymlink("/Vireo_Deploy/a", below("own"));
+    m_storage.replaceBySymlink("/Vireo_Deploy/b", link);
+    EXPECT_EQ(read(below("own")), "default");
+    EXPECT_EQ(std::filesystem::read_symlink(link), m_root + "/Vireo_Deploy/b");
+    std::filesystem::create_directory(below("directory"));
+    EXPECT_NE(errorOf([&] { m_storage.replaceBySymlink("/x", below("directory")); }), "");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(below("")), {}), 3)
+        << "nothing hidden is left";
+}
+
+TEST_F(FileStorageTest, FilesAreTheSameByTheirContents) {
+    const std::string block(100'000, 'b');
+    write(below("one"), block + "1");
+    write(below("same"), block + "1");
+    write(below("other"), block + "2");
+    write(below("longer"), block + "11");
+    write(below("empty"), "");
+    write(below("nothing"), "");
+    write(m_directory.file("outside"), block + "1");
+    std::filesystem::create_symlink(below("one"), below("link"));
+    std::filesystem::create_symlink("link", below("link-to-link"));
+    std::filesystem::create_symlink(m_directory.file("outside"), below("hostile"));
+    std::filesystem::create_symlink("../../../outside", below("climbing"));
+    std::filesystem::create_symlink("round", below("round"));
+    ASSERT_EQ(::mkfifo(below("pipe").c_str(), 0600), 0);
+    for (const char* name : {"one", "same", "link", "link-to-link"}) {
+        EXPECT_EQ(m_storage.compareFiles(below("one"), below(name)), 0) << name;
+    }
+    EXPECT_EQ(m_storage.compareFiles(below("empty"), below("nothing")), 0);
+    for (const char* name : {"other", "longer", "empty", "missing", "hostile", "climbing", "round",
+                             "pipe", "", "no/way"}) {
+        EXPECT_EQ(m_storage.compareFiles(below("one"), below(name)), 1) << name;
+        EXPECT_EQ(m_storage.compareFiles(below(name), below("one")), 1) << name;
+    }
+}
+
+TEST_F(FileStorageTest, ACopyReplacesALinkAndNeverItself) {
+    write(m_root + "/Vireo_Deploy/bell", "default");
+    write(below("mine"), std::string(150'000, 'm'));
+    std::filesystem::create_symlink(m_root + "/Vireo_Deploy/bell", below("bell"));
+    std::filesystem::create_hard_link(below("mine"), below("twin"));
+    write(m_directory.file("outside"), "secret");
+    std::filesystem::create_symlink(m_directory.file("outside"), below("hostile"));
+
+    m_storage.copyFile(below("mine"), below("bell"));
+    EXPECT_EQ(read(below("bell")), std::string(150'000, 'm'));
+    EXPECT_EQ(read(m_root + "/Vireo_Deploy/bell"), "default") << "not written through";
+    for (const char* itself : {"mine", "twin"}) {
+        m_storage.copyFile(below("mine"), below(itself));
+        EXPECT_EQ(read(below("mine")), std::string(150'000, 'm')) << itself;
+    }
+    std::filesystem::create_symlink(m_root + "/Vireo_Deploy/bell", below("link"));
+    m_storage.copyFile(below("link"), below("link"));
+    EXPECT_TRUE(std::filesystem::is_symlink(below("link")));
+    m_storage.copyFile(below("link"), below("contents"));
+    EXPECT_EQ(read(below("contents")), "default");
+    EXPECT_FALSE(std::filesystem::is_symlink(below("contents")));
+
+    for (const char* source : {"hostile", "missing", "no/way"}) {
+        EXPECT_NE(errorOf([&] { m_storage.copyFile(below(source), below("stolen")); }), "");
+        EXPECT_FALSE(std::filesystem::exists(below("stolen"))) << source;
+    }
+    EXPECT_NE(errorOf([&] { m_storage.copyFile(below("mine"), below("no/way")); }), "");
+    {
+        const FullDisk fullDisk;
+        EXPECT_THAT(errorOf([&] { m_storage.copyFile(below("mine"), below("contents")); }),
+                    HasSubstr("cannot write"));
+    }
+    EXPECT_EQ(read(below("contents")), "default");
+    for (const auto& entry : std::filesystem::directory_iterator(below(""))) {
+        EXPECT_NE(entry.path().filename().string().front(), '.') << "something hidden is left";
+    }
+}
+
+TEST_F(FileStorageTest, TheStorageHasANameAndRoom) {
+    std::string id = "old";
+    std::string name = "old";
+    m_storage.getStorageName(id, name);
+    EXPECT_EQ(id, "/data/vireo/");
+    EXPECT_EQ(name, "Phone storage");
+    const StorageSpace space = m_storage.space();
+    EXPECT_GT(space.total, 0U);
+    EXPECT_LE(space.free, space.total);
+}
+
+TEST_F(FileStorageTest, WhatAnEarlierRunLeftIsRemoved) {
+    write(below("images/.vireo-part-1-1"), "half");
+    write(below("images/kept"), "kept");
+    std::filesystem::create_symlink("kept", below("images/.vireo-part-1-2"));
+    write(below("images/.hidden"), "kept");
+    removePartialFiles(m_root);
+    EXPECT_FALSE(std::filesystem::exists(below("images/.vireo-part-1-1")));
+    EXPECT_FALSE(std::filesystem::is_symlink(below("images/.vireo-part-1-2")));
+    EXPECT_EQ(read(below("images/kept")), "kept");
+    EXPECT_EQ(read(below("images/.hidden")), "kept");
 }
 
 TEST_F(FileStorageTest, ARootBehindALinkIsTheRoot) {
@@ -219,24 +352,47 @@ TEST_F(FileStorageTest, AMoveReplacesWhatIsThereAndNeverWritesThroughALink) {
     write(below("old"), "old");
     write(m_root + "/Defaults/bell", "default");
     std::filesystem::create_symlink(m_root + "/Defaults/bell", below("bell"));
-    m_storage.move(below("new"), below("bell"));
+    m_storage.renameFile(below("new"), below("bell"));
     EXPECT_EQ(read(below("bell")), "new");
     EXPECT_FALSE(std::filesystem::is_symlink(below("bell")));
     EXPECT_EQ(read(m_root + "/Defaults/bell"), "default");
 
     std::filesystem::create_symlink(m_root + "/Defaults/bell", below("link"));
-    m_storage.move(below("link"), below("deleted/ringtones/link"));
+    m_storage.renameFile(below("link"), below("deleted/ringtones/link"));
     EXPECT_TRUE(std::filesystem::is_symlink(below("deleted/ringtones/link")));
-    m_storage.move(below("old"), below("bell"));
+    m_storage.renameFile(below("old"), below("bell"));
     EXPECT_EQ(read(below("bell")), "old");
 
-    EXPECT_THAT(errorOf([&] { m_storage.move(below("missing"), below("x")); }),
+    EXPECT_THAT(errorOf([&] { m_storage.renameFile(below("missing"), below("x")); }),
                 HasSubstr("cannot move \"" + below("missing") + "\": No such file"));
-    EXPECT_THAT(errorOf([&] { m_storage.move(below("deleted"), below("x")); }),
+    EXPECT_THAT(errorOf([&] { m_storage.renameFile(below("deleted"), below("x")); }),
                 HasSubstr("it is a directory"));
-    EXPECT_THAT(errorOf([&] { m_storage.move(below("bell"), below("deleted")); }),
+    EXPECT_THAT(errorOf([&] { m_storage.renameFile(below("bell"), below("deleted")); }),
                 HasSubstr("cannot move \"" + below("bell") + "\" to \"" + below("deleted") + '"'));
     EXPECT_EQ(read(below("bell")), "old");
+}
+
+TEST_F(FileStorageTest, FirstLinksAreMadeForWhatIsNeitherThereNorDeleted) {
+    for (const char* name :
+         {"music/waltz", "images/linked", "images/own", "images/deleted", "images/new",
+          "ringtones/bell", "screensavers/stars", "logos/mark", "images/.hidden"}) {
+        write(m_root + "/Vireo_Deploy/" + name, "default");
+    }
+    write(below("images/own"), "own");
+    std::filesystem::create_directories(below("deleted/images"));
+    std::filesystem::create_symlink(m_root + "/Vireo_Deploy/images/linked", below("images/linked"));
+    std::filesystem::create_symlink("anything", below("deleted/images/deleted"));
+    const std::vector<std::string> images{"linked link", "new link", "own file"};
+    for (int start = 0; start < 2; ++start) {
+        FirstLinks::make(m_storage);
+        EXPECT_EQ(names(below("images")), images);
+        EXPECT_EQ(names(below("music")), std::vector<std::string>{"waltz link"});
+        EXPECT_EQ(names(below("ringtones")), std::vector<std::string>{"bell link"});
+        EXPECT_EQ(names(below("screensavers")), std::vector<std::string>{"stars link"});
+        EXPECT_FALSE(std::filesystem::exists(below("logos"))) << "they have no defaults";
+    }
+    EXPECT_EQ(read(below("images/new")), "default");
+    EXPECT_EQ(read(below("images/own")), "own");
 }
 
 TEST_F(FileStorageTest, SeveralThreadsMakeTheSameDirectories) {
@@ -267,7 +423,7 @@ TEST_F(FileStorageTest, AReadOnlyDiskIsReadAndNothingElse) {
                m_storage.list(below("images")).size() == 1 &&
                refusal("new/").find("Read-only file system") != std::string::npos &&
                !errorOf([this] { m_storage.deleteFile(below("images/a")); }).empty() &&
-               !errorOf([this] { m_storage.move(below("images/a"), below("b")); }).empty();
+               !errorOf([this] { m_storage.renameFile(below("images/a"), below("b")); }).empty();
     }));
     EXPECT_EQ(read(below("images/a")), "kept");
 }
@@ -288,7 +444,7 @@ TEST_F(FileStorageTest, AFullDiskLosesNothing) {
                 initialised("directory-" + std::to_string(i) + '/');
             }
         });
-        m_storage.move(below("images/a"), below("b"));
+        m_storage.renameFile(below("images/a"), below("b"));
         m_storage.deleteFile(below("ballast"));
         initialised("again/");
         return full.find("No space left on device") != std::string::npos &&

@@ -17,13 +17,13 @@
 #include <vector>
 
 #include "device/AdminProgressCallback.h"
+#include "files/PartialName.h"
 #include "messages/FileDescriptor.h"
 #include "support/FtpServer.h"
 #include "support/HttpsServer.h"
 #include "support/TemporaryDirectory.h"
 #include "support/TestPorts.h"
 #include "transfer/CurlTransfer.h"
-#include "transfer/PartialName.h"
 
 namespace vireo::test {
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace vireo {
@@ -11,5 +12,12 @@ inline constexpr std::string_view kPartialPrefix = ".vireo-part-";
 constexpr bool isPartialName(std::string_view name) {
     return name.starts_with(kPartialPrefix);
 }
+
+/// Such a name that nobody else in this process gets. Safe from every thread.
+std::string newPartialName();
+
+/// Removes the incomplete files and links that an earlier run left below a directory, each with a
+/// log line. Links are not followed. A directory that is not there holds none.
+void removePartialFiles(const std::string& rootDirectory);
 
 }  // namespace vireo

@@ -1,0 +1,10 @@
+#pragma once
+
+namespace vireo {
+
+struct MethodCall;
+
+void handleGetListOfFilesOfType(MethodCall& call);
+void handleGetListOfFilesOfTypeAndUser(MethodCall& call);
+
+}  // namespace vireo
