@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -12,6 +13,7 @@
 #include "MgmtAgentIfc.h"
 #include "Visibility.h"
 #include "data/ManageableData.h"
+#include "device/MemoryInfo.h"
 #include "service/Method.h"
 
 namespace vireo {
@@ -210,12 +212,42 @@ public:
     /// Has the pictures of the phone book read again.
     CallStatus refreshPictureClips();
 
+    // -- files of users -------------------------------------------------------------------------
+
+    /// The full paths of the current user's files of the type that bears the name `fileType` in
+    /// messages, in ascending order. An unknown name counts as the software type.
+    CallStatus getListOfFilesOfType(const std::string& fileType, std::list<std::string>& files);
+    /// The same of another user.
+    CallStatus getListOfFilesOfTypeAndUser(const std::string& fileType,
+                                           LocalMgmtIfc::eUsertype user,
+                                           std::list<std::string>& files);
+    /// Deletes a file of the current user, by its name without directory; one that the phone was
+    /// deployed with is only hidden from him. `deleted` is false, and nothing is changed, when it
+    /// is not there or cannot be deleted.
+    CallStatus deleteFile(LocalMgmtIfc::eFiletype type, const std::string& fileName, bool& deleted);
+    /// Deletes all files of one type of a user and gives back the deployed ones. `cleaned` is false
+    /// for types that are not cleaned so.
+    CallStatus cleanupUserData(const std::string& fileType, LocalMgmtIfc::eUsertype user,
+                               bool& cleaned);
+    /// Makes another user the current one. `userType` is the name that he bears in messages, such
+    /// as "visitorUser"; any other stands for the phone's own user.
+    CallStatus changeCurrentUser(const std::string& userType, bool& changed);
+    /// Clears the area of the visitor who moves between phones.
+    CallStatus clearMobileUserData(bool& cleared);
+    /// What the storage is that the files are on: its identity, and a name for people.
+    CallStatus getIDAndDisplayName(std::string& id, std::string& displayName);
+    /// How much room there is for files; both numbers are 0 when the service cannot find it out.
+    CallStatus getUserDataSpaceInfo(MemoryInfo& info);
+
 private:
     LocalMgmtClient(std::unique_ptr<ClientSession> session, Protocol protocol);
 
     CallStatus askForAgent(const Method& request, bool& result);
     CallStatus sendBusyBits(const char* methodName, unsigned bits);
     CallStatus start(const Method& request, bool& started);
+    CallStatus askAboutFile(const char* methodName, LocalMgmtIfc::eFiletype type,
+                            const std::string& fileName, bool& result);
+    CallStatus askForFiles(Method request, std::list<std::string>& files);
 
     const std::unique_ptr<MethodCalls> m_calls;  // outlives the session, whose thread may call
     const std::unique_ptr<ClientSession> m_session;

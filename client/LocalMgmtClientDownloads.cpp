@@ -4,7 +4,6 @@
 #include "ClientSession.h"
 #include "LocalMgmtClient.h"
 #include "MethodCalls.h"
-#include "data/XmlText.h"
 
 namespace vireo {
 namespace {
@@ -96,27 +95,9 @@ CallStatus LocalMgmtClient::getFilePathFromType(const std::string& fileType, std
     });
 }
 
-// The service wants the file, and gives its answer, in another form in each protocol.
 CallStatus LocalMgmtClient::validateFile(LocalMgmtIfc::eFiletype type, const std::string& fileName,
                                          bool& accepted) {
-    Method request("validateFile", Method::eRequest);
-    if (m_calls->protocol() != Protocol::eXml) {
-        request.addIntParameter("fileType", Parameter::eIn, type);
-        request.addStringParameter("filename", Parameter::eIn, fileName);
-        return m_calls->askBool(request, "result", accepted);
-    }
-    if (XmlText::findUncarriable(fileName)) {
-        return CallStatus::eNotCarried;
-    }
-    std::string selection = "<type>" + std::to_string(type) + "</type><name>";
-    XmlText::appendEscaped(selection, fileName);
-    request.addXMLParameter("FileSelection", Parameter::eIn, selection + "</name>");
-    std::string acknowledge;
-    const CallStatus status = m_calls->askText(request, "Acknowledge", acknowledge);
-    if (status == CallStatus::eDone) {
-        accepted = acknowledge == "SUCCESS";
-    }
-    return status;
+    return askAboutFile("validateFile", type, fileName, accepted);
 }
 
 CallStatus LocalMgmtClient::refreshPictureClips() {
