@@ -21,15 +21,12 @@ constexpr std::size_t kEventsAtOnce = 64;
 // Replies are written before the turn ends once this much has gathered.
 constexpr std::size_t kEarlyFlush = 256U << 10U;
 
-bool isTransient(int reason) {
-    return reason == EINTR || reason == ECONNABORTED || reason == EPROTO;
-}
-
 }  // namespace
 
 MessageLoop::MessageLoop()
     : m_epoll(::epoll_create1(EPOLL_CLOEXEC)),
       m_wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      m_admission(m_epoll, [this](FileDescriptor socket) { admit(std::move(socket)); }),
       m_events(kEventsAtOnce),
       m_protocol(m_peers, m_dispatcher),
       m_calls(m_peers, m_protocol, *this) {}
@@ -54,16 +51,12 @@ bool MessageLoop::listen(const std::string& socketPath, const MessageLimits& lim
         error = "cannot wait for messages: " + std::generic_category().message(errno);
         return false;
     }
-    m_listener = ListeningSocket::open(socketPath, error, limits.backlog);
     m_limits = limits;
     // Replies that a peer has not taken yet are no reason to disconnect it.
     m_calls.setLimits(std::max(limits.maximumQueued,
                                limits.maximumUnsent + 2 * std::size_t{FrameCodec::kMaximumPayload}),
                       limits.maximumUnsent);
-    if (m_listener) {
-        setAccepting(true);
-    }
-    return m_listener != nullptr;
+    return m_admission.open(socketPath, limits.backlog, error);
 }
 
 void MessageLoop::wake() noexcept {
@@ -92,7 +85,7 @@ void MessageLoop::postTask(std::function<void()> task) {
 
 bool MessageLoop::run() {
     m_thread = std::this_thread::get_id();
-    bool going = m_listener != nullptr;
+    bool going = m_admission.isOpen();
     while (going && !stopping()) {
         going = waitAndServe();
     }
@@ -106,7 +99,7 @@ bool MessageLoop::run() {
 }
 
 bool MessageLoop::waitAndServe() {
-    const int longest = m_accepting ? -1 : m_limits.acceptPauseMs;
+    const int longest = m_admission.isPaused() ? m_limits.acceptPauseMs : -1;
     const int count = ::epoll_wait(m_epoll.get(), m_events.data(), static_cast<int>(kEventsAtOnce),
                                    m_putOff.empty() && !m_dispatcher.hasPostponed() ? longest : 0);
     if (count < 0 && errno != EINTR) {
@@ -116,8 +109,8 @@ bool MessageLoop::waitAndServe() {
         }
         return false;
     }
-    if (!m_accepting) {
-        setAccepting(true);
+    if (m_admission.isPaused()) {
+        m_admission.resume();
     }
     for (const epoll_event& event :
          std::span(m_events).first(static_cast<std::size_t>(count < 0 ? 0 : count))) {
@@ -141,8 +134,8 @@ void MessageLoop::serveEvent(const epoll_event& event) {
     const int descriptor = event.data.fd;
     if (descriptor == m_wakeUp.get()) {
         clearWake();
-    } else if (descriptor == m_listener->descriptor()) {
-        acceptSome();
+    } else if (descriptor == m_admission.descriptor()) {
+        m_admission.acceptSome();
     } else if (const auto found = m_connections.find(descriptor); found != m_connections.end()) {
         if (!found->second->isPutOff()) {
             turn(ConnectionPointer(found->second), event.events);
@@ -192,42 +185,6 @@ void MessageLoop::turnIfHere(const ConnectionPointer& connection) {
     if (found != m_connections.end() && found->second == connection) {
         turn(connection, 0);
     }
-}
-
-void MessageLoop::setAccepting(bool on) {
-    epoll_event event{};
-    event.events = EPOLLIN;
-    event.data.fd = m_listener->descriptor();
-    m_accepting = ::epoll_ctl(m_epoll.get(), on ? EPOLL_CTL_ADD : EPOLL_CTL_DEL,
-                              m_listener->descriptor(), &event) == 0 &&
-                  on;
-}
-
-void MessageLoop::acceptSome() {
-    for (std::size_t i = 0; i < kEventsAtOnce; ++i) {
-        FileDescriptor socket(
-            ::accept4(m_listener->descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-        if (socket) {
-            m_acceptFailed = false;
-            admit(std::move(socket));
-        } else if (errno == EAGAIN) {
-            return;
-        } else if (!isTransient(errno)) {
-            pauseAccepting(errno);
-            return;
-        }
-    }
-}
-
-void MessageLoop::pauseAccepting(int reason) {
-    // No descriptor or no memory is left. The peers wait in the socket meanwhile; asking again at
-    // once would keep the processor busy for nothing.
-    setAccepting(false);
-    if (!m_acceptFailed && loggingOnUni(kLogError)) {
-        logAppUni(kComponent, kFile, kLogError, __LINE__, "cannot accept peers for now: %s",
-                  std::generic_category().message(reason).c_str());
-    }
-    m_acceptFailed = true;
 }
 
 void MessageLoop::admit(FileDescriptor socket) {

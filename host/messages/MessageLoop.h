@@ -14,8 +14,8 @@
 
 #include "messages/Connection.h"
 #include "messages/FileDescriptor.h"
-#include "messages/ListeningSocket.h"
 #include "messages/MessageLimits.h"
+#include "messages/PeerAdmission.h"
 #include "messages/PeerCalls.h"
 #include "messages/PeerDirectory.h"
 #include "messages/PeerProtocol.h"
@@ -98,10 +98,7 @@ private:
     void serveEvent(const epoll_event& event);
     void wake() noexcept;
     void clearWake() noexcept;
-    void acceptSome();
-    void pauseAccepting(int reason);
     void admit(FileDescriptor socket);
-    void setAccepting(bool on);
     void turn(const ConnectionPointer& connection, std::uint32_t events);
     bool receiveAndServe(const ConnectionPointer& connection, std::size_t& budget);
     bool serveReceived(const ConnectionPointer& connection, std::size_t& budget);
@@ -118,10 +115,8 @@ private:
 
     FileDescriptor m_epoll;
     FileDescriptor m_wakeUp;
-    std::unique_ptr<ListeningSocket> m_listener;
+    PeerAdmission m_admission;
     MessageLimits m_limits;
-    bool m_accepting = false;
-    bool m_acceptFailed = false;
     std::unordered_map<int, ConnectionPointer> m_connections;
     std::unordered_map<int, std::function<void()>> m_attended;
     std::vector<epoll_event> m_events;
