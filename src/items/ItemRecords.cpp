@@ -124,4 +124,9 @@ void ItemRecords::copyItems(const ManageableData& source, ManageableData& target
     }
 }
 
+void ItemRecords::refuse(ManageableData& record, const std::string& rootId,
+                         const std::string& reason) {
+    record.addRejectReason(rootId, "//*", reason);
+}
+
 }  // namespace vireo

@@ -27,6 +27,9 @@ public:
     /// and nothing appended, when there are none.
     static bool takeRefusals(const ManageableData& answer, const std::vector<std::string>& sent,
                              ManageableData& target);
+    /// Adds the refusal of a whole item.
+    static void refuse(ManageableData& record, const std::string& rootId,
+                       const std::string& reason);
     /// Puts an owner's answer for the item into `target`. The schema of its document is the one in
     /// `master`; the owner's where that has none and the target has not got one of the name yet.
     /// Whatever else the owner sent stays out.

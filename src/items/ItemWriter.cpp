@@ -15,6 +15,7 @@
 #include "items/ItemCatalogue.h"
 #include "items/ItemRecords.h"
 #include "items/OwnItemKind.h"
+#include "items/OwnItemWrites.h"
 #include "items/OwnItems.h"
 #include "items/RegistryHold.h"
 #include "items/WriteBatches.h"
@@ -22,18 +23,7 @@
 namespace vireo {
 namespace {
 
-constexpr const char* kAllNodes = "//*";
 constexpr unsigned kCallBit = 1;
-
-void refuse(ManageableData& record, const std::string& rootId, const std::string& reason) {
-    record.addRejectReason(rootId, kAllNodes, reason);
-}
-
-std::string valueOf(const ManageableData& item, const std::string& rootId) {
-    std::string value;
-    item.interogate(rootId, rootId, value);
-    return value;
-}
 
 /// Puts the nodes that were refused back to their defaults.
 void restoreDefaults(ManageableData& record, const RejectionSpec& refusal) {
@@ -49,17 +39,19 @@ void restoreDefaults(ManageableData& record, const RejectionSpec& refusal) {
 
 /// The state of one write.
 struct ItemWriter::Write {
-    Write(ManageableData& writtenRecord, NotificationOrder::Change& underWay, DasBridge& bridge)
-        : record(writtenRecord), change(underWay), store(bridge) {}
+    Write(ItemWriter& writer, ManageableData& writtenRecord, NotificationOrder::Change& underWay)
+        : record(writtenRecord),
+          change(underWay),
+          store(writer.m_store),
+          own(writer.m_ownItems, writtenRecord) {}
 
     ManageableData& record;
     NotificationOrder::Change& change;
     StoreUpdate store;
+    OwnItemWrites own;
     WriteBatches batches;
     std::vector<std::string> storedIds;  ///< acknowledged by the store, not yet committed
     bool result = true;                  ///< of the items so far
-    bool lockChanged = false;
-    bool fileRequestSeen = false;
 };
 
 ItemWriter::ItemWriter(ItemCatalogue& catalogue, const DataCollection& collections,
@@ -77,7 +69,7 @@ struct ItemWriter::Begun : BegunWrite {
         : writer(itemWriter),
           writtenRecord(std::move(written)),
           pending(itemWriter.m_notifier.begin()),
-          write(writtenRecord, pending.order, itemWriter.m_store) {}
+          write(itemWriter, writtenRecord, pending.order) {}
 
     bool isAccepted() const override { return write.result; }
     void commit() override { write.result = writer.commitStore(write) && write.result; }
@@ -135,18 +127,12 @@ bool ItemWriter::setData(ManageableData& record) {
 
 bool ItemWriter::writeItems(ManageableData& record, const std::vector<std::string>& rootIds,
                             NotificationOrder::Change& change) {
-    Write write(record, change, m_store);
+    Write write(*this, record, change);
     for (const std::string& rootId : rootIds) {
         VCMS_LOG(kLogDebug, "SetData: RootId = \"%s\"", rootId.c_str());
         write.result = writeItem(write, rootId) && write.result;
     }
-    if (write.lockChanged) {
-        m_ownItems.flushLockedDown();
-    }
-    bool result = write.result;
-    if (write.fileRequestSeen) {
-        result = flushFileRequests(record) && result;
-    }
+    bool result = write.own.flush() && write.result;
     result = write.batches.send(m_registry, record, change) && result;
     return commitStore(write) && result;
 }
@@ -155,7 +141,7 @@ bool ItemWriter::writeItem(Write& write, const std::string& rootId) {
     if (m_catalogue.isCallFailingItem(rootId) && (m_ownItems.phoneBusyStatus() & kCallBit) != 0) {
         VCMS_LOG(kLogWarning, "Item value change not allowed for %s, phone is busy!\n",
                  rootId.c_str());
-        refuse(write.record, rootId, "Change not allowed: Phone is busy!");
+        ItemRecords::refuse(write.record, rootId, "Change not allowed: Phone is busy!");
         return false;
     }
     const std::string& managementId = m_catalogue.findManagementId(rootId);
@@ -170,7 +156,7 @@ bool ItemWriter::writeItem(Write& write, const std::string& rootId) {
         return true;
     }
     if (!ItemRecords::adoptSchema(m_catalogue, write.record, rootId)) {
-        refuse(write.record, rootId, RejectReasonsStrings::invalid_data);
+        ItemRecords::refuse(write.record, rootId, RejectReasonsStrings::invalid_data);
         return false;
     }
     if (managementId == kOwnManagementId) {
@@ -215,25 +201,12 @@ bool ItemWriter::writeOwnItem(Write& write, const std::string& rootId) {
 }
 
 bool ItemWriter::writeOwnValue(Write& write, const std::string& rootId) {
-    switch (ownItemKind(rootId)) {
-        case OwnItemKind::eLockDown:
-            if (!m_ownItems.changeLockedDown(rootId, valueOf(write.record, rootId))) {
-                refuse(write.record, rootId, "Unknown");
-                return false;
-            }
-            write.lockChanged = true;
-            return true;
-        case OwnItemKind::eFileRequest:
-            return changeFileRequest(write, rootId, valueOf(write.record, rootId));
-        case OwnItemKind::eMemoryWarning:
-            warnOfMemory(valueOf(write.record, rootId));
-            return true;
-        case OwnItemKind::ePhoneBusy:
-        case OwnItemKind::eStored:
-            break;
+    const OwnItemKind kind = ownItemKind(rootId);
+    if (OwnItemWrites::areOf(kind)) {
+        return write.own.change(kind, rootId);
     }
     if (!store(write, rootId)) {
-        refuse(write.record, rootId, "Unknown");
+        ItemRecords::refuse(write.record, rootId, "Unknown");
         return false;
     }
     if (!m_catalogue.storedNodes(rootId).empty()) {
@@ -249,31 +222,6 @@ bool ItemWriter::store(Write& write, const std::string& rootId) {
     return result;
 }
 
-bool ItemWriter::changeFileRequest(Write& write, const std::string& rootId,
-                                   const std::string& value) {
-    write.fileRequestSeen = true;
-    std::string reason;
-    if (m_ownItems.changeFileRequest(rootId, value, reason)) {
-        return true;
-    }
-    VCMS_LOG(kLogDebug, "*** changeFileManagerCache failed %s", reason.c_str());
-    refuse(write.record, rootId, reason);
-    return false;
-}
-
-void ItemWriter::warnOfMemory(const std::string& value) {
-    if (value == "1" &&
-        m_ownItems.warnRemoteSubscriber(RemoteMgmtCallbackIfc::eRebootLackOfMemory)) {
-        VCMS_LOG(kLogDump,
-                 "InformRemoteProgress:Notify user about the reboot due to the memory lack.");
-    } else if (value == "2" &&
-               m_ownItems.warnRemoteSubscriber(RemoteMgmtCallbackIfc::eMemoryThresholdExceeded)) {
-        VCMS_LOG(kLogDump,
-                 "InformRemoteProgress:Notify user about the memory threshold is exceeded. "
-                 "Warn the user about Less Memory.");
-    }
-}
-
 bool ItemWriter::writeToAgent(Write& write, MgmtAgentIfc& agent, const std::string& rootId) {
     ManageableData item;
     ItemRecords::copyItem(write.record, item, rootId);
@@ -285,7 +233,7 @@ bool ItemWriter::writeToAgent(Write& write, MgmtAgentIfc& agent, const std::stri
         return true;
     }
     if (!ItemRecords::takeRefusals(item, {rootId}, write.record)) {
-        refuse(write.record, rootId, "Unknown");
+        ItemRecords::refuse(write.record, rootId, "Unknown");
     }
     return false;
 }
@@ -296,7 +244,7 @@ bool ItemWriter::writeUnregistered(Write& write, const std::string& managementId
         VCMS_LOG(kLogDebug,
                  "\nSetData: Not caching/notifying data change for unregistered mgmtId %s",
                  managementId.c_str());
-        refuse(write.record, rootId, "Service not registered");
+        ItemRecords::refuse(write.record, rootId, "Service not registered");
         return false;
     }
     VCMS_LOG(kLogDebug, "\nSetData: %s not yet registered, rootId = %s", managementId.c_str(),
@@ -307,33 +255,12 @@ bool ItemWriter::writeUnregistered(Write& write, const std::string& managementId
     return true;
 }
 
-bool ItemWriter::flushFileRequests(ManageableData& record) {
-    FileRequestStatuses statuses;
-    const bool result = m_ownItems.flushFileRequests(statuses);
-    for (const auto& [index, each] : statuses) {
-        if (each.status == fileData::eFailed) {
-            VCMS_LOG(kLogDebug,
-                     "file request status reported, adding status reason to: %s   where failure "
-                     "is: %s",
-                     each.itemName.c_str(), each.failureText.c_str());
-            refuse(record, each.itemName, each.failureText);
-        } else if (each.status == fileData::eInitiated) {
-            VCMS_LOG(kLogDebug,
-                     "file request status reported, adding status reason to: %s   where status "
-                     "is: initiated",
-                     each.itemName.c_str());
-            refuse(record, each.itemName, RejectReasonsStrings::initiated);
-        }
-    }
-    return result;
-}
-
 bool ItemWriter::commitStore(Write& write) {
     if (write.store.commit()) {
         return true;
     }
     for (const std::string& rootId : write.storedIds) {
-        refuse(write.record, rootId, "Unknown");
+        ItemRecords::refuse(write.record, rootId, "Unknown");
     }
     return false;
 }

@@ -49,13 +49,10 @@ private:
     bool writeCollection(Write& write, const std::string& rootId);
     bool writeOwnItem(Write& write, const std::string& rootId);
     bool writeOwnValue(Write& write, const std::string& rootId);
-    bool changeFileRequest(Write& write, const std::string& rootId, const std::string& value);
-    void warnOfMemory(const std::string& value);
     bool store(Write& write, const std::string& rootId);
     static bool writeToAgent(Write& write, MgmtAgentIfc& agent, const std::string& rootId);
     bool writeUnregistered(Write& write, const std::string& managementId,
                            const std::string& rootId);
-    bool flushFileRequests(ManageableData& record);
     bool commitStore(Write& write);
     void tellObservers(const ManageableData& record, bool result, ChangeNotifier::Pending pending);
 
