@@ -72,6 +72,14 @@ void declareNumber(CLI::App& app, const char* name, Number& value, Number least,
         ->capture_default_str();
 }
 
+void declareAnswer(CLI::App& app, const char* name, bool& value, const char* description) {
+    app.add_option_function<std::string>(
+           name, [&value](const std::string& answer) { value = answer == "yes"; }, description)
+        ->type_name("TEXT")
+        ->check(CLI::IsMember({"yes", "no"}))
+        ->default_str(value ? "yes" : "no");
+}
+
 void declarePaths(CLI::App& app, HostOptions& options) {
     app.add_option("--root", options.root, "Directory that holds everything the phone keeps")
         ->type_name("DIR")
@@ -112,6 +120,8 @@ void declareLog(CLI::App& app, HostOptions& options) {
                   kLargestLogFile, "A log file that gets longer is renamed and a new one begun");
     declareNumber(app, "--log-kept-files", options.log.keptFiles, std::size_t{0}, std::size_t{1000},
                   "Renamed log files that are kept");
+    declareAnswer(app, "--log-mask-secrets", options.log.masksSecrets,
+                  "Whether passwords are left out of log lines: yes or no");
 }
 
 void declareLimits(CLI::App& app, HostOptions& options) {

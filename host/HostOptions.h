@@ -26,7 +26,7 @@ struct HostOptions {
     std::vector<NamedPlugin> services;  ///< further ones in this process
 
     std::string logFile;  ///< empty: standard error
-    int logLevel = 3;     ///< warnings; information has every message in it, passwords too
+    int logLevel = 3;     ///< warnings; information has every message in it
     LogOptions log;
 
     MessageLimits messages;

@@ -13,6 +13,8 @@ struct LogOptions {
     std::size_t maximumFileBytes = 16U << 20U;
     /// So many renamed files are kept; the oldest goes.
     std::size_t keptFiles = 3;
+    /// Whether passwords and the like are left out of the lines, see `SecretMask`.
+    bool masksSecrets = true;
 };
 
 }  // namespace vireo

@@ -15,6 +15,7 @@
 #include <system_error>
 
 #include "log/Log.h"
+#include "log/SecretMask.h"
 
 namespace vireo {
 namespace {
@@ -121,15 +122,15 @@ std::string newLoggerName() {
 
 }  // namespace
 
-SpdlogPort::SpdlogPort(std::shared_ptr<spdlog::logger> logger, int flushSeconds)
-    : m_logger(std::move(logger)) {
+SpdlogPort::SpdlogPort(std::shared_ptr<spdlog::logger> logger, const LogOptions& options)
+    : m_logger(std::move(logger)), m_masksSecrets(options.masksSecrets) {
     // Which levels are written was decided before a line comes here.
     m_logger->set_level(spdlog::level::trace);
     m_logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %v");
     m_logger->flush_on(spdlog::level::err);
     m_logger->set_error_handler(reportLostLines);
     spdlog::register_logger(m_logger);
-    spdlog::flush_every(std::chrono::seconds(flushSeconds));
+    spdlog::flush_every(std::chrono::seconds(options.flushSeconds));
 }
 
 SpdlogPort::~SpdlogPort() {
@@ -141,14 +142,14 @@ std::unique_ptr<SpdlogPort> SpdlogPort::toStandardError(const LogOptions& option
     return std::unique_ptr<SpdlogPort>(
         new SpdlogPort(std::make_shared<spdlog::logger>(
                            newLoggerName(), std::make_shared<spdlog::sinks::stderr_sink_mt>()),
-                       options.flushSeconds));
+                       options));
 }
 
 std::unique_ptr<SpdlogPort> SpdlogPort::toFile(const std::string& file, std::string& error,
                                                const LogOptions& options) {
     try {
         auto logger = std::make_shared<spdlog::logger>(newLoggerName(), openFile(file, options));
-        return std::unique_ptr<SpdlogPort>(new SpdlogPort(std::move(logger), options.flushSeconds));
+        return std::unique_ptr<SpdlogPort>(new SpdlogPort(std::move(logger), options));
     } catch (const std::exception& exception) {
         error = "cannot write the log file \"" + file + "\": " + exception.what();
         return nullptr;
@@ -161,7 +162,8 @@ void SpdlogPort::write(std::string_view component, std::string_view file, int le
         const LevelName name = nameOf(level);
         fmt::memory_buffer out;
         fmt::format_to(fmt::appender(out), "{} [{}] {}:{} ", name.word, component, file, line);
-        appendVisibly(out, text);
+        std::string masked;
+        appendVisibly(out, m_masksSecrets && SecretMask::apply(text, masked) ? masked : text);
         g_isLineLost = false;
         m_logger->log(name.level, spdlog::string_view_t(out.data(), out.size()));
         if (g_isLineLost && level <= kLogError) {

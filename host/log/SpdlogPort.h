@@ -21,6 +21,7 @@ namespace vireo {
 /// line. Error lines are on disk or screen before `write` returns, others at most the
 /// flush interval later. Lines that cannot be written, such as on a full disk, are lost; standard
 /// error hears of it once a minute and gets the error lines, and the process goes on.
+/// Secrets are left out of the lines unless the options say otherwise.
 class VIREO_API SpdlogPort : public LogPort {
 public:
     static std::unique_ptr<SpdlogPort> toStandardError(const LogOptions& options = {});
@@ -34,9 +35,10 @@ public:
                std::string_view text) noexcept override;
 
 private:
-    SpdlogPort(std::shared_ptr<spdlog::logger> logger, int flushSeconds);
+    SpdlogPort(std::shared_ptr<spdlog::logger> logger, const LogOptions& options);
 
     std::shared_ptr<spdlog::logger> m_logger;
+    const bool m_masksSecrets;
 };
 
 }  // namespace vireo

@@ -41,6 +41,7 @@ std::string textOf(const HostOptions& options) {
          << options.log.flushSeconds << '\n'
          << options.log.maximumFileBytes << '\n'
          << options.log.keptFiles << '\n'
+         << options.log.masksSecrets << '\n'
          << options.messages.maximumPeers << '\n'
          << options.messages.maximumRequest << '\n'
          << options.messages.maximumUnsent << '\n'
