@@ -19,6 +19,17 @@ install(FILES client/LocalMgmtClient.h client/CallStatus.h
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vireo/client)
 install(DIRECTORY config DESTINATION ${CMAKE_INSTALL_DATADIR}/vireo FILES_MATCHING PATTERN "*.xml" PATTERN "vireod.conf")
 
+# For a supervisor: the unit, and the user that it runs as.
+if(VIREO_SYSTEMD)
+    set(VIREO_SERVICE_TYPE notify)
+else()
+    set(VIREO_SERVICE_TYPE exec)
+endif()
+configure_file(cmake/systemd/vireod.service.in vireod.service @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vireod.service DESTINATION lib/systemd/system)
+install(FILES cmake/systemd/vireo.sysusers.conf DESTINATION lib/sysusers.d RENAME vireo.conf)
+install(FILES docs/maintenance.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
 configure_package_config_file(cmake/VireoClientMgmtConfig.cmake.in VireoClientMgmtConfig.cmake
                               INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(VireoClientMgmtConfigVersion.cmake

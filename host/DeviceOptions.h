@@ -14,6 +14,9 @@ struct DeviceOptions {
     std::string flashDirectory = "flash";
     std::string keyDirectory = "software-keys";  ///< of those who may sign software images
     bool allowsDowngrade = false;                ///< to older software than what runs
+    std::string passwordDirectory = "passwords";
+    /// Whether shell commands and reboots are those of this machine, if the root is "/".
+    bool allowsDeviceCommands = false;
     TransferOptions transfer;
 };
 

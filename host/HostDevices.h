@@ -6,6 +6,8 @@
 #include "files/FileStorage.h"
 #include "image/FlashDirectory.h"
 #include "image/SoftwareBanks.h"
+#include "maintenance/DeviceReboot.h"
+#include "maintenance/DeviceShell.h"
 #include "services/CertificateDirectory.h"
 #include "services/MobilityLog.h"
 #include "services/SoftwareAgent.h"
@@ -16,6 +18,9 @@
 #endif
 #ifdef VIREO_MEDIA
 #include "services/SndfileMediaControl.h"
+#endif
+#ifdef VIREO_PASSWORDS
+#include "passwords/PasswordService.h"
 #endif
 #ifdef VIREO_TRANSFER
 #include "transfer/CurlTransfer.h"
@@ -31,7 +36,8 @@ struct PlatformPorts;
 class HostDevices {
 public:
     /// Decides which software this start is from, and counts it if that is on trial.
-    HostDevices(const std::filesystem::path& root, const DeviceOptions& options);
+    HostDevices(const std::filesystem::path& root, const DeviceOptions& options,
+                DeviceReboot::Hooks reboot);
 
     /// Adds the ports that are made here to others.
     void addTo(PlatformPorts& ports);
@@ -42,6 +48,8 @@ public:
     SoftwareBanks& banks() { return m_banks; }
     /// The owner of the items about the phone's software.
     SoftwareAgent& software() { return m_software; }
+    /// Whether this process ends because the phone is rebooted.
+    bool isRebooting() const { return m_reboot.isUnderWay(); }
     /// Ends what runs in the background; who waits for it is told that it failed. Nothing is begun
     /// after this.
     void stop();
@@ -58,6 +66,12 @@ private:
 #endif
     CertificateDirectory m_certificates;
     MobilityLog m_mobility;
+    const bool m_isMachine;  ///< what the phone stands for is this machine
+    DeviceShell m_shell;
+    DeviceReboot m_reboot;
+#ifdef VIREO_PASSWORDS
+    PasswordService m_passwords;
+#endif
 #ifdef VIREO_MEDIA
     SndfileMediaControl m_media;
 #endif

@@ -110,8 +110,8 @@ constexpr auto kLargestLogFile = static_cast<std::size_t>(
     std::min(std::uintmax_t{1} << 40U, std::uintmax_t{std::numeric_limits<std::size_t>::max()}));
 
 void declareLog(CLI::App& app, HostOptions& options) {
-    declareNumber(app, "--log-level", options.logLevel, int{kLogError}, int{kLogDump},
-                  "2 errors, 3 warnings, 4 information, 5 debugging, 6 with whole records");
+    declareNumber(app, "--log-level", options.logLevel, int{kLogError}, int{kLogReboot},
+                  "2 errors, 3 warnings, 4 information, 5 debugging, 6 with whole records, 7 all");
     app.add_option("--log-file", options.logFile, "Log file instead of standard error")
         ->type_name("FILE");
     declareNumber(app, "--log-flush-seconds", options.log.flushSeconds, 1, 3600,
@@ -182,13 +182,12 @@ void declareDevices(CLI::App& app, HostOptions& options) {
                      "Software that was burnt, below the root");
     declareDirectory("--software-key-directory", devices.keyDirectory,
                      "Public keys of those who may sign software images, below the root");
-    app.add_option_function<std::string>(
-           "--allow-downgrade",
-           [&devices](const std::string& answer) { devices.allowsDowngrade = answer == "yes"; },
-           "Whether software may be replaced by an older version: yes or no")
-        ->type_name("TEXT")
-        ->check(CLI::IsMember({"yes", "no"}))
-        ->default_str(devices.allowsDowngrade ? "yes" : "no");
+    declareDirectory("--password-directory", devices.passwordDirectory,
+                     "Hashes of the phone's passwords, below the root");
+    declareAnswer(app, "--allow-downgrade", devices.allowsDowngrade,
+                  "Whether software may be replaced by an older version: yes or no");
+    declareAnswer(app, "--allow-device-commands", devices.allowsDeviceCommands,
+                  "Whether a phone with the root \"/\" runs shell commands and reboots: yes or no");
 }
 
 void declareTransfer(CLI::App& app, TransferOptions& transfer) {
@@ -234,6 +233,17 @@ void declare(CLI::App& app, HostOptions& options, std::string& settings) {
     declareTransfer(app, options.devices.transfer);
     app.add_flag("--check-config", options.isCheck,
                  "Say what does not fit together in the configuration files, and end")
+        ->configurable(false);
+    CLI::Option* const setPassword =
+        app.add_option(
+               "--set-password", options.passwordToSet,
+               "Ask for the password NAME of the phone, set it, and end; NAME is factory-reset")
+            ->type_name("NAME")
+            ->check(CLI::IsMember({"factory-reset"}))
+            ->configurable(false);
+    app.add_flag("--password-stdin", options.readsPassword,
+                 "With --set-password: read the password from standard input")
+        ->needs(setPassword)
         ->configurable(false);
     app.set_version_flag("--version", std::string("vireod ") + VIREO_VERSION);
     app.failure_message([](const CLI::App*, const CLI::Error& error) {

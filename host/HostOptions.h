@@ -38,7 +38,9 @@ struct HostOptions {
 
     DeviceOptions devices;
 
-    bool isCheck = false;  ///< check the configuration instead of serving it
+    bool isCheck = false;        ///< check the configuration instead of serving it
+    std::string passwordToSet;   ///< its name: set it instead of serving; empty: none
+    bool readsPassword = false;  ///< from standard input
 
     /// Reads the command line and the settings file that it names, or else the one in the
     /// configuration directory if there is one. What the command line says wins.

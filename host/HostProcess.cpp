@@ -91,7 +91,11 @@ HostProcess::Ports::~Ports() {
 }
 
 void HostProcess::openDevices(const DeviceRoot& root, const HostOptions& options) {
-    m_devices = std::make_unique<HostDevices>(root.path(), options.devices);
+    m_devices = std::make_unique<HostDevices>(
+        root.path(), options.devices,
+        DeviceReboot::Hooks{
+            [this](std::function<void()> task) { m_loop.postTask(std::move(task)); },
+            [] { ::kill(::getpid(), SIGTERM); }});
     m_ports.add(*m_devices);
     m_devices->offer(m_services);
 }
@@ -212,7 +216,8 @@ bool HostProcess::start(const HostOptions& options, std::string& error) {
 
 bool HostProcess::requestShutdown() {
     auto* const consent = dynamic_cast<ShutdownConsentIfc*>(m_service.get());
-    const bool isAllowed = failed() || consent == nullptr || consent->requestShutdown();
+    const bool isAllowed =
+        failed() || isRebooting() || consent == nullptr || consent->requestShutdown();
     if (!isAllowed) {
         logLine(kLogWarning, __LINE__,
                 "a client that waits for a download does not want the phone to stop; a second "

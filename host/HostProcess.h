@@ -45,6 +45,8 @@ public:
     void stop();
     /// Whether the message thread ended by itself.
     bool failed() const { return m_failed.load(); }
+    /// Whether the phone is being rebooted: the process has been sent SIGTERM for that.
+    bool isRebooting() const { return m_devices != nullptr && m_devices->isRebooting(); }
 
 private:
     /// The ports stay installed as long as anything can log.

@@ -10,12 +10,14 @@
 
 #include "HostOptions.h"
 #include "HostProcess.h"
+#include "SetPassword.h"
 #include "check/CheckConfiguration.h"
 
 namespace {
 
 constexpr int kStopped = 0;
 constexpr int kCannotStart = 1;
+constexpr int kReboot = 10;  // for the supervisor, who starts it again
 
 /// The signals that end the service. Blocked before any thread starts, so that all threads inherit
 /// it and the main thread alone takes them.
@@ -54,7 +56,7 @@ int serve(const vireo::HostOptions& options, const sigset_t& stopSignals) {
     }
     notifySupervisor("STOPPING=1");
     process.stop();
-    return process.failed() ? kCannotStart : kStopped;
+    return process.failed() ? kCannotStart : process.isRebooting() ? kReboot : kStopped;
 }
 
 }  // namespace
@@ -69,6 +71,9 @@ int main(int argc, char** argv) {
         vireo::HostOptions::parse(argc, argv, exitCode);
     if (options && options->isCheck) {
         return vireo::checkConfiguration(*options);
+    }
+    if (options && !options->passwordToSet.empty()) {
+        return vireo::setPassword(*options);
     }
     return options ? serve(*options, stopSignals) : exitCode;
 }

@@ -29,6 +29,8 @@ public:
 class StoragePort;
 class TransferPort;
 class ImagePort;
+class ShellPort;
+class RebootPort;
 
 /// The real parts behind the platform's named entry points. Null members are allowed: without a
 /// log port lines are dropped, without a configuration port every import fails, and what needs one
@@ -39,6 +41,8 @@ struct PlatformPorts {
     StoragePort* storage = nullptr;
     TransferPort* transfer = nullptr;
     ImagePort* image = nullptr;
+    ShellPort* shell = nullptr;
+    RebootPort* reboot = nullptr;
 };
 
 /// Installs the ports (not owned) in place of those that were there. Before the plug-in is loaded

@@ -56,6 +56,12 @@ bool GPALAdmin::imageBurn(const std::string& path, AdminProgressCallback& progre
     return logged(image != nullptr && image->burn(path, progress, error), __LINE__, error);
 }
 
+bool GPALAdmin::rebootDevice() {
+    RebootPort* const port = installedPorts().reboot;
+    std::string error = "there is nothing to reboot";
+    return logged(port != nullptr && port->reboot(error), __LINE__, error);
+}
+
 std::string HardwareVersion::getHWVariant() {
     ImagePort* const image = installedPorts().image;
     return image != nullptr ? image->hardwareVariant() : std::string();

@@ -74,4 +74,12 @@ void logExc(const char* component, const char* file, int line, const char* where
     }
 }
 
+void logExc(const char* text, const char* detail, const char* component, int line,
+            int severity) noexcept {
+    if (loggingOnUni(severity)) {
+        logAppUni(component, "event", severity, line, "%s%s%s", text, *detail != '\0' ? ": " : "",
+                  detail);
+    }
+}
+
 }  // namespace vireo

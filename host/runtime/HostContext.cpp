@@ -1,5 +1,6 @@
 #include "runtime/HostContext.h"
 
+#include "log/Log.h"
 #include "messages/MessageLoop.h"
 #include "runtime/ServiceRegistry.h"
 
@@ -11,6 +12,14 @@ Executable* HostContext::findService(const std::string& interfaceName) {
 
 void HostContext::postToMessageThread(std::function<void()> task) {
     m_loop.postTask(std::move(task));
+}
+
+bool HostContext::notifyGoingDown() {
+    if (loggingOnUni(kLogWarning)) {
+        logAppUni("HostContext", "./host/runtime/HostContext", kLogWarning, __LINE__,
+                  "the device is going down");
+    }
+    return true;
 }
 
 }  // namespace vireo

@@ -17,6 +17,8 @@ public:
     Executable* findService(const std::string& interfaceName) override;
     void postToMessageThread(std::function<void()> task) override;
     TimerFacility* timers() override { return &m_timers; }
+    /// Only notes it in the log: what this process has to do, it does when it ends.
+    bool notifyGoingDown() override;
 
 private:
     const ServiceRegistry& m_services;

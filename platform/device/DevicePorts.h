@@ -54,4 +54,20 @@ public:
     virtual bool isActive() = 0;
 };
 
+/// The real part behind `PlatformShell`. Throws nothing.
+class VIREO_API ShellPort {
+public:
+    virtual ~ShellPort() = default;
+    /// -1 with a one-line `error` that names what is wrong.
+    virtual int run(const std::string& command, std::string& error) = 0;
+};
+
+/// The real part behind the reboot of `GPALAdmin`. Throws nothing.
+class VIREO_API RebootPort {
+public:
+    virtual ~RebootPort() = default;
+    /// False with a one-line `error` that names what is wrong.
+    virtual bool reboot(std::string& error) = 0;
+};
+
 }  // namespace vireo

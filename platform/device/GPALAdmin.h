@@ -9,9 +9,9 @@ namespace vireo {
 
 class AdminProgressCallback;
 
-/// The platform's administration: file transfer and software images. Forwards to the installed
-/// `TransferPort` and `ImagePort`. Safe from every thread. Nothing is thrown; what fails is logged
-/// and answered with false, and so is everything without a port.
+/// The platform's administration: file transfer, software images, reboot. Forwards to the installed
+/// `TransferPort`, `ImagePort` and `RebootPort`. Safe from every thread. Nothing is thrown; what
+/// fails is logged and answered with false, and so is everything without a port.
 class VIREO_API GPALAdmin {
 public:
     /// What HTTPS transfers that are started later verify and present. Until it was called once,
@@ -32,6 +32,10 @@ public:
     static bool verifyImageType(const std::string& path, const std::string& hardwareVariant);
     /// Starts to burn an image in the background; as `getFile` for the rest.
     static bool imageBurn(const std::string& path, AdminProgressCallback& progress);
+
+    /// Reboots the phone soon: when the message that is being handled is answered. False when it
+    /// cannot; whether it then comes about is not known before.
+    static bool rebootDevice();
 };
 
 }  // namespace vireo

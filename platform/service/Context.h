@@ -27,6 +27,8 @@ public:
     virtual void postToMessageThread(std::function<void()> task) = 0;
     /// The timers of the framework; null where there are none. Lives as long as the context.
     virtual TimerFacility* timers() = 0;
+    /// The device is about to be rebooted; the framework prepares what it wants to. Whether it did.
+    virtual bool notifyGoingDown() { return false; }
 };
 
 }  // namespace vireo

@@ -7,7 +7,7 @@
 
 #include "CallFailure.h"
 #include "FileTypes.h"
-#include "StopSignal.h"
+#include "terminal/StopSignal.h"
 
 namespace vireo {
 namespace {

@@ -3,7 +3,7 @@
 #include <unistd.h>
 
 #include "FileTypes.h"
-#include "PasswordInput.h"
+#include "terminal/PasswordInput.h"
 
 namespace vireo {
 

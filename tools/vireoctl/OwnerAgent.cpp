@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "CallFailure.h"
-#include "StopSignal.h"
 #include "data/ManageableData.h"
+#include "terminal/StopSignal.h"
 
 namespace vireo {
 

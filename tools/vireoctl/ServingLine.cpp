@@ -6,8 +6,8 @@
 #include <fstream>
 
 #include "OwnerAgent.h"
-#include "StopSignal.h"
 #include "Watch.h"
+#include "terminal/StopSignal.h"
 
 namespace vireo {
 namespace {

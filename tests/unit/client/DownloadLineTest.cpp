@@ -10,8 +10,8 @@
 
 #include "DownloadLine.h"
 #include "FileTypes.h"
-#include "PasswordInput.h"
-#include "StopSignal.h"
+#include "terminal/PasswordInput.h"
+#include "terminal/StopSignal.h"
 
 namespace vireo {
 namespace {

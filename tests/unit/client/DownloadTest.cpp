@@ -8,9 +8,9 @@
 
 #include "Download.h"
 #include "JsonPrinter.h"
-#include "StopSignal.h"
 #include "TextPrinter.h"
 #include "service/Serializer.h"
+#include "terminal/StopSignal.h"
 #include "unit/client/ScriptedPeer.h"
 
 namespace vireo {

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "OwnerAgent.h"
-#include "StopSignal.h"
 #include "TextPrinter.h"
+#include "terminal/StopSignal.h"
 #include "unit/client/ScriptedPeer.h"
 
 namespace vireo {

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "JsonPrinter.h"
-#include "StopSignal.h"
 #include "TextPrinter.h"
 #include "Watch.h"
+#include "terminal/StopSignal.h"
 #include "unit/client/ScriptedPeer.h"
 
 namespace vireo {

@@ -58,6 +58,8 @@ std::string textOf(const HostOptions& options) {
          << options.devices.flashDirectory << '\n'
          << options.devices.keyDirectory << '\n'
          << options.devices.allowsDowngrade << '\n'
+         << options.devices.passwordDirectory << '\n'
+         << options.devices.allowsDeviceCommands << '\n'
          << options.devices.transfer.connectTimeout.count() << '\n'
          << options.devices.transfer.stallTimeout.count() << '\n'
          << options.devices.transfer.usesActiveFtp << '\n';
@@ -109,7 +111,9 @@ TEST_F(HostOptionsTest, TheShippedFileShowsEveryKeyWithItsDefault) {
     for (const char* onlyThere : {"help", "version", "config", "settings"}) {
         EXPECT_EQ(options.erase(onlyThere), 1U) << onlyThere;
     }
-    options.erase("check-config");
+    for (const char* once : {"check-config", "set-password", "password-stdin"}) {
+        EXPECT_EQ(options.erase(once), 1U) << once;
+    }
     EXPECT_EQ(keys, options);
 }
 
@@ -132,6 +136,20 @@ TEST_F(HostOptionsTest, TransfersAreAsPatientAndAsActiveAsTheSettingsSay) {
     EXPECT_EQ(transfer.connectTimeout.count(), 70);
     EXPECT_EQ(transfer.stallTimeout.count(), 250);
     EXPECT_TRUE(transfer.usesActiveFtp);
+}
+
+TEST_F(HostOptionsTest, APasswordHasANameAndIsItselfOnNoCommandLine) {
+    const Parsed parsed({"--set-password", "factory-reset", "--password-stdin"});
+    ASSERT_TRUE(parsed.options) << parsed.err;
+    EXPECT_EQ(parsed.options->passwordToSet, "factory-reset");
+    EXPECT_TRUE(parsed.options->readsPassword);
+    const std::vector<std::vector<std::string>> wrong{{"--set-password"},
+                                                      {"--set-password", "other"},
+                                                      {"--set-password", "factory-reset", "secret"},
+                                                      {"--password-stdin"}};
+    for (const std::vector<std::string>& arguments : wrong) {
+        EXPECT_EQ(Parsed(arguments).exitCode, 2) << arguments.back();
+    }
 }
 
 TEST_F(HostOptionsTest, FurtherServicesAddUpAndThoseOfTheCommandLineSetAsideTheFile) {
@@ -180,6 +198,9 @@ TEST_F(HostOptionsTest, AWrongSettingIsOneLineWithFileAndKeyAndExitCode2) {
         {"ftp-mode = both", "ftp-mode: both not in {passive,active}"},
         {"allow-downgrade = maybe", "allow-downgrade: maybe not in {yes,no}"},
         {"software-key-directory = ../x", "software-key-directory: \"../x\" is no relative path"},
+        {"allow-device-commands = 1", "allow-device-commands: 1 not in {yes,no}"},
+        {"log-mask-secrets = no way", "log-mask-secrets: no way not in {yes,no}"},
+        {"set-password = factory-reset", "set-password: can only be given on the command line"},
         {"log-level = 3\nlog-level = 3", "line 2: log-level: the key is there twice"},
     };
     for (const auto& test : cases) {

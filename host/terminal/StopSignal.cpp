@@ -1,4 +1,4 @@
-#include "StopSignal.h"
+#include "terminal/StopSignal.h"
 
 #include <poll.h>
 #include <sys/signalfd.h>

@@ -1,4 +1,4 @@
-#include "PasswordInput.h"
+#include "terminal/PasswordInput.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "StopSignal.h"
+#include "terminal/StopSignal.h"
 
 namespace vireo {
 namespace {
