@@ -183,6 +183,18 @@ public:
 
     /// Forgets the last known values of other owners' items.
     virtual void invalidateVCMSCache() = 0;
+
+    // Maintenance. What fails on the way is logged and does not stop the rest.
+    /// Deletes what was downloaded, the users' files and the network settings, if `password` is the
+    /// right one. 1 when a reboot was started, as it is when a changed setting needs one. Else 0:
+    /// the phone is reset, or the password was refused and nothing has changed.
+    virtual int performFactoryReset(const std::string& password) = 0;
+    /// Records the reason and reboots the phone, soon after this has returned. Always 1.
+    virtual int performReboot(std::string reason) = 0;
+    /// Has every registered agent reset the user's data, in the order of the management ids, resets
+    /// the service's own, and the files of the current user. The answer of the last agent, 0
+    /// without any. The registry is held meanwhile: another thread that registers waits.
+    virtual int clearAllUserData() = 0;
 };
 
 }  // namespace vireo

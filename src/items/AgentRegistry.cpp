@@ -1,6 +1,7 @@
 #include "items/AgentRegistry.h"
 
 #include <algorithm>
+#include <map>
 
 #include "LogMacros.h"
 
@@ -18,6 +19,21 @@ MgmtAgentDetails AgentRegistry::findManageableProxy(const std::string& managemen
     const RegistryHold hold(m_semaphore);
     const auto found = m_agents.find(managementId);
     return found == m_agents.end() ? MgmtAgentDetails{} : found->second;
+}
+
+std::vector<MgmtAgentDetails> AgentRegistry::agents() {
+    std::map<std::string, MgmtAgentDetails> sorted;
+    {
+        const RegistryHold hold(m_semaphore);
+        sorted.insert(m_agents.begin(), m_agents.end());
+    }
+    std::vector<MgmtAgentDetails> agents;
+    for (const auto& [managementId, details] : sorted) {
+        if (details.agent != nullptr) {
+            agents.push_back(details);
+        }
+    }
+    return agents;
 }
 
 void AgentRegistry::addObserver(const std::string& key, MgmtAgentDetails observer) {

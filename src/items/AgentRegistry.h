@@ -23,6 +23,9 @@ public:
     /// The registered agent, or {null, false}.
     MgmtAgentDetails findManageableProxy(const std::string& managementId);
 
+    /// All registered agents that are there, in the order of their management ids.
+    std::vector<MgmtAgentDetails> agents();
+
     /// Appends an observer; the same one may be there several times.
     void addObserver(const std::string& key, MgmtAgentDetails observer);
     /// Removes the first registration of `agent`, if there is one.

@@ -18,6 +18,8 @@ inline constexpr const char* kGetFileTypeNameLimit = "getFileTypeNameLimit";
 inline constexpr const char* kSetPhoneBusyStatus = "setPhoneBusyStatus";
 inline constexpr const char* kRetrievePhoneBusyStatus = "retrievePhoneBusyStatus";
 inline constexpr const char* kClearPhoneBusyStatus = "clearPhoneBusyStatus";
+inline constexpr const char* kPerformFactoryReset = "performFactoryReset";
+inline constexpr const char* kPerformReboot = "performReboot";
 inline constexpr const char* kRegisterManagementIdentity = "registerManagementIdentity";
 inline constexpr const char* kRegisterManagementIdentityBulkData =
     "registerManagementIdentityBulkData";
@@ -39,6 +41,7 @@ inline constexpr const char* kClearMobileUserData = "clearMobileUserData";
 inline constexpr const char* kInvalidateVCMSCache = "invalidateVCMSCache";
 inline constexpr const char* kRefreshPictureClips = "refreshPictureClips";
 inline constexpr const char* kGetUserDataSpaceInfo = "getUserDataSpaceInfo";
+inline constexpr const char* kClearAllUserData = "clearAllUserData";
 inline constexpr const char* kValidateFile = "validateFile";
 inline constexpr const char* kDeleteFile = "deleteFile";
 inline constexpr const char* kCleanupUserData = "cleanupUserData";

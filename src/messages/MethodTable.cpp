@@ -7,6 +7,7 @@
 #include "messages/FilePathMethods.h"
 #include "messages/FileTypeMethods.h"
 #include "messages/ItemMethods.h"
+#include "messages/MaintenanceMethods.h"
 #include "messages/MethodNames.h"
 #include "messages/SchemaMethods.h"
 #include "messages/UserAreaMethods.h"
@@ -30,6 +31,8 @@ constexpr MethodRow kMethods[] = {
     {methodNames::kSetPhoneBusyStatus, handleSetPhoneBusyStatus},
     {methodNames::kRetrievePhoneBusyStatus, handleRetrievePhoneBusyStatus},
     {methodNames::kClearPhoneBusyStatus, handleClearPhoneBusyStatus},
+    {methodNames::kPerformFactoryReset, handlePerformFactoryReset},
+    {methodNames::kPerformReboot, handlePerformReboot},
     {methodNames::kRegisterManagementIdentity, handleRegisterManagementIdentity},
     {methodNames::kRegisterManagementIdentityBulkData, handleRegisterManagementIdentityBulkData},
     {methodNames::kObserveData, handleObserveData},
@@ -50,6 +53,7 @@ constexpr MethodRow kMethods[] = {
     {methodNames::kInvalidateVCMSCache, handleInvalidateVCMSCache},
     {methodNames::kRefreshPictureClips, handleRefreshPictureClips},
     {methodNames::kGetUserDataSpaceInfo, handleGetUserDataSpaceInfo},
+    {methodNames::kClearAllUserData, handleClearAllUserData},
     {methodNames::kValidateFile, handleValidateFile},
     {methodNames::kDeleteFile, handleDeleteFile},
     {methodNames::kCleanupUserData, handleCleanupUserData},

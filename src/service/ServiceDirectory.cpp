@@ -8,6 +8,7 @@
 #include "services/InstrumentationServicePrivateIfc.h"
 #include "services/MediaControlServiceIfc.h"
 #include "services/MobilityServiceIfc.h"
+#include "services/PasswordMgmtSvcIfc.h"
 #include "services/PhysicalInterfaceServiceIfc.h"
 
 namespace vireo {
@@ -43,6 +44,16 @@ PhysicalInterfaceServiceIfc* ServiceDirectory::physicalIfc() {
 
 MobilityServiceIfc* ServiceDirectory::mobilityIfc() {
     return find(m_mobility, "MobilityServiceIfc");
+}
+
+PasswordMgmtSvcIfc* ServiceDirectory::passwordMgmtSvcIfc() {
+    return find(m_passwords, "PasswordMgmtSvcIfc");
+}
+
+void ServiceDirectory::notifyGoingDown() {
+    if (SvcRTEContext* const context = m_context.load()) {
+        context->notifyGoingDown();
+    }
 }
 
 DataAccessServiceIfc* ServiceDirectory::dataAccessIfc() {

@@ -9,6 +9,7 @@ class DataAccessServiceIfc;
 class InstrumentationServicePrivateIfc;
 class MediaControlServiceIfc;
 class MobilityServiceIfc;
+class PasswordMgmtSvcIfc;
 class PhysicalInterfaceServiceIfc;
 class SvcRTEContext;
 
@@ -25,7 +26,11 @@ public:
     MediaControlServiceIfc* mediaControlServiceIfc();
     PhysicalInterfaceServiceIfc* physicalIfc();
     MobilityServiceIfc* mobilityIfc();
+    PasswordMgmtSvcIfc* passwordMgmtSvcIfc();
     DataAccessServiceIfc* dataAccessIfc();
+
+    /// Tells the framework, if there is one, that the device is about to be rebooted.
+    void notifyGoingDown();
 
 private:
     template <class Interface>
@@ -37,6 +42,7 @@ private:
     std::atomic<MediaControlServiceIfc*> m_mediaControl{nullptr};
     std::atomic<PhysicalInterfaceServiceIfc*> m_physical{nullptr};
     std::atomic<MobilityServiceIfc*> m_mobility{nullptr};
+    std::atomic<PasswordMgmtSvcIfc*> m_passwords{nullptr};
     std::atomic<DataAccessServiceIfc*> m_dataAccess{nullptr};
 };
 

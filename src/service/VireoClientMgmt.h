@@ -9,6 +9,7 @@
 #include "ShutdownConsentIfc.h"
 #include "data/DataCollection.h"
 #include "device/AdminProgressCallback.h"
+#include "device/DeviceReset.h"
 #include "device/RemoteSubscriber.h"
 #include "files/Downloads.h"
 #include "files/FileDeploymentTimer.h"
@@ -106,6 +107,14 @@ public:
     void clearPhoneBusyStatus(unsigned bits) override;
     unsigned retrievePhoneBusyStatus() override;
     void invalidateVCMSCache() override;
+    int performFactoryReset(const std::string& password) override;
+    int performReboot(std::string reason) override;
+    int clearAllUserData() override;
+
+    /// Deliberate: 0 when the password is accepted.
+    int verifyFactoryResetPassword(const std::string& password);
+    /// Resets the user's own items of this service; false when that fails.
+    bool resetUserData();
 
     /// Tells the observers of every item of the record; the number of call-backs made.
     unsigned notifyObservers(const ManageableData& record);
@@ -135,6 +144,7 @@ private:
     void confirmBusyStatus(unsigned told);
     UserFileAreas::Surroundings areaSurroundings();
     DownloadStarter::Surroundings downloadSurroundings();
+    DeviceReset::Surroundings resetSurroundings();
 
     ServiceDirectory m_directory;
     PhoneBusyState m_busyState;
@@ -153,6 +163,7 @@ private:
     UserFileAreas m_areas;
     Downloads m_downloads;
     FileDeploymentTimer m_deploymentTimer{*this};
+    DeviceReset m_deviceReset{resetSurroundings()};
     std::atomic<int> m_softwareType{0};
     std::unique_ptr<SNMPTrapRouter> m_trapRouter;
     std::unique_ptr<QDCReportMgr> m_qdcReports;

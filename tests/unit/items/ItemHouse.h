@@ -130,6 +130,9 @@ struct ItemFace : LocalMgmtIfc {
     void clearPhoneBusyStatus(unsigned) override {}
     unsigned retrievePhoneBusyStatus() override { return 0; }
     void invalidateVCMSCache() override {}
+    int performFactoryReset(const std::string&) override { return 0; }
+    int performReboot(std::string) override { return 0; }
+    int clearAllUserData() override { return 0; }
 
     Access onGet;
     Access onSet;
