@@ -239,6 +239,18 @@ public:
     /// How much room there is for files; both numbers are 0 when the service cannot find it out.
     CallStatus getUserDataSpaceInfo(MemoryInfo& info);
 
+    // -- maintenance ---------------------------------------------------------------------------
+
+    /// Deletes what was downloaded, the users' files and the network settings, if `password` is the
+    /// right one. `rebootStarted` is false both when the password was refused, which changes
+    /// nothing, and when the phone was reset and needs no reboot.
+    CallStatus performFactoryReset(const std::string& password, bool& rebootStarted);
+    /// Reboots the phone; the reason is recorded. The answer comes before the connection ends.
+    CallStatus performReboot(const std::string& reason, bool& started);
+    /// Has every owner reset the user's data, and resets the files of the current user.
+    /// `lastOwnerDid` is what the owner that was asked last has answered; false when there is none.
+    CallStatus clearAllUserData(bool& lastOwnerDid);
+
 private:
     LocalMgmtClient(std::unique_ptr<ClientSession> session, Protocol protocol);
 

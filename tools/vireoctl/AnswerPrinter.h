@@ -61,6 +61,8 @@ public:
     virtual void validation(const std::string& type, const std::string& name, bool accepted) = 0;
     /// The items about the phone's software.
     virtual void software(const RecordAnswer& answer) = 0;
+    /// The answer of `methodName` that is yes or no; `text` says it to a person.
+    virtual void outcome(const std::string& methodName, bool result, const std::string& text) = 0;
     virtual void emptyReply() = 0;
 
     // As it happens: what follows is written out at once.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -43,6 +44,15 @@ public:
     ExitCode validate(const std::string& fileType, const std::string& fileName);
     ExitCode call(const std::string& methodName, const std::vector<Parameter>& parameters);
 
+    /// Where a password comes from; none, with `error`, when there is none.
+    using PasswordSource = std::function<std::optional<std::string>(std::string& error)>;
+    /// A person on the terminal, or the first line of standard input.
+    static std::optional<std::string> askForPassword(bool readsInput, std::string& error);
+    /// eRefused when no reboot was started, which need not be a failure.
+    ExitCode factoryReset(const PasswordSource& password);
+    ExitCode reboot(const std::string& reason);
+    ExitCode resetUserData();
+
 private:
     bool reportFailure(CallStatus status, ExitCode& code);
     ExitCode read(const std::vector<std::string>& tags, RecordAnswer& answer);
@@ -55,6 +65,7 @@ private:
                      const std::vector<std::string>& missing, RecordAnswer& answer);
     bool bringsMembers(const std::string& tag);
     ExitCode printDone(CallStatus status, const char* methodName);
+    ExitCode printOutcome(CallStatus status, const char* methodName, bool result, const char* text);
     void sortOutWritten(const std::vector<Assignment>& assignments, RecordAnswer& answer);
 
     LocalMgmtClient& m_client;

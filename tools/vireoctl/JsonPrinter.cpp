@@ -94,6 +94,13 @@ void JsonPrinter::software(const RecordAnswer& answer) {
     record(answer);
 }
 
+void JsonPrinter::outcome(const std::string& methodName, bool result, const std::string& text) {
+    if (!result) {
+        m_errors << text << '\n';
+    }
+    printMethod(m_out, methodName, Json{{"result", result}});
+}
+
 void JsonPrinter::emptyReply() {
     printLine(m_out, Json{{"method", nullptr}});
 }

@@ -21,6 +21,7 @@ public:
     void downloadStatus(const std::string& type, int percent) override;
     void validation(const std::string& type, const std::string& name, bool accepted) override;
     void software(const RecordAnswer& answer) override;
+    void outcome(const std::string& methodName, bool result, const std::string& text) override;
     void emptyReply() override;
     void changed(const ItemValues& items) override;
     void serving(const std::string& managementId, const std::string& channelName) override;

@@ -94,6 +94,10 @@ void TextPrinter::software(const RecordAnswer& answer) {
     remarks(answer);
 }
 
+void TextPrinter::outcome(const std::string& /*methodName*/, bool result, const std::string& text) {
+    (result ? m_out : m_errors) << text << '\n';
+}
+
 void TextPrinter::emptyReply() {
     m_errors << "vireoctl: " << describe(CallStatus::eEmptyReply)
              << ": it could not serve this request, its log says why\n";

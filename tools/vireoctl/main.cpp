@@ -44,6 +44,7 @@ struct CommandLine {
     std::string number;
     std::string fileName;
     std::vector<std::string> arguments;  // of the command
+    bool readsPassword = false;
     Binder bind = nullptr;
     ServingLine serving;  // instead of it, for the commands that go on
 };
@@ -108,6 +109,22 @@ std::optional<Command> bindValidate(const CommandLine& line, std::string& /*erro
     return [type = line.name, file = line.fileName](Commands& commands) {
         return commands.validate(type, file);
     };
+}
+
+std::optional<Command> bindFactoryReset(const CommandLine& line, std::string& /*error*/) {
+    return [readsInput = line.readsPassword](Commands& commands) {
+        return commands.factoryReset([readsInput](std::string& error) {
+            return Commands::askForPassword(readsInput, error);
+        });
+    };
+}
+
+std::optional<Command> bindReboot(const CommandLine& line, std::string& /*error*/) {
+    return [reason = line.name](Commands& commands) { return commands.reboot(reason); };
+}
+
+std::optional<Command> bindResetUserData(const CommandLine& /*line*/, std::string& /*error*/) {
+    return [](Commands& commands) { return commands.resetUserData(); };
 }
 
 std::optional<Command> bindCall(const CommandLine& line, std::string& error) {
@@ -180,6 +197,20 @@ void declareFileCommands(CLI::App& app, CommandLine& line) {
         ->type_name("");
 }
 
+void declareMaintenance(CLI::App& app, CommandLine& line) {
+    addCommand(app, line, "factory-reset",
+               "Delete downloads, users' files and network settings; asks for the password",
+               bindFactoryReset)
+        .add_flag("--password-stdin", line.readsPassword, "Read the password from standard input");
+    addCommand(app, line, "reboot", "Reboot the phone", bindReboot)
+        .add_option("REASON", line.name, "Why; it is recorded")
+        ->required()
+        ->type_name("");
+    addCommand(app, line, "reset-user-data",
+               "Have all owners reset the user's data, and reset the current user's files",
+               bindResetUserData);
+}
+
 void declareCommands(CLI::App& app, CommandLine& line) {
     addCommand(app, line, "get", "Read items", bindGet)
         .add_option("TAG", line.arguments, "The items to read")
@@ -211,6 +242,7 @@ void declareCommands(CLI::App& app, CommandLine& line) {
     busy.add_option("BITS", line.number, "The bits to set or clear, decimal or 0x and hexadecimal")
         ->type_name("");
     declareFileCommands(app, line);
+    declareMaintenance(app, line);
     CLI::App& call =
         addCommand(app, line, "call", "Call any method of the local interface", bindCall);
     call.add_option("METHOD", line.name, "The method")->required()->type_name("");
