@@ -172,7 +172,7 @@ TEST_F(TransferTest, WhatACrashLeftIsRemovedAtTheNextStart) {
     EXPECT_EQ(0U, partialFiles());
     EXPECT_EQ("whole", contentOf(local("a/b/whole")));
     EXPECT_TRUE(std::filesystem::exists(outside.file(rest)));
-    EXPECT_EQ(1, ports.count(kLogWarning, local("a/b/" + rest) + ", the rest of an interrupted"));
+    EXPECT_EQ(1, ports.count(kLogWarning, local("a/b/" + rest) + ", the rest of interrupted"));
 }
 
 }  // namespace
