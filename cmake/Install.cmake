@@ -18,6 +18,8 @@ install(DIRECTORY platform include DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vireo
 install(FILES client/LocalMgmtClient.h client/CallStatus.h
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vireo/client)
 install(DIRECTORY config DESTINATION ${CMAKE_INSTALL_DATADIR}/vireo FILES_MATCHING PATTERN "*.xml" PATTERN "vireod.conf")
+install(DIRECTORY mibs DESTINATION ${CMAKE_INSTALL_DATADIR}/vireo FILES_MATCHING PATTERN "*-MIB.txt"
+        PATTERN "SNMPv2-*.txt")
 
 # For a supervisor: the unit, and the user that it runs as.
 if(VIREO_SYSTEMD)

@@ -11,7 +11,8 @@ namespace vireo {
 /// "g" Gauge32, "s" OCTET STRING) and the value, numbers in decimal.
 class VIREO_API SNMPVarbindTrapDataItem : public SNMPTrapDataItem {
 public:
-    void add(TrapVarbind varbind) { m_varbinds.push_back(std::move(varbind)); }
+    /// The name has at least one sub-identifier and at most `kLongestName`.
+    void add(std::vector<std::uint32_t> subIdentifiers, TrapValue value);
 
     void appendVarbinds(std::vector<TrapVarbind>& varbinds) const override;
     std::string_view kindName() const override { return kKindName; }
@@ -19,6 +20,9 @@ public:
     bool takeText(std::string_view& in) override;
 
     static constexpr std::string_view kKindName = "varbinds";
+    /// With the enterprise in front of it, a name stays below the 128 sub-identifiers that an
+    /// object identifier may have.
+    static constexpr std::size_t kLongestName = 64;
 
 private:
     std::vector<TrapVarbind> m_varbinds;
