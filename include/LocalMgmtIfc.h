@@ -11,6 +11,7 @@ class Executable;
 class ManageableData;
 class MemoryInfo;
 class MgmtAgentIfc;
+class SNMPTrapData;
 
 /// The local management interface: through it the phone's services and user interfaces read and
 /// write settings. Implemented by the client management service; other processes reach it by
@@ -55,6 +56,13 @@ public:
 
     /// How files are fetched. Other values come from outside and are refused.
     enum eDownloadProtocol : int { DOWNLOAD_FTP = 1, DOWNLOAD_HTTPS = 2 };
+
+    /// Receivers of traps. Other values come from outside: nothing is sent to them.
+    enum TrapDest : int {
+        TRAP_DEST_SNMP_MANAGER = 0,         ///< the general SNMP manager
+        TRAP_DEST_QDC_COLLECTION_UNIT = 1,  ///< that of voice-quality reports
+        TRAP_DEST_DIAGNOSTIC = 2,
+    };
 
     virtual ~LocalMgmtIfc() = default;
 
@@ -180,6 +188,17 @@ public:
     virtual void clearPhoneBusyStatus(unsigned bits) = 0;
     /// The mask: 0 when the phone is idle, bit value 1 a call, 512 a software update.
     virtual unsigned retrievePhoneBusyStatus() = 0;
+
+    // Traps. Whether, where to and with which password a receiver gets them, the items of the
+    // receiver say at the moment of sending. One trap is sent at a time. A receiver that wants them
+    // confirmed gets them soon after; true then says that the trap waits for its turn.
+    /// Sends the generic trap `trap`, 0 to 5, and copies of it where the switches say so. True when
+    /// it was sent to `dest`; false when not, and when the receiver is unknown or switched off, or
+    /// the calling thread is raising another one. While the calling thread is in a write of several
+    /// items it does not wait: false when another thread is sending.
+    virtual bool raiseGenericTrap(TrapDest dest, int trap) = 0;
+    /// The same with a trap of the phone's own; `data` stays as it is.
+    virtual bool raiseSpecificTrap(TrapDest dest, SNMPTrapData& data) = 0;
 
     /// Forgets the last known values of other owners' items.
     virtual void invalidateVCMSCache() = 0;

@@ -31,6 +31,7 @@ class TransferPort;
 class ImagePort;
 class ShellPort;
 class RebootPort;
+class TrapPort;
 
 /// The real parts behind the platform's named entry points. Null members are allowed: without a
 /// log port lines are dropped, without a configuration port every import fails, and what needs one
@@ -43,6 +44,7 @@ struct PlatformPorts {
     ImagePort* image = nullptr;
     ShellPort* shell = nullptr;
     RebootPort* reboot = nullptr;
+    TrapPort* traps = nullptr;
 };
 
 /// Installs the ports (not owned) in place of those that were there. Before the plug-in is loaded

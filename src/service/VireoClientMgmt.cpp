@@ -49,7 +49,7 @@ void VireoClientMgmt::init(Context& context) {
 
 void VireoClientMgmt::initSNMPTrapRouter() {
     if (!m_trapRouter) {
-        m_trapRouter = std::make_unique<SNMPTrapRouter>();
+        m_trapRouter = std::make_unique<SNMPTrapRouter>(&m_registry.semaphore());
         m_trapRouter->init(this);
     }
 }
@@ -186,6 +186,18 @@ void VireoClientMgmt::confirmBusyStatus(unsigned told) {
 
 unsigned VireoClientMgmt::retrievePhoneBusyStatus() {
     return m_busyState.mask();
+}
+
+bool VireoClientMgmt::raiseGenericTrap(TrapDest dest, int trap) {
+    return guarded("raiseGenericTrap", false, [&] {
+        return m_trapRouter != nullptr && m_trapRouter->raiseGenericTrap(dest, trap);
+    });
+}
+
+bool VireoClientMgmt::raiseSpecificTrap(TrapDest dest, SNMPTrapData& data) {
+    return guarded("raiseSpecificTrap", false, [&] {
+        return m_trapRouter != nullptr && m_trapRouter->raiseSpecificTrap(dest, data);
+    });
 }
 
 void VireoClientMgmt::invalidateVCMSCache() {

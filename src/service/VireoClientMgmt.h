@@ -106,6 +106,8 @@ public:
     void setPhoneBusyStatus(unsigned bits) override;
     void clearPhoneBusyStatus(unsigned bits) override;
     unsigned retrievePhoneBusyStatus() override;
+    bool raiseGenericTrap(TrapDest dest, int trap) override;
+    bool raiseSpecificTrap(TrapDest dest, SNMPTrapData& data) override;
     void invalidateVCMSCache() override;
     int performFactoryReset(const std::string& password) override;
     int performReboot(std::string reason) override;

@@ -129,6 +129,8 @@ struct ItemFace : LocalMgmtIfc {
     void setPhoneBusyStatus(unsigned) override {}
     void clearPhoneBusyStatus(unsigned) override {}
     unsigned retrievePhoneBusyStatus() override { return 0; }
+    bool raiseGenericTrap(TrapDest, int) override { return false; }
+    bool raiseSpecificTrap(TrapDest, SNMPTrapData&) override { return false; }
     void invalidateVCMSCache() override {}
     int performFactoryReset(const std::string&) override { return 0; }
     int performReboot(std::string) override { return 0; }
