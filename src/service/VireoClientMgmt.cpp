@@ -55,7 +55,9 @@ void VireoClientMgmt::initSNMPTrapRouter() {
 }
 
 void VireoClientMgmt::initQDCReportMgr() {
-    m_qdcReports = std::make_unique<QDCReportMgr>(this);
+    if (!m_qdcReports) {
+        m_qdcReports = std::make_unique<QDCReportMgr>(this);
+    }
 }
 
 bool VireoClientMgmt::setData(ManageableData& record) {

@@ -90,6 +90,24 @@ TEST(QosTrapRows, AreTheObjectsOfTheMib) {
     EXPECT_EQ(captured(file, object), expected);
 }
 
+TEST(QosTrapRows, AreTheTableOfTheGuideWithTheNamesOfTheMib) {
+    const auto names = captured(VIREO_MIBS "/VIREO-PHONE-MIB.txt", "(qdc\\w+) OBJECT-TYPE");
+    ASSERT_EQ(names.size(), kQosTrapRows.size());
+    std::vector<std::string> expected;
+    for (std::size_t i = 0; i < kQosTrapRows.size(); ++i) {
+        const QosTrapRow& row = kQosTrapRows[i];
+        expected.push_back(std::to_string(i + 1));
+        expected.push_back(names[i]);
+        expected.emplace_back(row.isText() ? "OCTET STRING" : "Gauge32");
+        expected.emplace_back(row.source == QosFieldSource::eItem ? "item" : "part");
+        expected.emplace_back(row.tag);
+    }
+    EXPECT_EQ(
+        captured(VIREO_DOCS "/traps.md",
+                 R"re(\| (\d+) \| `(\w+)` \| ([A-Za-z0-9 ]+) \| (item|part) `([a-z-]+)` \|)re"),
+        expected);
+}
+
 TEST(SNMPQOSTrapDataItem, NamesEachVarbindByItsRow) {
     SNMPQOSTrapDataItem item;
     item.fields.jitterBufferThreshold = 80;
