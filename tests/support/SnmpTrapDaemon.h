@@ -1,0 +1,112 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/ChildProcess.h"
+#include "support/TemporaryDirectory.h"
+#include "support/TrapReceiver.h"
+
+namespace vireo::test {
+
+/// A real snmptrapd on a loopback port that takes one community, and versions 2c and 3, too. Each
+/// trap is a line `COMMUNITY-OR-USER ENTERPRISE GENERIC SPECIFIC | VARBINDS`, with numbers for
+/// names unless MIBs are given. Ends with the object.
+class SnmpTrapDaemon {
+public:
+    /// Whether this machine has it.
+    static bool isInstalled() { return !program().empty(); }
+
+    /// `settings`: further lines of its configuration file, such as users of version 3.
+    /// `mibDirectories`: parted by colons; empty: no MIB is read.
+    explicit SnmpTrapDaemon(const std::string& community, const std::string& settings = {},
+                            const std::string& mibDirectories = {})
+        : m_port(freeUdpPort()) {
+        std::ofstream(m_own.file("conf")) << "authCommunity log " << community << "\n"
+                                          << settings << "\n";
+        std::vector<std::string> command = {"/usr/bin/env",
+                                            "SNMP_PERSISTENT_DIR=" + m_own.path().string(),
+                                            "MIBS=",
+                                            program(),
+                                            "-f",
+                                            "-n",
+                                            "-C",
+                                            "-c",
+                                            m_own.file("conf"),
+                                            "-Lf",
+                                            logFile(),
+                                            "-F",
+                                            "%P %N %w %q | %v\n",
+                                            "-A"};
+        if (mibDirectories.empty()) {
+            command.insert(command.end(), {"-m", "", "-On"});
+        } else {
+            command.insert(command.end(), {"-M", mibDirectories, "-m", "ALL"});
+        }
+        command.push_back("udp:127.0.0.1:" + m_port);
+        m_process = std::make_unique<ChildProcess>(command);
+        waitFor([this] { return text().find("NET-SNMP version") != std::string::npos; },
+                "snmptrapd did not start");
+    }
+
+    const std::string& port() const { return m_port; }
+    std::string logFile() const { return m_own.file("log"); }
+    std::string text() const {
+        std::ifstream file(logFile());
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    /// The lines of traps, as soon as there are so many; those that are there when they do not come
+    /// in time.
+    std::vector<std::string> lines(
+        std::size_t count, std::chrono::milliseconds limit = std::chrono::seconds(10)) const {
+        const auto end = std::chrono::steady_clock::now() + limit;
+        std::vector<std::string> found = trapLines();
+        while (found.size() < count && std::chrono::steady_clock::now() < end) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            found = trapLines();
+        }
+        return found;
+    }
+
+private:
+    static std::string program() {
+        for (const char* path : {"/usr/sbin/snmptrapd", "/usr/local/sbin/snmptrapd"}) {
+            if (std::filesystem::exists(path)) {
+                return path;
+            }
+        }
+        return {};
+    }
+    template <class Condition>
+    static void waitFor(Condition&& isMet, const char* failure) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (!isMet()) {
+            if (std::chrono::steady_clock::now() > end) {
+                throw std::runtime_error(failure);
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    }
+    std::vector<std::string> trapLines() const {
+        std::vector<std::string> found;
+        std::ifstream file(logFile());
+        for (std::string line; std::getline(file, line);) {
+            if (line.find(" | ") != std::string::npos) {
+                found.push_back(line);
+            }
+        }
+        return found;
+    }
+
+    TemporaryDirectory m_own;
+    std::string m_port;
+    std::unique_ptr<ChildProcess> m_process;
+};
+
+}  // namespace vireo::test
