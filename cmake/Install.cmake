@@ -27,7 +27,14 @@ if(VIREO_SYSTEMD)
 else()
     set(VIREO_SERVICE_TYPE exec)
 endif()
-configure_file(cmake/systemd/vireod.service.in vireod.service @ONLY)
+# The prefix is known at last when it is installed.
+install(CODE "
+    set(VIREO_SERVICE_TYPE ${VIREO_SERVICE_TYPE})
+    set(VIREO_BINDIR \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
+    set(VIREO_DOCDIR \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DOCDIR}\")
+    configure_file(\"${CMAKE_SOURCE_DIR}/cmake/systemd/vireod.service.in\"
+                   \"${CMAKE_CURRENT_BINARY_DIR}/vireod.service\" @ONLY)
+")
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vireod.service DESTINATION lib/systemd/system)
 install(FILES cmake/systemd/vireo.sysusers.conf DESTINATION lib/sysusers.d RENAME vireo.conf)
 install(FILES docs/maintenance.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
