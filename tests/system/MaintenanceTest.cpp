@@ -263,6 +263,12 @@ TEST_F(MaintenanceTest, ARebootIsAnsweredAndRecordedAndComesOnce) {
     m_phone.start();
     EXPECT_EQ(m_phone.ctl({"reboot", "again"}).out, "the phone reboots\n");
     EXPECT_EQ(m_phone.process->finish().exitCode, kReboot);
+    const std::string code = std::to_string(kReboot) + '\n';
+    const fs::path sources = fs::path(VIREO_CONFIG).parent_path();
+    EXPECT_NE(contentOf(sources / "cmake/systemd/vireod.service.in")
+                  .find("\nRestartForceExitStatus=" + code),
+              std::string::npos);
+    EXPECT_NE(contentOf(sources / "scripts/run").find("\nreboot=" + code), std::string::npos);
 }
 
 TEST_F(MaintenanceTest, UserDataAreResetByTheirOwnersAndTheService) {

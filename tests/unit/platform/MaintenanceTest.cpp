@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -200,6 +201,24 @@ TEST(PrivateFile, HoldsTheOldTextOrTheNewOneWhateverWasLeftBehind) {
     EXPECT_EQ(status.st_mode & 07777U, 0600U);
     EXPECT_TRUE(file.remove(error)) << error;
     EXPECT_EQ(treeOf(directory.path() / "a/b"), std::set<std::string>());
+}
+
+TEST(PrivateFile, WhatRootWritesBelongsToTheOwnerOfTheDirectory) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root writes for others";
+    }
+    constexpr uid_t kSomebody = 65534;
+    const TemporaryDirectory directory;
+    ASSERT_EQ(::chown(directory.path().c_str(), kSomebody, kSomebody), 0);
+    const PrivateFile file(ConfinedRoot(directory.path()), "made", "name");
+    std::string error;
+    ASSERT_TRUE(file.replace("text", error)) << error;
+    for (const std::string& path : {file.path(), directory.file("made")}) {
+        struct stat status {};
+        ASSERT_EQ(::stat(path.c_str(), &status), 0);
+        EXPECT_EQ(status.st_uid, kSomebody) << path;
+        EXPECT_EQ(status.st_mode & 077U, 0U) << path;
+    }
 }
 
 }  // namespace
