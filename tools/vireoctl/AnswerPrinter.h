@@ -1,5 +1,6 @@
 #pragma once
 
+#include <list>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -59,6 +60,13 @@ public:
     virtual void downloadStatus(const std::string& type, int percent) = 0;
     /// Whether a file of `type` passed its check.
     virtual void validation(const std::string& type, const std::string& name, bool accepted) = 0;
+    /// Full paths.
+    virtual void files(const std::list<std::string>& paths) = 0;
+    /// Whether a file of `type` was deleted.
+    virtual void deletion(const std::string& type, const std::string& name, bool deleted) = 0;
+    /// What the storage is, and how much room it has.
+    virtual void space(const std::string& id, const std::string& displayName,
+                       const MemoryInfo& info) = 0;
     /// The items about the phone's software.
     virtual void software(const RecordAnswer& answer) = 0;
     /// The answer of `methodName` that is yes or no; `text` says it to a person.

@@ -42,6 +42,11 @@ public:
     /// another one.
     ExitCode downloadStatus(const std::string& fileType, const std::string& fileName);
     ExitCode validate(const std::string& fileType, const std::string& fileName);
+    /// `user` is one of the names of `UserTypes`, or empty: the current one.
+    ExitCode listFiles(const std::string& fileType, const std::string& user);
+    ExitCode deleteFile(const std::string& fileType, const std::string& fileName);
+    ExitCode changeUser(const std::string& user);
+    ExitCode showSpace();
     ExitCode call(const std::string& methodName, const std::vector<Parameter>& parameters);
 
     /// Where a password comes from; none, with `error`, when there is none.

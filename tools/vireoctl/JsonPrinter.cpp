@@ -90,6 +90,23 @@ void JsonPrinter::validation(const std::string& /*type*/, const std::string& /*n
     printMethod(m_out, "validateFile", Json{{"result", accepted}});
 }
 
+void JsonPrinter::files(const std::list<std::string>& paths) {
+    printMethod(m_out, "getListOfFilesOfType", Json{{"FileNames", paths}});
+}
+
+void JsonPrinter::deletion(const std::string& /*type*/, const std::string& /*name*/, bool deleted) {
+    printMethod(m_out, "deleteFile", Json{{"result", deleted}});
+}
+
+void JsonPrinter::space(const std::string& id, const std::string& displayName,
+                        const MemoryInfo& info) {
+    printMethod(m_out, "getUserDataSpaceInfo",
+                Json{{"identifier", id},
+                     {"displayname", displayName},
+                     {"totalBytes", info.totalBytes()},
+                     {"freeBytes", info.freeBytes()}});
+}
+
 void JsonPrinter::software(const RecordAnswer& answer) {
     record(answer);
 }

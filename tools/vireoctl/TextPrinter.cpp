@@ -73,6 +73,28 @@ void TextPrinter::validation(const std::string& type, const std::string& name, b
     m_out << type << ": " << name << (accepted ? ": accepted\n" : ": rejected\n");
 }
 
+void TextPrinter::files(const std::list<std::string>& paths) {
+    for (const std::string& path : paths) {
+        m_out << path << '\n';
+    }
+}
+
+void TextPrinter::deletion(const std::string& type, const std::string& name, bool deleted) {
+    m_out << type << ": " << name << (deleted ? ": deleted\n" : ": not deleted\n");
+}
+
+void TextPrinter::space(const std::string& id, const std::string& displayName,
+                        const MemoryInfo& info) {
+    constexpr std::uint64_t kMegabyte = 1'000'000;
+    m_out << displayName << " (" << id << "): ";
+    if (info.totalBytes() == 0) {
+        m_out << "the room cannot be found out\n";
+        return;
+    }
+    m_out << info.freeBytes() / kMegabyte << " MB free of " << info.totalBytes() / kMegabyte
+          << " MB\n";
+}
+
 void TextPrinter::software(const RecordAnswer& answer) {
     const auto valueOf = [&answer](const std::string& tag) {
         const auto found = std::find_if(answer.items.begin(), answer.items.end(),

@@ -23,6 +23,10 @@ public:
     void limits(const LocalMgmtClient::FileTypeLimits& limits) override;
     void downloadStatus(const std::string& type, int percent) override;
     void validation(const std::string& type, const std::string& name, bool accepted) override;
+    void files(const std::list<std::string>& paths) override;
+    void deletion(const std::string& type, const std::string& name, bool deleted) override;
+    void space(const std::string& id, const std::string& displayName,
+               const MemoryInfo& info) override;
     void software(const RecordAnswer& answer) override;
     void outcome(const std::string& methodName, bool result, const std::string& text) override;
     void emptyReply() override;

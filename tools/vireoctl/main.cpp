@@ -19,6 +19,7 @@
 #include "Commands.h"
 #include "ExitCode.h"
 #include "FileTypes.h"
+#include "FilesLine.h"
 #include "JsonPrinter.h"
 #include "LocalMgmtClient.h"
 #include "ParameterArgument.h"
@@ -46,6 +47,7 @@ struct CommandLine {
     std::vector<std::string> arguments;  // of the command
     bool readsPassword = false;
     Binder bind = nullptr;
+    FilesLine files;      // instead of it
     ServingLine serving;  // instead of it, for the commands that go on
 };
 
@@ -286,6 +288,8 @@ ExitCode runCommand(const CommandLine& line, const std::string& name) {
     std::optional<ServingLine::Command> serving;
     if (line.serving.isChosen()) {
         serving = line.serving.bind(error);
+    } else if (line.files.command()) {
+        command = line.files.command();
     } else {
         command = line.bind(line, error);
     }
@@ -346,6 +350,7 @@ ExitCode run(int argc, char** argv) {
         "answer in time.");
     declareOptions(app, line);
     declareCommands(app, line);
+    line.files.declare(app);
     line.serving.declare(app);
     try {
         app.parse(argc, argv);
