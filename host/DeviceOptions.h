@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "snmp/TrapOptions.h"
 #include "transfer/TransferOptions.h"
 
 namespace vireo {
@@ -18,6 +19,7 @@ struct DeviceOptions {
     /// Whether shell commands and reboots are those of this machine, if the root is "/".
     bool allowsDeviceCommands = false;
     TransferOptions transfer;
+    TrapOptions traps;
 };
 
 }  // namespace vireo

@@ -53,6 +53,10 @@ HostDevices::HostDevices(const std::filesystem::path& root, const DeviceOptions&
       ,
       m_transfer((root / options.storageDirectory).string(), options.transfer)
 #endif
+#ifdef VIREO_SNMP
+      ,
+      m_traps(root.string(), options.traps)
+#endif
 {
     m_banks.start();
 #ifndef VIREO_TRANSFER
@@ -68,6 +72,9 @@ void HostDevices::addTo(PlatformPorts& ports) {
 #ifdef VIREO_TRANSFER
     ports.transfer = &m_transfer;
 #endif
+#ifdef VIREO_SNMP
+    ports.traps = &m_traps;
+#endif
 }
 
 void HostDevices::provideFiles() {
@@ -77,6 +84,9 @@ void HostDevices::provideFiles() {
 void HostDevices::stop() {
 #ifdef VIREO_TRANSFER
     m_transfer.stop();
+#endif
+#ifdef VIREO_SNMP
+    m_traps.stop();
 #endif
 #ifdef VIREO_IMAGE
     m_image.stop();

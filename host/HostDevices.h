@@ -22,6 +22,9 @@
 #ifdef VIREO_PASSWORDS
 #include "passwords/PasswordService.h"
 #endif
+#ifdef VIREO_SNMP
+#include "snmp/NetSnmpTraps.h"
+#endif
 #ifdef VIREO_TRANSFER
 #include "transfer/CurlTransfer.h"
 #endif
@@ -77,6 +80,9 @@ private:
 #endif
 #ifdef VIREO_TRANSFER
     CurlTransfer m_transfer;
+#endif
+#ifdef VIREO_SNMP
+    NetSnmpTraps m_traps;
 #endif
 };
 

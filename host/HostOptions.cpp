@@ -7,11 +7,13 @@
 #include <cstdio>
 #include <filesystem>
 #include <limits>
+#include <regex>
 
 #include "SettingsFile.h"
 #include "image/ImageHeader.h"
 #include "log/Log.h"
 #include "messages/PeerDirectory.h"
+#include "snmp/TrapReceiverText.h"
 
 namespace vireo {
 namespace {
@@ -190,19 +192,20 @@ void declareDevices(CLI::App& app, HostOptions& options) {
                   "Whether a phone with the root \"/\" runs shell commands and reboots: yes or no");
 }
 
+void declareTime(CLI::App& app, const char* name, std::chrono::milliseconds& value, long long most,
+                 const char* description) {
+    app.add_option_function<long long>(
+           name, [&value](const long long& count) { value = std::chrono::milliseconds(count); },
+           description)
+        ->type_name("N")
+        ->check(CLI::Range(10LL, most))
+        ->default_str(std::to_string(value.count()));
+}
+
 void declareTransfer(CLI::App& app, TransferOptions& transfer) {
-    using std::chrono::milliseconds;
-    const auto declareTime = [&app](const char* name, milliseconds& value, long long most,
-                                    const char* description) {
-        app.add_option_function<long long>(
-               name, [&value](const long long& count) { value = milliseconds(count); }, description)
-            ->type_name("N")
-            ->check(CLI::Range(10LL, most))
-            ->default_str(std::to_string(value.count()));
-    };
-    declareTime("--connect-timeout-ms", transfer.connectTimeout, 600'000,
+    declareTime(app, "--connect-timeout-ms", transfer.connectTimeout, 600'000,
                 "How long a file server may take to accept a connection");
-    declareTime("--stall-timeout-ms", transfer.stallTimeout, 3'600'000,
+    declareTime(app, "--stall-timeout-ms", transfer.stallTimeout, 3'600'000,
                 "How long a file server may send nothing");
     app.add_option_function<std::string>(
            "--ftp-mode",
@@ -212,6 +215,58 @@ void declareTransfer(CLI::App& app, TransferOptions& transfer) {
         ->type_name("TEXT")
         ->check(CLI::IsMember({"passive", "active"}))
         ->default_str(transfer.usesActiveFtp ? "active" : "passive");
+}
+
+std::string checkObjectId(const std::string& text) {
+    const bool isRight =
+        text.size() < 200 && std::regex_match(text, std::regex("[0-2](\\.[0-9]{1,9}){1,30}"));
+    return isRight ? std::string() : "\"" + text + "\" is no object identifier";
+}
+
+void declareTraps(CLI::App& app, TrapOptions& traps) {
+    app.add_option("--trap-enterprise", traps.enterprise, "Object identifier of this phone")
+        ->type_name("OID")
+        ->check(checkObjectId)
+        ->capture_default_str();
+    app.add_option("--trap-agent-address", traps.agentAddress,
+                   "Address of this phone that traps of version 1 bear")
+        ->type_name("IPV4")
+        ->check([](const std::string& text) {
+            return text.empty() ? std::string() : CLI::ValidIPV4(text);
+        })
+        ->capture_default_str();
+    app.add_option_function<std::vector<std::string>>(
+           "--trap-receiver",
+           [&traps](const std::vector<std::string>& texts) {
+               traps.receivers.clear();
+               for (const std::string& text : texts) {
+                   std::string ignored;
+                   traps.receivers.push_back(*TrapReceiverText::parse(text, ignored));
+               }
+           },
+           "How a receiver wants its traps: HOST[:PORT] v1|v2c|v3 [inform] [user=NAME]; any number "
+           "of times, the first that fits counts")
+        ->type_name("TEXT")
+        ->check([](const std::string& text) {
+            std::string error;
+            TrapReceiverText::parse(text, error);
+            return error;
+        })
+        ->allow_extra_args(false);
+    app.add_option("--trap-user-file", traps.userFile, "Users of version 3, below the root")
+        ->type_name("PATH")
+        ->check(checkBelow)
+        ->capture_default_str();
+    declareNumber(app, "--trap-inform-retries", traps.informRetries, 0, 20,
+                  "How often a trap that is not confirmed is sent again");
+    declareNumber(app, "--trap-queue-length", traps.queueLength, std::size_t{1},
+                  std::size_t{10'000}, "Traps that may wait for a receiver that confirms them");
+    declareTime(app, "--trap-inform-timeout-ms", traps.informTimeout, 60'000,
+                "How long a receiver may take to confirm a trap");
+    declareTime(app, "--trap-resolve-timeout-ms", traps.resolveTimeout, 10'000,
+                "How long the first trap waits for the address of a receiver's name");
+    declareTime(app, "--trap-resolve-life-ms", traps.resolveLife, 86'400'000,
+                "How long such an address holds");
 }
 
 /// Every option is a setting of the same name, but for those that say which files to read.
@@ -231,6 +286,7 @@ void declare(CLI::App& app, HostOptions& options, std::string& settings) {
     declareStore(app, options);
     declareDevices(app, options);
     declareTransfer(app, options.devices.transfer);
+    declareTraps(app, options.devices.traps);
     app.add_flag("--check-config", options.isCheck,
                  "Say what does not fit together in the configuration files, and end")
         ->configurable(false);

@@ -62,7 +62,15 @@ std::string textOf(const HostOptions& options) {
          << options.devices.allowsDeviceCommands << '\n'
          << options.devices.transfer.connectTimeout.count() << '\n'
          << options.devices.transfer.stallTimeout.count() << '\n'
-         << options.devices.transfer.usesActiveFtp << '\n';
+         << options.devices.transfer.usesActiveFtp << '\n'
+         << options.devices.traps.enterprise << '\n'
+         << options.devices.traps.agentAddress << '\n'
+         << options.devices.traps.userFile << '\n'
+         << options.devices.traps.informTimeout.count() << '\n'
+         << options.devices.traps.informRetries << '\n'
+         << options.devices.traps.queueLength << '\n'
+         << options.devices.traps.resolveTimeout.count() << '\n'
+         << options.devices.traps.resolveLife.count() << '\n';
     return text.str();
 }
 
@@ -85,7 +93,7 @@ protected:
 TEST_F(HostOptionsTest, TheShippedFileShowsEveryKeyWithItsDefault) {
     std::ifstream shipped(VIREO_CONFIG "/vireod.conf");
     std::string active;
-    std::set<std::string> keys{"plugin", "service"};  // have no fixed default
+    std::set<std::string> keys{"plugin", "service", "trap-receiver"};  // have no fixed default
     for (std::string line; std::getline(shipped, line);) {
         const std::string key = line.starts_with('#') ? keyAt(line, 1) : "";
         if (!key.empty() && line.substr(1 + key.size(), 3) == " = ") {

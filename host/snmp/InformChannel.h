@@ -1,0 +1,75 @@
+#pragma once
+
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "snmp/InformSender.h"
+#include "snmp/SnmpEngine.h"
+
+namespace vireo {
+
+struct InformOutbox {
+    InformPlace place;
+    // Guarded by the lock of the sender.
+    std::deque<TrapContent> waiting;
+    bool isClosed = false;
+};
+
+/// What the channels of one sender have in common.
+struct InformSurroundings {
+    const TrapOptions& options;
+    const TrapOrigin& origin;
+    const std::string& root;
+    std::optional<SnmpEngine> engine;  ///< made by the first channel that needs it
+};
+
+/// The session of one outbox with the SNMP library, and the trap that is on its way. Belongs to the
+/// sender's thread.
+class InformChannel {
+public:
+    InformChannel(std::shared_ptr<InformOutbox> outbox, InformSurroundings& surroundings);
+    ~InformChannel();
+    InformChannel(const InformChannel&) = delete;
+    InformChannel& operator=(const InformChannel&) = delete;
+
+    InformOutbox& outbox() { return *m_outbox; }
+    /// Whether a trap waits to be confirmed.
+    bool isWaiting() const { return m_current.has_value(); }
+    /// What to wait for while one does; -1 when there is no session.
+    int descriptor() const;
+
+    /// Sends a trap, and waits for its confirmation if it gets one. Not while another one waits.
+    void send(TrapContent content);
+    /// Takes what has come.
+    void read();
+    /// Sends again what was not confirmed in time, or gives it up.
+    void checkTime();
+
+private:
+    bool open(std::string& error);
+    bool addSecurity(netsnmp_session& session, std::string& error);
+    void addOwnEngine(netsnmp_session& session);
+    void close();
+    void sendCurrent();
+    bool sendPdu(PduPointer pdu);
+    bool sendProbe();
+    void takeEngine();
+    void fail(const std::string& reason);
+    void finish();
+    static int onEvent(int operation, netsnmp_session* session, int request, netsnmp_pdu* pdu,
+                       void* channel);
+    void take(int operation, const netsnmp_pdu* pdu);
+
+    const std::shared_ptr<InformOutbox> m_outbox;
+    InformSurroundings& m_surroundings;
+    void* m_session = nullptr;
+    bool m_isProbing = false;  ///< the receiver is being asked who it is
+    bool m_isStale = false;    ///< the next trap wants a new session
+    std::string m_engineId;    ///< of a receiver that was asked; empty: not yet
+    bool m_saidFailure = false;
+    std::optional<TrapContent> m_current;
+};
+
+}  // namespace vireo
