@@ -233,6 +233,21 @@ CallStatus LocalMgmtClient::clearPhoneBusyStatus(unsigned bits) {
     return sendBusyBits("clearPhoneBusyStatus", bits);
 }
 
+CallStatus LocalMgmtClient::raiseGenericTrap(LocalMgmtIfc::TrapDest dest, int trap, bool& sent) {
+    Method request("raiseGenericTrap", Method::eRequest);
+    request.addIntParameter("dest", Parameter::eIn, dest);
+    request.addIntParameter("trapNo", Parameter::eIn, trap);
+    return m_calls->askBool(request, "result", sent);
+}
+
+CallStatus LocalMgmtClient::raiseSpecificTrap(LocalMgmtIfc::TrapDest dest,
+                                              const std::string& trapText, bool& sent) {
+    Method request("raiseSpecificTrap", Method::eRequest);
+    request.addIntParameter("dest", Parameter::eIn, dest);
+    request.addStringParameter("SNMPTrapData", Parameter::eIn, trapText);
+    return m_calls->askBool(request, "result", sent);
+}
+
 CallStatus LocalMgmtClient::getFileTypeMetadata(const std::string& fileType,
                                                 FileTypeLimits& limits) {
     Method reply;

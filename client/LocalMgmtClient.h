@@ -157,6 +157,14 @@ public:
     CallStatus setPhoneBusyStatus(unsigned bits);
     CallStatus clearPhoneBusyStatus(unsigned bits);
 
+    /// Sends the generic trap `trap`, 0 to 5, to the receiver `dest` as its items say. `sent` is
+    /// false when it could not be sent, or the receiver is switched off or unknown.
+    CallStatus raiseGenericTrap(LocalMgmtIfc::TrapDest dest, int trap, bool& sent);
+    /// The same with a trap of the phone's own, in the text form of `SNMPTrapData`; `sent` is false
+    /// for any other text as well.
+    CallStatus raiseSpecificTrap(LocalMgmtIfc::TrapDest dest, const std::string& trapText,
+                                 bool& sent);
+
     /// How many files of a type the phone keeps, and how many characters their names may have.
     struct FileTypeLimits {
         int entries = 0;  ///< -1: as many as there is room for

@@ -10,6 +10,7 @@
 #include "messages/MaintenanceMethods.h"
 #include "messages/MethodNames.h"
 #include "messages/SchemaMethods.h"
+#include "messages/TrapMethods.h"
 #include "messages/UserAreaMethods.h"
 
 namespace vireo {
@@ -45,6 +46,8 @@ constexpr MethodRow kMethods[] = {
     {methodNames::kExportSchema, handleExportSchema},
     {methodNames::kGetSchema, handleGetSchema},
     {methodNames::kManageableDataChanged, handleManageableDataChanged},
+    {methodNames::kRaiseGenericTrap, handleRaiseGenericTrap},
+    {methodNames::kRaiseSpecificTrap, handleRaiseSpecificTrap},
     {methodNames::kGetFilePathFromType, handleGetFilePathFromType},
     {methodNames::kGetFilePathFromTypeAndUser, handleGetFilePathFromTypeAndUser},
     {methodNames::kGetIDAndDisplayName, handleGetIDAndDisplayName},

@@ -55,6 +55,8 @@ public:
     virtual void text(const std::string& methodName, const std::string& parameterName,
                       const std::string& value) = 0;
     virtual void busyStatus(unsigned mask) = 0;
+    /// Whether the trap that `methodName` raised was sent.
+    virtual void trap(const std::string& methodName, bool sent) = 0;
     virtual void limits(const LocalMgmtClient::FileTypeLimits& limits) = 0;
     /// How far a download of `type` is, as `requestCurrentDownloadStatus` answers.
     virtual void downloadStatus(const std::string& type, int percent) = 0;

@@ -213,6 +213,29 @@ ExitCode Commands::clearBusy(unsigned bits) {
     return printDone(m_client.clearPhoneBusyStatus(bits), "clearPhoneBusyStatus");
 }
 
+ExitCode Commands::raiseGenericTrap(int dest, int trap) {
+    bool sent = false;
+    const CallStatus status =
+        m_client.raiseGenericTrap(static_cast<LocalMgmtIfc::TrapDest>(dest), trap, sent);
+    return printSent(status, "raiseGenericTrap", sent);
+}
+
+ExitCode Commands::raiseSpecificTrap(int dest, const std::string& trapText) {
+    bool sent = false;
+    const CallStatus status =
+        m_client.raiseSpecificTrap(static_cast<LocalMgmtIfc::TrapDest>(dest), trapText, sent);
+    return printSent(status, "raiseSpecificTrap", sent);
+}
+
+ExitCode Commands::printSent(CallStatus status, const char* methodName, bool sent) {
+    ExitCode code = ExitCode::eDone;
+    if (!reportFailure(status, code)) {
+        m_printer.trap(methodName, sent);
+        code = sent ? ExitCode::eDone : ExitCode::eRefused;
+    }
+    return code;
+}
+
 ExitCode Commands::limits(const std::string& fileType) {
     LocalMgmtClient::FileTypeLimits limits;
     ExitCode code = ExitCode::eDone;

@@ -36,6 +36,10 @@ public:
     ExitCode showBusy();
     ExitCode setBusy(unsigned bits);
     ExitCode clearBusy(unsigned bits);
+    /// eRefused when it was not sent.
+    ExitCode raiseGenericTrap(int dest, int trap);
+    /// `trapText`: the text form of a trap.
+    ExitCode raiseSpecificTrap(int dest, const std::string& trapText);
     /// `fileType` is one of the names that the service knows; it takes others for software.
     ExitCode limits(const std::string& fileType);
     /// `fileType` likewise. Empty `fileName`: whatever its name is. eRefused when it failed, or was
@@ -71,6 +75,7 @@ private:
     bool bringsMembers(const std::string& tag);
     ExitCode printDone(CallStatus status, const char* methodName);
     ExitCode printOutcome(CallStatus status, const char* methodName, bool result, const char* text);
+    ExitCode printSent(CallStatus status, const char* methodName, bool sent);
     void sortOutWritten(const std::vector<Assignment>& assignments, RecordAnswer& answer);
 
     LocalMgmtClient& m_client;

@@ -75,6 +75,10 @@ void JsonPrinter::busyStatus(unsigned mask) {
     printMethod(m_out, "retrievePhoneBusyStatus", Json{{"busyStatus", mask}});
 }
 
+void JsonPrinter::trap(const std::string& methodName, bool sent) {
+    printMethod(m_out, methodName, Json{{"result", sent}});
+}
+
 void JsonPrinter::limits(const LocalMgmtClient::FileTypeLimits& limits) {
     printMethod(m_out, "getFileTypeMetadata",
                 Json{{"maxFileTypeEntries", limits.entries},

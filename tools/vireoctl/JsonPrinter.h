@@ -17,6 +17,7 @@ public:
     void text(const std::string& methodName, const std::string& parameterName,
               const std::string& value) override;
     void busyStatus(unsigned mask) override;
+    void trap(const std::string& methodName, bool sent) override;
     void limits(const LocalMgmtClient::FileTypeLimits& limits) override;
     void downloadStatus(const std::string& type, int percent) override;
     void validation(const std::string& type, const std::string& name, bool accepted) override;

@@ -54,6 +54,15 @@ void TextPrinter::busyStatus(unsigned mask) {
     m_out << "busy = " << mask << " (" << BusyMask::describe(mask) << ")\n";
 }
 
+void TextPrinter::trap(const std::string& /*methodName*/, bool sent) {
+    if (sent) {
+        m_out << "sent\n";
+    } else {
+        m_errors << "not sent: its receiver is switched off or unknown, or it cannot be sent; the "
+                    "log of the service says why\n";
+    }
+}
+
 void TextPrinter::limits(const LocalMgmtClient::FileTypeLimits& limits) {
     m_out << "entries = " << limits.entries << (limits.entries == -1 ? " (no limit)" : "")
           << "\nname characters = " << limits.nameCharacters << '\n';

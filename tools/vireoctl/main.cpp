@@ -25,6 +25,7 @@
 #include "ParameterArgument.h"
 #include "ServingLine.h"
 #include "TextPrinter.h"
+#include "TrapLine.h"
 
 namespace vireo {
 namespace {
@@ -48,6 +49,7 @@ struct CommandLine {
     bool readsPassword = false;
     Binder bind = nullptr;
     FilesLine files;      // instead of it
+    TrapLine trap;        // likewise
     ServingLine serving;  // instead of it, for the commands that go on
 };
 
@@ -95,6 +97,10 @@ std::optional<Command> bindBusy(const CommandLine& line, std::string& error) {
     return [bits = *bits, sets = line.action == "set"](Commands& commands) {
         return sets ? commands.setBusy(bits) : commands.clearBusy(bits);
     };
+}
+
+std::optional<Command> bindTrap(const CommandLine& line, std::string& error) {
+    return line.trap.bind(error);
 }
 
 std::optional<Command> bindLimits(const CommandLine& line, std::string& /*error*/) {
@@ -243,6 +249,7 @@ void declareCommands(CLI::App& app, CommandLine& line) {
         ->capture_default_str();
     busy.add_option("BITS", line.number, "The bits to set or clear, decimal or 0x and hexadecimal")
         ->type_name("");
+    line.trap.declare(app, [&line] { line.bind = bindTrap; });
     declareFileCommands(app, line);
     declareMaintenance(app, line);
     CLI::App& call =
