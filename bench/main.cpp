@@ -29,6 +29,7 @@ constexpr Measurement kMeasurements[] = {
     {"observers", measureObservers},   {"peers", measureManyPeers},
     {"start", measureStart},           {"memory", measureMemory},
     {"downloads", measureDownloads},   {"burn", measureBurns},
+    {"traps", measureTraps},
 };
 
 struct Options {

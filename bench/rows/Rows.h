@@ -26,5 +26,6 @@ void measureStart(Bench& bench);
 void measureMemory(Bench& bench);
 void measureDownloads(Bench& bench);
 void measureBurns(Bench& bench);
+void measureTraps(Bench& bench);
 
 }  // namespace vireo::bench
