@@ -17,18 +17,19 @@ void logLine(int level, int line, const std::string& text) {
     }
 }
 
-unsigned char* duplicate(const void* bytes, std::size_t count) {
-    auto* const copy = static_cast<unsigned char*>(std::malloc(count));
-    if (copy != nullptr) {
-        std::memcpy(copy, bytes, count);
-    }
-    return copy;
+unsigned char* duplicate(const std::string& bytes) {
+    return static_cast<unsigned char*>(::netsnmp_memdup(bytes.data(), bytes.size()));
+}
+
+/// What the library allocated, or takes for its own.
+void release(void* memory) {
+    std::free(memory);  // NOLINT(cppcoreguidelines-no-malloc)
 }
 
 void setEngine(netsnmp_session& session, const std::string& id) {
-    session.securityEngineID = duplicate(id.data(), id.size());
+    session.securityEngineID = duplicate(id);
     session.securityEngineIDLen = id.size();
-    session.contextEngineID = duplicate(id.data(), id.size());
+    session.contextEngineID = duplicate(id);
     session.contextEngineIDLen = id.size();
 }
 
@@ -95,11 +96,11 @@ bool InformChannel::open(std::string& error) {
             ::usm_create_user_from_session(::snmp_sess_session(m_session));
         }
     }
-    std::free(session.securityName);
-    std::free(session.securityAuthProto);
-    std::free(session.securityPrivProto);
-    std::free(session.securityEngineID);
-    std::free(session.contextEngineID);
+    release(session.securityName);
+    release(session.securityAuthProto);
+    release(session.securityPrivProto);
+    release(session.securityEngineID);
+    release(session.contextEngineID);
     return m_session != nullptr;
 }
 
@@ -168,7 +169,7 @@ bool InformChannel::sendPdu(PduPointer pdu) {
         char* reason = nullptr;
         ::snmp_sess_error(m_session, nullptr, nullptr, &reason);
         fail(reason != nullptr ? reason : "it cannot be sent");
-        std::free(reason);
+        release(reason);
         return false;
     }
     static_cast<void>(pdu.release());  // the library frees what it has sent

@@ -52,12 +52,10 @@ ObjectId identifierOf(const TrapOrigin& origin, const TrapContent& content) {
 }
 
 bool fillVersion1(netsnmp_pdu& pdu, const TrapOrigin& origin, const TrapContent& content) {
-    const std::size_t bytes = origin.enterprise.size() * sizeof(oid);
-    pdu.enterprise = static_cast<oid*>(std::malloc(bytes));
+    pdu.enterprise = ::snmp_duplicate_objid(origin.enterprise.data(), origin.enterprise.size());
     if (pdu.enterprise == nullptr) {
         return false;
     }
-    std::memcpy(pdu.enterprise, origin.enterprise.data(), bytes);
     pdu.enterprise_length = origin.enterprise.size();
     std::memcpy(pdu.agent_addr, origin.agentAddress, sizeof origin.agentAddress);
     pdu.trap_type = content.generic;
@@ -162,7 +160,7 @@ std::string TrapMessage::encode(const TrapOrigin& origin, const TrapContent& con
     if (isDone && bytes != nullptr) {
         datagram.assign(reinterpret_cast<const char*>(bytes) + capacity - length, length);
     }
-    std::free(bytes);
+    std::free(bytes);  // NOLINT(cppcoreguidelines-no-malloc): the library allocated it
     return datagram;
 }
 
