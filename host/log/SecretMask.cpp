@@ -158,8 +158,11 @@ private:
             hide(m_at + 2, m_text.find(quote, m_at + 2));
             return;
         }
-        const std::size_t end = m_text.find(m_brackets.close, m_at);
-        if (m_text[m_tag] == '/' || (end != kNowhere && m_text[end - 1] == '/')) {
+        if (m_text[m_tag] == '/') {
+            return;
+        }
+        const std::size_t end = endOfTag();
+        if (end != kNowhere && m_text[end - 1] == '/') {
             return;
         }
         if (end == kNowhere) {
@@ -170,6 +173,16 @@ private:
         const std::size_t closing = endOfElement();
         m_tag = kNowhere;
         hide(m_at, closing);
+    }
+
+    /// The bracket behind here that closes a tag. A hostile line may have names without number
+    /// before it, so it is looked for once.
+    std::size_t endOfTag() {
+        if (m_tagEndOf != m_brackets.close || m_tagEnd < m_at) {
+            m_tagEndOf = m_brackets.close;
+            m_tagEnd = m_text.find(m_brackets.close, m_at);
+        }
+        return m_tagEnd;
     }
 
     /// Where the end tag of the open element begins.
@@ -273,6 +286,8 @@ private:
     std::size_t m_copied = 0;  ///< so much of the text is in `m_out`, or left out
     std::size_t m_at = 0;
     std::size_t m_tag = kNowhere;  ///< where the open tag's name begins
+    std::size_t m_tagEnd = 0;      ///< the last answer of `endOfTag`
+    std::string_view m_tagEndOf;
     Brackets m_brackets = kPlain;
 };
 

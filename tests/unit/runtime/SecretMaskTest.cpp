@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <fstream>
 #include <string>
 
@@ -130,23 +129,21 @@ TEST(SecretMask, AColumnValueBelongsToTheLineBefore) {
     EXPECT_EQ(maskedOf(value), value);
 }
 
-TEST(SecretMask, TakesNoLongerThanTheLineIsLong) {
-    using Clock = std::chrono::steady_clock;
-    const auto costOf = [](const std::string& part, std::size_t times) {
-        std::string text;
-        for (std::size_t i = 0; i < times; ++i) {
-            text += part;
+// Work that grew with the square of the length would run into the time limit of the test.
+TEST(SecretMask, GetsThroughLongHostileLines) {
+    constexpr std::size_t kLength = 4U << 20U;
+    for (const char* part : {"<pwd>", "pwd ", "8;password", "://a:", "<pwd x=\"", "</pwd", "1;;pwd",
+                             "<pwd ", "&lt;pwd "}) {
+        for (const char* end : {"", "/>", "/&gt;", ">"}) {
+            std::string text = "<pwd>hidden</pwd>";
+            while (text.size() < kLength) {
+                text += part;
+            }
+            text += end;
+            std::string masked = text;
+            SecretMask::apply(text, masked);
+            EXPECT_EQ(std::string::npos, masked.find("hidden")) << part << end;
         }
-        std::string masked;
-        const Clock::time_point start = Clock::now();
-        SecretMask::apply(text, masked);
-        return std::chrono::duration<double>(Clock::now() - start).count();
-    };
-    for (const char* part :
-         {"<pwd>", "pwd ", "8;password", "://a:", "<pwd x=\"", "</pwd", "1;;pwd"}) {
-        costOf(part, 1000);
-        const double once = costOf(part, 20'000);
-        EXPECT_LT(costOf(part, 80'000), 4 * 4 * once + 0.01) << part;
     }
 }
 
