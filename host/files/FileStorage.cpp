@@ -56,8 +56,7 @@ bool isLinkTo(const FilePlace& place, const std::string& target) {
     std::string present(target.size() + 1, '\0');
     const ssize_t length =
         ::readlinkat(place.directory.get(), place.name.c_str(), present.data(), present.size());
-    return length == static_cast<ssize_t>(target.size()) &&
-           present.compare(0, target.size(), target) == 0;
+    return length == static_cast<ssize_t>(target.size()) && present.starts_with(target);
 }
 
 StorageEntry::eKind kindOf(int directory, const dirent& entry) {

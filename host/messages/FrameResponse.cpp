@@ -20,8 +20,8 @@ constexpr std::size_t kKeptPayload = 256U << 10U;
 /// Keeps the connection, whoever else lets go of it meanwhile.
 class FrameResponse::Postponed : public InvokerResponse {
 public:
-    Postponed(std::shared_ptr<Connection> connection, const FrameResponse& response)
-        : m_connection(std::move(connection)), m_response(response) {}
+    Postponed(std::shared_ptr<Connection> connection, FrameResponse response)
+        : m_connection(std::move(connection)), m_response(std::move(response)) {}
     ~Postponed() override {
         m_response.setPayload(nullptr, 0);
         Postponed::send();
@@ -86,7 +86,7 @@ void FrameResponse::send() {
 }
 
 std::shared_ptr<InvokerResponse> FrameResponse::postpone() {
-    std::shared_ptr<Connection> connection = m_connection->weak_from_this().lock();
+    const std::shared_ptr<Connection> connection = m_connection->weak_from_this().lock();
     if (m_sent || !m_wantsReply || !connection || connection->hasPostponed()) {
         return nullptr;
     }

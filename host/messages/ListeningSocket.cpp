@@ -35,7 +35,8 @@ const sockaddr* generic(const sockaddr_un& address) {
 /// Under our lock it is some other program that answers.
 bool somebodyListens(const sockaddr_un& address) {
     const FileDescriptor probe(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    return ::connect(probe.get(), generic(address), sizeof address) == 0 || errno == EAGAIN;
+    return probe &&
+           (::connect(probe.get(), generic(address), sizeof address) == 0 || errno == EAGAIN);
 }
 
 bool removeStale(const std::string& path, const sockaddr_un& address, std::string& error) {
