@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <functional>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -14,26 +13,17 @@
 #include <string_view>
 #include <vector>
 
-#include "Assignment.h"
-#include "BusyMask.h"
+#include "AskingLine.h"
 #include "Commands.h"
 #include "ExitCode.h"
-#include "FileTypes.h"
 #include "FilesLine.h"
 #include "JsonPrinter.h"
 #include "LocalMgmtClient.h"
-#include "ParameterArgument.h"
 #include "ServingLine.h"
 #include "TextPrinter.h"
-#include "TrapLine.h"
 
 namespace vireo {
 namespace {
-
-struct CommandLine;
-using Command = std::function<ExitCode(Commands&)>;
-// Makes the command that a line stands for; none, with `error`, when its arguments are wrong.
-using Binder = std::optional<Command> (*)(const CommandLine& line, std::string& error);
 
 struct CommandLine {
     std::string socketPath = "/run/vireo/vireo.sock";
@@ -41,113 +31,11 @@ struct CommandLine {
     std::string protocol = "rpc";
     bool json = false;
     int timeout = 5000;
-    std::string name;             // of a method, schema, item or file type
-    std::string action = "show";  // of "busy"
-    std::string number;
-    std::string fileName;
-    std::vector<std::string> arguments;  // of the command
-    bool readsPassword = false;
-    Binder bind = nullptr;
-    FilesLine files;      // instead of it
-    TrapLine trap;        // likewise
-    ServingLine serving;  // instead of it, for the commands that go on
+    // The line has a command of one of them.
+    AskingLine asking;
+    FilesLine files;
+    ServingLine serving;
 };
-
-std::optional<Command> bindGet(const CommandLine& line, std::string& /*error*/) {
-    return [tags = line.arguments](Commands& commands) { return commands.get(tags); };
-}
-
-std::optional<Command> bindSet(const CommandLine& line, std::string& error) {
-    const auto assignments = Assignment::parseAll(line.arguments, error);
-    if (!assignments) {
-        return std::nullopt;
-    }
-    return [all = *assignments](Commands& commands) { return commands.set(all); };
-}
-
-std::optional<Command> bindSoftware(const CommandLine& /*line*/, std::string& /*error*/) {
-    return [](Commands& commands) { return commands.software(); };
-}
-
-std::optional<Command> bindSchema(const CommandLine& line, std::string& /*error*/) {
-    return [name = line.name](Commands& commands) { return commands.schema(name); };
-}
-
-std::optional<Command> bindSchemaOf(const CommandLine& line, std::string& /*error*/) {
-    return [tag = line.name](Commands& commands) { return commands.schemaOf(tag); };
-}
-
-std::optional<Command> bindInvalidateCache(const CommandLine& /*line*/, std::string& /*error*/) {
-    return [](Commands& commands) { return commands.invalidateCache(); };
-}
-
-std::optional<Command> bindBusy(const CommandLine& line, std::string& error) {
-    const bool shows = line.action == "show";
-    if (shows != line.number.empty()) {
-        error = shows ? "'show' takes no bits" : "'" + line.action + "' needs the bits";
-        return std::nullopt;
-    }
-    if (shows) {
-        return [](Commands& commands) { return commands.showBusy(); };
-    }
-    const std::optional<unsigned> bits = BusyMask::parse(line.number, error);
-    if (!bits) {
-        return std::nullopt;
-    }
-    return [bits = *bits, sets = line.action == "set"](Commands& commands) {
-        return sets ? commands.setBusy(bits) : commands.clearBusy(bits);
-    };
-}
-
-std::optional<Command> bindTrap(const CommandLine& line, std::string& error) {
-    return line.trap.bind(error);
-}
-
-std::optional<Command> bindLimits(const CommandLine& line, std::string& /*error*/) {
-    return [fileType = line.name](Commands& commands) { return commands.limits(fileType); };
-}
-
-std::optional<Command> bindDownloadStatus(const CommandLine& line, std::string& /*error*/) {
-    return [type = line.name, file = line.fileName](Commands& commands) {
-        return commands.downloadStatus(type, file);
-    };
-}
-
-std::optional<Command> bindValidate(const CommandLine& line, std::string& /*error*/) {
-    return [type = line.name, file = line.fileName](Commands& commands) {
-        return commands.validate(type, file);
-    };
-}
-
-std::optional<Command> bindFactoryReset(const CommandLine& line, std::string& /*error*/) {
-    return [readsInput = line.readsPassword](Commands& commands) {
-        return commands.factoryReset([readsInput](std::string& error) {
-            return Commands::askForPassword(readsInput, error);
-        });
-    };
-}
-
-std::optional<Command> bindReboot(const CommandLine& line, std::string& /*error*/) {
-    return [reason = line.name](Commands& commands) { return commands.reboot(reason); };
-}
-
-std::optional<Command> bindResetUserData(const CommandLine& /*line*/, std::string& /*error*/) {
-    return [](Commands& commands) { return commands.resetUserData(); };
-}
-
-std::optional<Command> bindCall(const CommandLine& line, std::string& error) {
-    std::vector<Parameter> parameters;
-    for (const std::string& argument : line.arguments) {
-        const auto parameter = ParameterArgument::parse(argument, error);
-        if (!parameter) {
-            return std::nullopt;
-        }
-        parameters.push_back(*parameter);
-    }
-    return [name = line.name, parameters](Commands& commands) {
-        return commands.call(name, parameters);
-    };
-}
 
 std::string checkChannelName(const std::string& name) {
     return name.empty() || name.size() > 64 ? "a channel name has 1 to 64 characters" : "";
@@ -174,91 +62,6 @@ void declareOptions(CLI::App& app, CommandLine& line) {
         ->capture_default_str();
 }
 
-CLI::App& addCommand(CLI::App& app, CommandLine& line, const char* name, const char* description,
-                     Binder bind) {
-    CLI::App* command = app.add_subcommand(name, description);
-    command->callback([&line, bind] { line.bind = bind; });
-    return *command;
-}
-
-CLI::App& addFileCommand(CLI::App& app, CommandLine& line, const char* name,
-                         const char* description, Binder bind) {
-    CLI::App& command = addCommand(app, line, name, description, bind);
-    command.add_option("TYPE", line.name, "The file type")
-        ->required()
-        ->check(CLI::IsMember(FileTypes::names()))
-        ->type_name("");
-    return command;
-}
-
-void declareFileCommands(CLI::App& app, CommandLine& line) {
-    addFileCommand(app, line, "limits", "Print how many files of a type the phone keeps",
-                   bindLimits);
-    addFileCommand(app, line, "download-status",
-                   "Print how far the current or last download of a type is", bindDownloadStatus)
-        .add_option("NAME", line.fileName, "Only if it is of this file")
-        ->type_name("");
-    addFileCommand(app, line, "validate", "Check a file of the phone; it is deleted if too large",
-                   bindValidate)
-        .add_option("NAME", line.fileName, "The file, without its directory")
-        ->required()
-        ->type_name("");
-}
-
-void declareMaintenance(CLI::App& app, CommandLine& line) {
-    addCommand(app, line, "factory-reset",
-               "Delete downloads, users' files and network settings; asks for the password",
-               bindFactoryReset)
-        .add_flag("--password-stdin", line.readsPassword, "Read the password from standard input");
-    addCommand(app, line, "reboot", "Reboot the phone", bindReboot)
-        .add_option("REASON", line.name, "Why; it is recorded")
-        ->required()
-        ->type_name("");
-    addCommand(app, line, "reset-user-data",
-               "Have all owners reset the user's data, and reset the current user's files",
-               bindResetUserData);
-}
-
-void declareCommands(CLI::App& app, CommandLine& line) {
-    addCommand(app, line, "get", "Read items", bindGet)
-        .add_option("TAG", line.arguments, "The items to read")
-        ->required()
-        ->type_name("");
-    addCommand(app, line, "set", "Write items", bindSet)
-        .add_option("ASSIGNMENT", line.arguments, "What to write; a value is taken as it is")
-        ->required()
-        ->type_name("TAG=VALUE");
-    addCommand(app, line, "software", "Show the phone's software and both of its banks",
-               bindSoftware);
-    addCommand(app, line, "schema", "Print a schema", bindSchema)
-        .add_option("NAME", line.name, "The schema")
-        ->required()
-        ->type_name("");
-    addCommand(app, line, "schema-of", "Print the name of an item's schema", bindSchemaOf)
-        .add_option("TAG", line.name, "The item")
-        ->required()
-        ->type_name("");
-    addCommand(app, line, "invalidate-cache",
-               "Make the service forget the last known values of other owners' items",
-               bindInvalidateCache);
-    CLI::App& busy =
-        addCommand(app, line, "busy", "Show or change what keeps the phone busy", bindBusy);
-    busy.add_option("ACTION", line.action, "What to do: show, set or clear")
-        ->check(CLI::IsMember({"show", "set", "clear"}))
-        ->type_name("")
-        ->capture_default_str();
-    busy.add_option("BITS", line.number, "The bits to set or clear, decimal or 0x and hexadecimal")
-        ->type_name("");
-    line.trap.declare(app, [&line] { line.bind = bindTrap; });
-    declareFileCommands(app, line);
-    declareMaintenance(app, line);
-    CLI::App& call =
-        addCommand(app, line, "call", "Call any method of the local interface", bindCall);
-    call.add_option("METHOD", line.name, "The method")->required()->type_name("");
-    call.add_option("PARAMETER", line.arguments, "Its parameters; TYPE is int, bool, string or xml")
-        ->type_name("NAME:TYPE=VALUE");
-}
-
 LocalMgmtClient::Options connectionOf(const CommandLine& line, const std::string& channelName) {
     LocalMgmtClient::Options options;
     options.socketPath = line.socketPath;
@@ -269,7 +72,7 @@ LocalMgmtClient::Options connectionOf(const CommandLine& line, const std::string
     return options;
 }
 
-ExitCode ask(const CommandLine& line, const Command& command, AnswerPrinter& printer) {
+ExitCode ask(const CommandLine& line, const AskingLine::Command& command, AnswerPrinter& printer) {
     const LocalMgmtClient::Options options = connectionOf(line, "vireoctl-*");
     std::string error;
     const std::unique_ptr<LocalMgmtClient> client = LocalMgmtClient::connect(options, error);
@@ -291,14 +94,14 @@ bool isTerminal(int descriptor) {
 
 ExitCode runCommand(const CommandLine& line, const std::string& name) {
     std::string error;
-    std::optional<Command> command;
+    std::optional<AskingLine::Command> command;
     std::optional<ServingLine::Command> serving;
     if (line.serving.isChosen()) {
         serving = line.serving.bind(error);
     } else if (line.files.command()) {
         command = line.files.command();
     } else {
-        command = line.bind(line, error);
+        command = line.asking.bind(error);
     }
     if (!command && !serving) {
         std::cerr << "vireoctl " << name << ": " << error << '\n';
@@ -356,7 +159,7 @@ ExitCode run(int argc, char** argv) {
         "Exit codes: 0 done, 1 refused or failed, 2 wrong usage, 3 service not reached or no "
         "answer in time.");
     declareOptions(app, line);
-    declareCommands(app, line);
+    line.asking.declare(app);
     line.files.declare(app);
     line.serving.declare(app);
     try {
