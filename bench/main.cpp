@@ -29,7 +29,7 @@ constexpr Measurement kMeasurements[] = {
     {"observers", measureObservers},   {"peers", measureManyPeers},
     {"start", measureStart},           {"memory", measureMemory},
     {"downloads", measureDownloads},   {"burn", measureBurns},
-    {"traps", measureTraps},
+    {"traps", measureTraps},           {"files", measureFiles},
 };
 
 struct Options {

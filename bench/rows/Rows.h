@@ -27,5 +27,6 @@ void measureMemory(Bench& bench);
 void measureDownloads(Bench& bench);
 void measureBurns(Bench& bench);
 void measureTraps(Bench& bench);
+void measureFiles(Bench& bench);
 
 }  // namespace vireo::bench
