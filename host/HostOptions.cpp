@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <limits>
-#include <regex>
 
 #include "SettingsFile.h"
 #include "image/ImageHeader.h"
@@ -218,8 +217,22 @@ void declareTransfer(CLI::App& app, TransferOptions& transfer) {
 }
 
 std::string checkObjectId(const std::string& text) {
-    const bool isRight =
-        text.size() < 200 && std::regex_match(text, std::regex("[0-2](\\.[0-9]{1,9}){1,30}"));
+    constexpr std::size_t kMostNumbers = 31;
+    constexpr std::size_t kMostDigits = 9;
+    std::size_t numbers = 1;
+    std::size_t digits = 0;
+    bool isRight = !text.empty() && text.front() <= '2';  // of the three roots there are
+    for (const char c : text) {
+        if (c == '.') {
+            isRight = isRight && digits > 0;
+            digits = 0;
+            ++numbers;
+        } else {
+            isRight = isRight && c >= '0' && c <= '9' && ++digits <= kMostDigits;
+            isRight = isRight && (numbers > 1 || digits == 1);
+        }
+    }
+    isRight = isRight && digits > 0 && numbers > 1 && numbers <= kMostNumbers;
     return isRight ? std::string() : "\"" + text + "\" is no object identifier";
 }
 
