@@ -96,6 +96,10 @@ void Storage::replaceBySymlink(const std::string& targetPath, const std::string&
     port().replaceBySymlink(targetPath, linkPath);
 }
 
+void Storage::deleteSymlink(const std::string& directory, const std::string& name) {
+    port().deleteSymlink(directory + name);
+}
+
 void Storage::copyFile(const std::string& fromPath, const std::string& toPath) {
     port().copyFile(fromPath, toPath);
 }

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string_view>
 
@@ -57,6 +58,11 @@ bool isLinkTo(const FilePlace& place, const std::string& target) {
     const ssize_t length =
         ::readlinkat(place.directory.get(), place.name.c_str(), present.data(), present.size());
     return length == static_cast<ssize_t>(target.size()) && present.starts_with(target);
+}
+
+bool isFile(const FilePlace& place) {
+    struct stat status {};
+    return place.status(status, AT_SYMLINK_NOFOLLOW) && S_ISREG(status.st_mode);
 }
 
 StorageEntry::eKind kindOf(int directory, const dirent& entry) {
@@ -187,13 +193,40 @@ void FileStorage::createSymlink(const std::string& targetPath, const std::string
 
 void FileStorage::replaceBySymlink(const std::string& targetPath, const std::string& linkPath) {
     constexpr const char* kWhat = "link";
+    constexpr const char* kOther = "there is a file of that name with other contents";
     const FilePlace place(m_device, kWhat, m_device.placeOf(linkPath), Missing::eRefuse);
+    const std::string target = m_device.placeOf(targetPath);
+    std::optional<FileContents> same;
+    if (isFile(place)) {
+        same.emplace(m_device, kWhat, m_device.placeOf(linkPath));
+        if (!same->equals(FileContents(m_device, kWhat, target))) {
+            failOn(kWhat, linkPath, kOther);
+        }
+    }
     HiddenName hidden(place);
-    if (::symlinkat(m_device.placeOf(targetPath).c_str(), place.directory.get(), hidden.text()) !=
-        0) {
+    if (::symlinkat(target.c_str(), place.directory.get(), hidden.text()) != 0) {
         failOn(kWhat, linkPath);
     }
+    const std::lock_guard lock(namesLock());
+    struct stat present {};
+    if (place.status(present, AT_SYMLINK_NOFOLLOW) && S_ISREG(present.st_mode) &&
+        !(same && same->isFile(present))) {
+        failOn(kWhat, linkPath, kOther);
+    }
     hidden.become(kWhat, linkPath);
+}
+
+void FileStorage::deleteSymlink(const std::string& linkPath) {
+    constexpr const char* kWhat = "delete";
+    const FilePlace place(m_device, kWhat, m_device.placeOf(linkPath), Missing::eRefuse);
+    const std::lock_guard lock(namesLock());
+    if (isFile(place)) {
+        failOn(kWhat, linkPath, "it is a file and no link");
+    }
+    if (::unlinkat(place.directory.get(), place.name.c_str(), 0) != 0) {
+        failOn(kWhat, linkPath);
+    }
+    ConfinedRoot::synchronize(place.directory, linkPath);
 }
 
 void FileStorage::copyFile(const std::string& fromPath, const std::string& toPath) {

@@ -25,6 +25,7 @@ public:
     void renameFile(const std::string& fromPath, const std::string& toPath) override;
     void createSymlink(const std::string& targetPath, const std::string& linkPath) override;
     void replaceBySymlink(const std::string& targetPath, const std::string& linkPath) override;
+    void deleteSymlink(const std::string& linkPath) override;
     void copyFile(const std::string& fromPath, const std::string& toPath) override;
     void getStorageName(std::string& id, std::string& displayName) override;
     StorageSpace space() override;

@@ -31,6 +31,11 @@ std::string newPartialName() {
            std::to_string(count.fetch_add(1));
 }
 
+std::mutex& namesLock() {
+    static std::mutex lock;
+    return lock;
+}
+
 void removePartialFiles(const std::string& rootDirectory) {
     namespace fs = std::filesystem;
     std::error_code failure;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,10 @@ constexpr bool isPartialName(std::string_view name) {
 
 /// Such a name that nobody else in this process gets. Safe from every thread.
 std::string newPartialName();
+
+/// Held while a received file takes its name, and while what bears a name is looked at and replaced
+/// or removed for what it is. A leaf.
+std::mutex& namesLock();
 
 /// Removes the incomplete files and links that an earlier run left below a directory, each with a
 /// log line. Links are not followed. A directory that is not there holds none.

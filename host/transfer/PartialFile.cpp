@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <mutex>
 #include <system_error>
 
 #include "device/StorageError.h"
@@ -170,6 +171,17 @@ bool PartialFile::isInPlace() const {
            named.st_ino == own.st_ino;
 }
 
+bool PartialFile::takeName(std::string& error) {
+    const std::lock_guard lock(namesLock());
+    if (::renameat(m_directory.get(), m_hiddenName.c_str(), m_directory.get(),
+                   m_finalName.c_str()) != 0) {
+        error = withReason("cannot write " + m_directoryPath + m_finalName, errno);
+        return false;
+    }
+    m_hiddenName.clear();
+    return true;
+}
+
 bool PartialFile::commit(std::string& error) {
     if (!flush(error)) {
         return false;
@@ -178,12 +190,9 @@ bool PartialFile::commit(std::string& error) {
         error = withReason("cannot write to " + m_directoryPath, errno);
         return false;
     }
-    if (::renameat(m_directory.get(), m_hiddenName.c_str(), m_directory.get(),
-                   m_finalName.c_str()) != 0) {
-        error = withReason("cannot write " + m_directoryPath + m_finalName, errno);
+    if (!takeName(error)) {
         return false;
     }
-    m_hiddenName.clear();
     // A file system that cannot sync a directory says EINVAL.
     if (::fsync(m_directory.get()) != 0 && errno != EINVAL) {
         error = withReason("cannot write to " + m_directoryPath, errno);

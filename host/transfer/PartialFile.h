@@ -43,6 +43,7 @@ private:
     bool open(std::string& error);
     bool write(const char* bytes, std::size_t count, std::string& error);
     void startWriteBack();
+    bool takeName(std::string& error);
 
     const ConfinedRoot& m_root;
     FileDescriptor m_directory;

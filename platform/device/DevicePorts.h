@@ -25,6 +25,7 @@ public:
     virtual void renameFile(const std::string& fromPath, const std::string& toPath) = 0;
     virtual void createSymlink(const std::string& targetPath, const std::string& linkPath) = 0;
     virtual void replaceBySymlink(const std::string& targetPath, const std::string& linkPath) = 0;
+    virtual void deleteSymlink(const std::string& linkPath) = 0;
     virtual void copyFile(const std::string& fromPath, const std::string& toPath) = 0;
     virtual void getStorageName(std::string& id, std::string& displayName) = 0;
     virtual StorageSpace space() = 0;

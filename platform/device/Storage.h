@@ -69,8 +69,11 @@ public:
     /// Makes a link to `targetPath`, a full path, in a directory that is there. A link of that name
     /// with that target stays; anything else of that name refuses.
     static void createSymlink(const std::string& targetPath, const std::string& linkPath);
-    /// The same in the place of the file or link of that name, in one step.
+    /// The same in the place of a link of that name, or of a file with the contents of the target,
+    /// in one step. A file with other contents refuses, also one that came a moment ago.
     static void replaceBySymlink(const std::string& targetPath, const std::string& linkPath);
+    /// Removes a link; a file, also one that came a moment ago, refuses.
+    static void deleteSymlink(const std::string& directory, const std::string& name);
     /// Copies the contents of a file, or of what a link points to, into a directory that is there.
     /// The copy appears in one step when it is complete, in the place of the file or link of its
     /// name. A file that is copied onto itself stays.

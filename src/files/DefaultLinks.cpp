@@ -120,7 +120,7 @@ void DefaultLinks::checkUserLinks(const Area& area) {
         guardedCall("setupUserDefaults", [&] {
             if (!area.hasDefault.contains(name)) {
                 VCMS_LOG(kLogDebug, "Dangling link found in user area, deleting");
-                Storage::deleteFile(area.userDirectory, name);
+                Storage::deleteSymlink(area.userDirectory, name);
             } else if (Storage::compareFiles(area.defaultsDirectory + name,
                                              area.userDirectory + name) != 0) {
                 // Deliberate: the line speaks of a matching file, though they differ.

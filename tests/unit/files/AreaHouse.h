@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <string>
 #include <type_traits>
@@ -27,6 +28,9 @@ public:
     }
     bool hasFailed() const { return m_failAt != 0 && m_calls >= m_failAt; }
 
+    /// What another thread does just before a file or link goes because of what it was found to be.
+    std::function<void(const std::string& path)> meanwhile = [](const std::string&) {};
+
     void initStorageLocation(std::string& path) override {
         run([&] { m_real.initStorageLocation(path); });
     }
@@ -49,7 +53,12 @@ public:
         run([&] { m_real.createSymlink(target, link); });
     }
     void replaceBySymlink(const std::string& target, const std::string& link) override {
+        meanwhile(link);
         run([&] { m_real.replaceBySymlink(target, link); });
+    }
+    void deleteSymlink(const std::string& link) override {
+        meanwhile(link);
+        run([&] { m_real.deleteSymlink(link); });
     }
     void copyFile(const std::string& from, const std::string& to) override {
         run([&] { m_real.copyFile(from, to); });

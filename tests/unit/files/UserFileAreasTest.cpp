@@ -111,6 +111,36 @@ TEST_F(UserFileAreasTest, OnlySoftwareOfTypeOneChecksTheLinksOfTheUser) {
     }
 }
 
+TEST_F(UserFileAreasTest, AFileThatIsReceivedDuringAListIsKept) {
+    const struct {
+        const char* what;
+        const char* before;
+    } rows[] = {
+        {"an identical file", "=default"},
+        {"a link that leads elsewhere", ">/files/other"},
+        {"a link without default", ">/Vireo_Deploy/images/gone"},
+    };
+    deploy("images/a", "default");
+    put("other", "other");
+    int count = 0;
+    failing.meanwhile = [&](const std::string& path) {
+        ++count;
+        write(path, "received");
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const std::string text = row.before;
+        const std::string path = text.ends_with("gone") ? "images/gone" : "images/a";
+        text[0] == '>' ? link(text.substr(1), path) : put(path, text.substr(1));
+        ports.forgetLines();
+        count = 0;
+        list(kPicture, Ifc::USER_BASE);
+        EXPECT_EQ(count, 1);
+        EXPECT_EQ(tree()[path], "=received");
+        EXPECT_EQ(ports.count(kLogError, stored(path)), 1) << "it is said why";
+    }
+}
+
 TEST_F(UserFileAreasTest, AListHoldsFullPathsInOrderAndNothingElse) {
     for (const char* name : {"b", "a", "B", "a b", "\xc3\xa4", "<&\">"}) {
         put(std::string("logos/") + name, "x");

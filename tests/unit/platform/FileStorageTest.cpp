@@ -180,8 +180,13 @@ TEST_F(FileStorageTest, ALinkIsMadeOnceAndReplacesOnlyWhereAsked) {
     EXPECT_THAT(errorOf([&] { m_storage.createSymlink("/Vireo_Deploy/a", below("no/way")); }),
                 HasSubstr("No such file"));
 
+    EXPECT_THAT(errorOf([&] { m_storage.replaceBySymlink("/Vireo_Deploy/a", below("own")); }),
+                HasSubstr("cannot link \"" + below("own") + "\": there is a file of that name"));
+    EXPECT_EQ(read(below("own")), "own");
+    write(below("own"), "default");
     m_storage.replaceBySymlink("/Vireo_Deploy/a", below("own"));
     m_storage.replaceBySymlink("/Vireo_Deploy/b", link);
+    EXPECT_TRUE(std::filesystem::is_symlink(below("own")));
     EXPECT_EQ(read(below("own")), "default");
     EXPECT_EQ(std::filesystem::read_symlink(link), m_root + "/Vireo_Deploy/b");
     std::filesystem::create_directory(below("directory"));
@@ -323,6 +328,16 @@ TEST_F(FileStorageTest, DeletingALinkLeavesWhatItPointsTo) {
     EXPECT_EQ(read(below("target")), "kept");
     m_storage.deleteFile(below("target"));
     EXPECT_FALSE(std::filesystem::exists(below("target")));
+    write(below("target"), "kept");
+    m_storage.createSymlink("/anything", below("link"));
+    m_storage.deleteSymlink(below("link"));
+    EXPECT_FALSE(std::filesystem::is_symlink(below("link")));
+    EXPECT_THAT(errorOf([&] { m_storage.deleteSymlink(below("target")); }),
+                HasSubstr("it is a file and no link"));
+    EXPECT_NE(errorOf([&] { m_storage.deleteSymlink(below("link")); }), "");
+    EXPECT_NE(errorOf([&] { m_storage.deleteSymlink(below("directory")); }), "");
+    EXPECT_EQ(read(below("target")), "kept");
+    m_storage.deleteFile(below("target"));
     EXPECT_THAT(errorOf([&] { m_storage.deleteFile(below("target")); }),
                 HasSubstr("cannot delete \"" + below("target") + "\": No such file"));
     EXPECT_NE(errorOf([&] { m_storage.deleteFile(below("directory")); }), "");
