@@ -101,6 +101,68 @@ protected:
         }
     }
 
+    /// Makes the real areas, and who the current user is, those of a model.
+    void restore(const AreaModel& model) {
+        std::filesystem::remove_all(stored(""));
+        for (const auto& [path, text] : model.tree) {
+            text[0] == '>' ? link(text.substr(1), path) : put(path, text.substr(1));
+        }
+        service.changeCurrentUser(Ifc::USER_BASE_KSP);  // from here nothing is cleared
+        service.changeCurrentUser(model.current);
+    }
+
+    /// Runs the operation with one failing call. False when it has not so many.
+    bool fails(const Operation& operation, const AreaModel& before, unsigned call,
+               FailingStorage::Fault fault) {
+        SCOPED_TRACE("call " + std::to_string(call) +
+                     (fault == FailingStorage::Fault::eBefore ? ", before it" : ", after it"));
+        m_model = before;
+        operation.model();
+        const AreaModel wanted = m_model;
+        restore(before);
+        failing.failAt(call, fault);
+        operation.real();
+        const bool hasFailed = failing.hasFailed();
+        failing.failAt(0);
+        m_model.tree = tree();
+        if (!hasFailed) {
+            EXPECT_EQ(m_model.tree, wanted.tree);
+            return false;
+        }
+        expectFilesOf(before, wanted, operation.isList);
+        expectRulesAfterLists();
+        return true;
+    }
+
+    /// Every file that was there and stays without a fault.
+    void expectFilesOf(const AreaModel& before, const AreaModel& wanted, bool isList) {
+        for (const auto& [path, text] : before.tree) {
+            // A list may put a link in the place of an identical file.
+            const auto stays = wanted.tree.find(path);
+            if (text[0] == '=' && stays != wanted.tree.end() && (isList || stays->second == text)) {
+                const std::string* const shown = m_model.contents(path);
+                EXPECT_TRUE(shown != nullptr && *shown == text.substr(1)) << path << " is lost";
+            }
+        }
+    }
+
+    void expectRulesAfterLists() {
+        for (const Ifc::eUsertype user : {Ifc::USER_BASE, Ifc::USER_VISITOR}) {
+            for (std::size_t type = 0; type < kTypesWithDefaults; ++type) {
+                list(kTypes[type], user);
+            }
+        }
+        m_model.tree = tree();
+        for (const Ifc::eUsertype user : {Ifc::USER_BASE, Ifc::USER_VISITOR}) {
+            for (std::size_t type = 0; type < kTypesWithDefaults; ++type) {
+                expectRules(kTypes[type], user);
+            }
+        }
+        for (const auto& [path, text] : m_model.tree) {
+            EXPECT_EQ(path.find("/."), std::string::npos) << path << " is left over";
+        }
+    }
+
     /// The links of one directory, as they have to be after a list.
     void expectRules(Ifc::eFiletype type, Ifc::eUsertype user) {
         const std::string kind = AreaModel::nameOf(type);
@@ -144,49 +206,29 @@ TEST_F(AreaModelTest, RandomOperationsLeaveWhatTheModelLeaves) {
     }
 }
 
-/// Each storage call of random operations fails once. What was a user's file before and would be
-/// without the fault is there still, and the next list puts the links right.
+/// Every storage call of random operations fails, one after the other. What was a user's file
+/// before and would be without the fault is there still, and the next list puts the links right.
 TEST_F(AreaModelTest, NoFailingCallLosesAFileOrALink) {
-    const unsigned count = operations(1000);
+    using Fault = FailingStorage::Fault;
+    const unsigned count = operations(10);
+    m_model.current = Ifc::USER_BASE;
     unsigned failures = 0;
     for (unsigned i = 0; i < count && !HasFailure(); ++i) {
-        SCOPED_TRACE("operation " + std::to_string(i));
-        disturb();
-        disturb();
-        const auto [real, model, isList] = anyOperation();
+        for (int change = 0; change < 6; ++change) {
+            disturb();
+        }
+        const Operation operation = anyOperation();
         const AreaModel before = m_model;
-        model();
-        failing.failAt(1 + anyNumber(12), m_random() % 2 == 0 ? FailingStorage::Fault::eBefore
-                                                              : FailingStorage::Fault::eAfter);
-        real();
-        failures += failing.hasFailed() ? 1U : 0U;
-        failing.failAt(0);
-        const AreaModel wanted = m_model;
-        m_model.tree = tree();
-        for (const auto& [path, text] : before.tree) {
-            // A list may put a link in the place of an identical file.
-            const auto stays = wanted.tree.find(path);
-            if (text[0] == '=' && stays != wanted.tree.end() && (isList || stays->second == text)) {
-                const std::string* const shown = m_model.contents(path);
-                EXPECT_TRUE(shown != nullptr && *shown == text.substr(1)) << path << " is lost";
+        for (const Fault fault : {Fault::eBefore, Fault::eAfter}) {
+            for (unsigned call = 1; !HasFailure() && fails(operation, before, call, fault);
+                 ++call) {
+                ++failures;
             }
         }
-        for (const Ifc::eUsertype user : {Ifc::USER_BASE, Ifc::USER_VISITOR}) {
-            for (std::size_t type = 0; type < kTypesWithDefaults; ++type) {
-                list(kTypes[type], user);
-            }
-        }
-        m_model.tree = tree();
-        for (const Ifc::eUsertype user : {Ifc::USER_BASE, Ifc::USER_VISITOR}) {
-            for (std::size_t type = 0; type < kTypesWithDefaults; ++type) {
-                expectRules(kTypes[type], user);
-            }
-        }
-        for (const auto& [path, text] : m_model.tree) {
-            EXPECT_EQ(path.find("/."), std::string::npos) << path << " is left over";
-        }
+        m_model = before;
+        operation.model();
     }
-    EXPECT_GT(failures, count / 4) << "too few calls failed to show anything";
+    EXPECT_GT(failures, 10 * count) << "too few calls failed to show anything";
 }
 
 }  // namespace
