@@ -23,7 +23,7 @@ std::string TrapTarget::name() const {
 }
 
 const UdpAddress* TrapTarget::find(std::string& error) {
-    if (m_isForGood) {
+    if (m_isForGood && m_address) {
         return &*m_address;
     }
     if (m_texts.host.empty()) {

@@ -1,5 +1,7 @@
 #include "files/SingleFileTypes.h"
 
+#include <string_view>
+
 #include "Boundary.h"
 #include "device/Storage.h"
 #include "files/FileTypeCatalogue.h"
@@ -31,9 +33,10 @@ void SingleFileTypes::removeOldFileForSingleFileTypes(LocalMgmtIfc::eFiletype ty
     guardedCall("removeOldFileForSingleFileTypes", [&] {
         const std::size_t nameStart = path.rfind('/') + 1;
         const std::string directory = path.substr(0, nameStart);
+        const std::string_view name = std::string_view(path).substr(nameStart);
         const std::lock_guard lock(m_directoryLock);
         for (const StorageEntry& entry : Storage::list(directory)) {
-            if (path.compare(nameStart, std::string::npos, entry.name) != 0) {
+            if (entry.name != name) {
                 guardedCall("removeOldFileForSingleFileTypes",
                             [&] { remove(entry, directory, type); });
             }
