@@ -40,6 +40,10 @@ InformChannel::InformChannel(std::shared_ptr<InformOutbox> outbox, InformSurroun
 
 InformChannel::~InformChannel() {
     close();
+    if (m_current) {
+        logLine(kLogWarning, __LINE__,
+                "a trap to " + m_outbox->place.name + " was given up with its session");
+    }
 }
 
 void InformChannel::close() {
@@ -50,29 +54,77 @@ void InformChannel::close() {
 }
 
 int InformChannel::descriptor() const {
+    if (m_probe) {
+        return m_probe->descriptor();
+    }
     return m_session != nullptr ? ::snmp_sess_transport(m_session)->sock : -1;
+}
+
+/// Who confirms messages of version 3 is asked first who it is.
+bool InformChannel::wantsEngine() const {
+    const ReceiverSettings& receiver = m_outbox->place.receiver;
+    return receiver.version == SnmpVersion::eV3 && receiver.isConfirmed && !m_engine;
 }
 
 void InformChannel::send(TrapContent content) {
     m_current = std::move(content);
-    std::string error;
     if (std::exchange(m_isStale, false)) {
         close();
     }
-    if (m_session == nullptr && !open(error)) {
+    std::optional<SnmpUser> user;
+    std::string error;
+    if (!wantsEngine()) {
+        openAndSend();
+    } else if (!prepareSecurity(user, error)) {
+        fail(error);  // nobody is asked in vain
+    } else {
+        m_questionsLeft = m_surroundings.options.informRetries + 1;
+        m_probe.emplace();
+        ask();
+    }
+}
+
+void InformChannel::ask() {
+    std::string error;
+    --m_questionsLeft;
+    m_due = std::chrono::steady_clock::now() + m_surroundings.options.informTimeout;
+    if (!m_probe->ask(m_outbox->place.address, error)) {
         fail(error);
+    }
+}
+
+void InformChannel::askAgain() {
+    if (std::chrono::steady_clock::now() < m_due) {
         return;
     }
-    sendCurrent();
+    if (m_questionsLeft > 0) {
+        ask();
+    } else {
+        fail("it does not answer");
+    }
+}
+
+void InformChannel::openAndSend() {
+    std::string error;
+    if (m_session == nullptr && !open(error)) {
+        fail(error);
+    } else {
+        sendCurrent();
+    }
 }
 
 bool InformChannel::open(std::string& error) {
     const InformPlace& place = m_outbox->place;
     const TrapOptions& options = m_surroundings.options;
+    std::optional<SnmpUser> user;
+    if (!prepareSecurity(user, error)) {
+        return false;
+    }
     const SnmpLibrary::Lock lock = SnmpLibrary::lock();
     netsnmp_session session{};
     ::snmp_sess_init(&session);
-    std::string peer = (place.isLong ? "udp6:" : "udp:") + place.place;
+    const bool isLong = place.address.storage.ss_family == AF_INET6;
+    std::string peer = (isLong ? "udp6:" : "udp:") + place.address.text();
     std::string community = place.community;
     session.peername = peer.data();
     session.timeout =
@@ -81,18 +133,16 @@ bool InformChannel::open(std::string& error) {
     session.callback = onEvent;
     session.callback_magic = this;
     session.flags |= SNMP_FLAGS_DONT_PROBE;  // it would wait for the answer
-    const bool isThird = place.receiver.version == SnmpVersion::eV3;
-    if (!isThird) {
+    if (!user) {
         session.version = SNMP_VERSION_2c;
         session.community = reinterpret_cast<unsigned char*>(community.data());
         session.community_len = community.size();
     }
-    const bool isSecured = !isThird || addSecurity(session, error);
-    if (isSecured) {
+    if (!user || addSecurity(session, *user, error)) {
         m_session = ::snmp_sess_open(&session);  // with copies of everything
         if (m_session == nullptr) {
             error = std::string("no session: ") + ::snmp_api_errstring(session.s_snmp_errno);
-        } else if (isThird && session.securityEngineIDLen != 0) {
+        } else if (user) {
             ::usm_create_user_from_session(::snmp_sess_session(m_session));
         }
     }
@@ -104,45 +154,48 @@ bool InformChannel::open(std::string& error) {
     return m_session != nullptr;
 }
 
-bool InformChannel::addSecurity(netsnmp_session& session, std::string& error) {
+/// Reads and writes the files of version 3; without the library's lock, as that may wait.
+bool InformChannel::prepareSecurity(std::optional<SnmpUser>& user, std::string& error) {
     const ReceiverSettings& receiver = m_outbox->place.receiver;
-    const auto user = SnmpUsers::find(m_surroundings.root + "/" + m_surroundings.options.userFile,
-                                      receiver.user, error);
-    if (!user || !user->addTo(session, error)) {
-        return false;
+    if (receiver.version != SnmpVersion::eV3) {
+        return true;
     }
-    if (!receiver.isConfirmed) {
-        addOwnEngine(session);
-    } else if (!m_engineId.empty()) {
-        setEngine(session, m_engineId);
+    const TrapOptions& options = m_surroundings.options;
+    user = SnmpUsers::find(m_surroundings.root + "/" + options.userFile, receiver.user, error);
+    if (user && !receiver.isConfirmed && !m_surroundings.engine) {
+        std::string fault;
+        m_surroundings.engine =
+            SnmpEngine::start(m_surroundings.root + "/" + options.engineFile, fault);
+        if (!fault.empty()) {
+            logLine(kLogError, __LINE__, fault);
+        }
     }
-    return true;
+    return user.has_value();
 }
 
 /// Who sends what is not confirmed counts the time; who confirms it does.
-void InformChannel::addOwnEngine(netsnmp_session& session) {
-    std::string error;
-    if (!m_surroundings.engine) {
-        m_surroundings.engine =
-            SnmpEngine::start(m_surroundings.root + "/" + m_surroundings.options.engineFile, error);
+bool InformChannel::addSecurity(netsnmp_session& session, const SnmpUser& user,
+                                std::string& error) const {
+    if (!user.addTo(session, error)) {
+        return false;
     }
-    if (!error.empty()) {
-        logLine(kLogError, __LINE__, error);
+    if (m_engine) {
+        setEngine(session, m_engine->id);
+        session.engineBoots = m_engine->boots;
+        session.engineTime = m_engine->time;
+    } else {
+        setEngine(session, m_surroundings.engine->id());
+        session.engineBoots = m_surroundings.engine->boots();
+        session.engineTime = static_cast<unsigned>(::get_uptime() / 100);
     }
-    setEngine(session, m_surroundings.engine->id());
-    session.engineBoots = m_surroundings.engine->boots();
-    session.engineTime = static_cast<unsigned>(::get_uptime() / 100);
     ::set_enginetime(session.securityEngineID, static_cast<unsigned>(session.securityEngineIDLen),
                      session.engineBoots, session.engineTime, 1);
+    return true;
 }
 
 void InformChannel::sendCurrent() {
     const ReceiverSettings& receiver = m_outbox->place.receiver;
     const SnmpLibrary::Lock lock = SnmpLibrary::lock();
-    if (receiver.version == SnmpVersion::eV3 && receiver.isConfirmed && m_engineId.empty()) {
-        m_isProbing = sendProbe();
-        return;
-    }
     const int command = receiver.isConfirmed ? SNMP_MSG_INFORM : SNMP_MSG_TRAP2;
     PduPointer pdu =
         TrapMessage::makePdu(m_surroundings.origin, *m_current, receiver.version, command);
@@ -151,17 +204,6 @@ void InformChannel::sendCurrent() {
     } else if (sendPdu(std::move(pdu)) && !receiver.isConfirmed) {
         finish();
     }
-}
-
-/// What it is answered with says who the receiver is.
-bool InformChannel::sendProbe() {
-    PduPointer pdu(::snmp_pdu_create(SNMP_MSG_GET));
-    pdu->version = SNMP_VERSION_3;
-    pdu->securityName = ::strdup("");
-    pdu->securityNameLen = 0;
-    pdu->securityLevel = SNMP_SEC_LEVEL_NOAUTH;
-    pdu->securityModel = SNMP_SEC_MODEL_USM;
-    return sendPdu(std::move(pdu));
 }
 
 bool InformChannel::sendPdu(PduPointer pdu) {
@@ -176,28 +218,6 @@ bool InformChannel::sendPdu(PduPointer pdu) {
     return true;
 }
 
-/// The library keeps the engine of the answer with the session, and asks on. So the session ends,
-/// and the next one knows the engine from its start.
-void InformChannel::takeEngine() {
-    {
-        const SnmpLibrary::Lock lock = SnmpLibrary::lock();
-        const netsnmp_session& session = *::snmp_sess_session(m_session);
-        m_engineId.assign(reinterpret_cast<const char*>(session.securityEngineID),
-                          session.securityEngineIDLen);
-    }
-    if (m_engineId.empty()) {
-        return;
-    }
-    m_isProbing = false;
-    close();
-    std::string error;
-    if (open(error)) {
-        sendCurrent();
-    } else {
-        fail(error);
-    }
-}
-
 int InformChannel::onEvent(int operation, netsnmp_session* /*session*/, int /*request*/,
                            netsnmp_pdu* pdu, void* channel) {
     static_cast<InformChannel*>(channel)->take(operation, pdu);
@@ -206,15 +226,15 @@ int InformChannel::onEvent(int operation, netsnmp_session* /*session*/, int /*re
 
 /// Called by the library, under its lock.
 void InformChannel::take(int operation, const netsnmp_pdu* pdu) {
-    if (!m_current) {
+    if (!m_current || operation == NETSNMP_CALLBACK_OP_RESEND) {
         return;
     }
     if (operation == NETSNMP_CALLBACK_OP_TIMED_OUT) {
         fail("it does not answer");
+    } else if (operation == NETSNMP_CALLBACK_OP_SEC_ERROR) {
+        fail("it does not know the user, or has other passphrases");
     } else if (operation != NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE || pdu == nullptr) {
         fail("it cannot be reached");
-    } else if (m_isProbing) {
-        return;
     } else if (pdu->command == SNMP_MSG_RESPONSE) {
         finish();
     } else {
@@ -226,10 +246,10 @@ void InformChannel::take(int operation, const netsnmp_pdu* pdu) {
 
 /// Said once, until a trap is confirmed again.
 void InformChannel::fail(const std::string& reason) {
-    m_isProbing = false;
+    m_probe.reset();
     m_current.reset();
     m_isStale = true;  // it may be another one that answers next time
-    m_engineId.clear();
+    m_engine.reset();
     if (!m_saidFailure) {
         m_saidFailure = true;
         logLine(kLogError, __LINE__,
@@ -243,27 +263,29 @@ void InformChannel::finish() {
 }
 
 void InformChannel::read() {
-    {
-        const SnmpLibrary::Lock lock = SnmpLibrary::lock();
-        netsnmp_large_fd_set ready;
-        ::netsnmp_large_fd_set_init(&ready, FD_SETSIZE);
-        ::netsnmp_large_fd_setfd(descriptor(), &ready);
-        ::snmp_sess_read2(m_session, &ready);
-        ::netsnmp_large_fd_set_cleanup(&ready);
+    if (m_probe) {
+        m_engine = m_probe->read();
+        if (m_engine) {
+            m_probe.reset();
+            openAndSend();
+        }
+        return;
     }
-    if (m_isProbing && m_current) {
-        takeEngine();
-    }
+    const SnmpLibrary::Lock lock = SnmpLibrary::lock();
+    netsnmp_large_fd_set ready;
+    ::netsnmp_large_fd_set_init(&ready, FD_SETSIZE);
+    ::netsnmp_large_fd_setfd(descriptor(), &ready);
+    ::snmp_sess_read2(m_session, &ready);
+    ::netsnmp_large_fd_set_cleanup(&ready);
 }
 
 void InformChannel::checkTime() {
-    {
-        const SnmpLibrary::Lock lock = SnmpLibrary::lock();
-        ::snmp_sess_timeout(m_session);
+    if (m_probe) {
+        askAgain();
+        return;
     }
-    if (m_isProbing && m_current) {
-        takeEngine();
-    }
+    const SnmpLibrary::Lock lock = SnmpLibrary::lock();
+    ::snmp_sess_timeout(m_session);
 }
 
 }  // namespace vireo

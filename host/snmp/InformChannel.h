@@ -1,12 +1,15 @@
 #pragma once
 
+#include <chrono>
 #include <deque>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "snmp/EngineProbe.h"
 #include "snmp/InformSender.h"
 #include "snmp/SnmpEngine.h"
+#include "snmp/SnmpUsers.h"
 
 namespace vireo {
 
@@ -48,14 +51,16 @@ public:
     void checkTime();
 
 private:
+    bool wantsEngine() const;
+    void ask();
+    void askAgain();
+    void openAndSend();
     bool open(std::string& error);
-    bool addSecurity(netsnmp_session& session, std::string& error);
-    void addOwnEngine(netsnmp_session& session);
+    bool prepareSecurity(std::optional<SnmpUser>& user, std::string& error);
+    bool addSecurity(netsnmp_session& session, const SnmpUser& user, std::string& error) const;
     void close();
     void sendCurrent();
     bool sendPdu(PduPointer pdu);
-    bool sendProbe();
-    void takeEngine();
     void fail(const std::string& reason);
     void finish();
     static int onEvent(int operation, netsnmp_session* session, int request, netsnmp_pdu* pdu,
@@ -65,9 +70,11 @@ private:
     const std::shared_ptr<InformOutbox> m_outbox;
     InformSurroundings& m_surroundings;
     void* m_session = nullptr;
-    bool m_isProbing = false;  ///< the receiver is being asked who it is
-    bool m_isStale = false;    ///< the next trap wants a new session
-    std::string m_engineId;    ///< of a receiver that was asked; empty: not yet
+    bool m_isStale = false;              ///< the next trap wants a new session
+    std::optional<EngineProbe> m_probe;  ///< while the receiver is being asked who it is
+    int m_questionsLeft = 0;
+    std::chrono::steady_clock::time_point m_due;  ///< of the answer
+    std::optional<ReceiverEngine> m_engine;       ///< of a receiver that was asked
     bool m_saidFailure = false;
     std::optional<TrapContent> m_current;
 };

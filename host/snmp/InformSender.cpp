@@ -180,7 +180,7 @@ void InformSender::await(const Channels& channels, bool isWaiting) {
         if (!channels[i]->isWaiting()) {
             continue;
         }
-        if ((ready[i + 1].revents & POLLIN) != 0) {
+        if (ready[i + 1].revents != 0) {  // a refusal as well, or it would be told again and again
             channels[i]->read();
         }
         if (channels[i]->isWaiting()) {

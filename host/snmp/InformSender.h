@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "messages/FileDescriptor.h"
+#include "snmp/HostResolver.h"
 #include "snmp/TrapMessage.h"
 #include "snmp/TrapOptions.h"
 
@@ -16,9 +17,8 @@ class InformChannel;
 
 /// Where an outbox goes to.
 struct InformPlace {
-    std::string place;    ///< address and port
-    bool isLong = false;  ///< it is an IPv6 address
-    std::string name;     ///< for log lines
+    UdpAddress address;
+    std::string name;  ///< for log lines
     std::string community;
     ReceiverSettings receiver;
 };

@@ -147,11 +147,10 @@ protected:
         if (address == nullptr) {
             return false;
         }
-        if (!m_outbox || address->text() != m_place) {
+        if (!m_outbox || *address != m_address) {
             m_traps.m_informs.close(m_outbox);
-            m_place = address->text();
-            m_outbox = m_traps.m_informs.open({.place = m_place,
-                                               .isLong = address->storage.ss_family == AF_INET6,
+            m_address = *address;
+            m_outbox = m_traps.m_informs.open({.address = m_address,
                                                .name = m_target.name(),
                                                .community = m_target.texts().password,
                                                .receiver = m_receiver});
@@ -161,7 +160,7 @@ protected:
 
 private:
     const ReceiverSettings m_receiver;
-    std::string m_place;
+    UdpAddress m_address;
     std::shared_ptr<InformOutbox> m_outbox;
 };
 

@@ -14,6 +14,8 @@ namespace {
 // When the machine's own queue is full. Whoever raises a trap may be the message thread.
 constexpr timeval kLongestSend{0, 100'000};
 
+constexpr std::size_t kLongestDatagram = std::size_t{64} << 10U;
+
 std::string reasonOf(int number) {
     return std::generic_category().message(number);
 }
@@ -50,6 +52,13 @@ bool TrapSocket::send(std::string_view bytes, std::string& error) {
         return false;
     }
     return true;
+}
+
+std::string TrapSocket::receive() {
+    std::string bytes(kLongestDatagram, '\0');
+    const ssize_t count = ::recv(m_socket.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
+    bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    return bytes;
 }
 
 std::string TrapSocket::ownAddress() const {

@@ -19,6 +19,11 @@ public:
     /// Waits shortly when the machine cannot take it at once. False with a one-line `error`. That
     /// nobody listens there is no failure: a trap is not confirmed.
     bool send(std::string_view bytes, std::string& error);
+    /// The next datagram from there; empty when there is none, or what was sent did not get there.
+    /// Does not wait.
+    std::string receive();
+    /// -1 while it is closed.
+    int descriptor() const { return m_socket.get(); }
 
     /// The phone's own IPv4 address as the receiver sees it; "0.0.0.0" with IPv6.
     std::string ownAddress() const;

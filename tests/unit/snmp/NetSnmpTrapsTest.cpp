@@ -64,6 +64,14 @@ protected:
         ::chmod(path.c_str(), mode);
     }
     void stop() { m_traps->stop(); }
+    /// Whether there is an error line with this text, once, before long.
+    bool saidInTime(const char* text) {
+        const auto end = Clock::now() + std::chrono::seconds(5);
+        while (ports.count(kLogError, text) == 0 && Clock::now() < end) {
+            std::this_thread::sleep_for(milliseconds(1));
+        }
+        return ports.count(kLogError, text) == 1;
+    }
     /// The next session is of a port with other options. Sessions have ended before.
     void end() { m_traps.reset(); }
 
@@ -268,17 +276,65 @@ TEST_F(NetSnmpTrapsTest, ADeadReceiverDelaysNoOtherAndIsGivenUpWithALine) {
     EXPECT_EQ(error, "traps have ended");
 }
 
+TEST_F(NetSnmpTrapsTest, WhoDoesNotSayWhoItIsDelaysNoOther) {
+    writeUsers(0600);
+    const SnmpTrapDaemon daemon("public");
+    const TrapReceiver blackHole;
+    const TrapReceiver plain;
+    const std::string refused = freeUdpPort();
+    options.receivers = {settingsOf("127.0.0.1:" + blackHole.port() + " v3 inform user=phone"),
+                         settingsOf("127.0.0.1:" + refused + " v3 inform user=phone"),
+                         settingsOf("127.0.0.1:" + daemon.port() + " v2c inform")};
+    options.informTimeout = std::chrono::seconds(20);
+    const auto dead = open(kLoopback, blackHole.port());
+    const auto absent = open(kLoopback, refused);
+    const auto alive = open(kLoopback, daemon.port());
+    const auto direct = open(kLoopback, plain.port());
+    EXPECT_TRUE(send(*dead, 0)) << error;
+    EXPECT_TRUE(send(*absent, 0)) << error;
+    EXPECT_TRUE(blackHole.takeBytes(std::chrono::seconds(5))) << "it is asked";
+    const Clock::time_point start = Clock::now();
+    EXPECT_TRUE(send(*direct, 0)) << error;
+    EXPECT_TRUE(send(*alive, 0)) << error;
+    EXPECT_TRUE(plain.take());
+    EXPECT_EQ(daemon.lines(1).size(), 1U);
+    stop();
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(10));
+    EXPECT_EQ(ports.count(kLogWarning, "was given up with its session"), 2);
+}
+
+TEST_F(NetSnmpTrapsTest, AReceiverOfVersion3IsAskedAFewTimes) {
+    writeUsers(0600);
+    const TrapReceiver blackHole;
+    options.receivers = {settingsOf("* v3 inform user=phone")};
+    options.informTimeout = milliseconds(50);
+    options.informRetries = 1;
+    const auto session = open(kLoopback, blackHole.port());
+    EXPECT_TRUE(send(*session, 0)) << error;
+    EXPECT_TRUE(saidInTime("was given up: it does not answer"));
+    EXPECT_TRUE(blackHole.takeBytes(milliseconds(0)));
+    EXPECT_TRUE(blackHole.takeBytes(milliseconds(0)));
+    EXPECT_TRUE(blackHole.isEmpty());
+}
+
+TEST_F(NetSnmpTrapsTest, AReceiverThatDoesNotKnowTheUserIsNamed) {
+    writeUsers(0600);
+    const SnmpTrapDaemon daemon("public",
+                                "createUser other SHA-256 signed-signed AES hidden-hidden\n"
+                                "authUser log other priv");
+    options.receivers = {settingsOf("* v3 inform user=phone")};
+    const auto session = open(kLoopback, daemon.port());
+    EXPECT_TRUE(send(*session, 0)) << error;
+    EXPECT_TRUE(saidInTime("it does not know the user, or has other passphrases"));
+}
+
 TEST_F(NetSnmpTrapsTest, ReadsNoSecretThatOthersCanRead) {
     writeUsers(0644);
     options.receivers = {settingsOf("* v3 inform user=phone")};
     const TrapReceiver receiver;
     const auto session = open(kLoopback, receiver.port());
     EXPECT_TRUE(send(*session, 0)) << "it waits for its turn";
-    const auto end = Clock::now() + std::chrono::seconds(5);
-    while (ports.count(kLogError, "others than its owner may use it") == 0 && Clock::now() < end) {
-        std::this_thread::yield();
-    }
-    EXPECT_EQ(ports.count(kLogError, "others than its owner may use it"), 1);
+    EXPECT_TRUE(saidInTime("others than its owner may use it"));
     EXPECT_TRUE(receiver.isEmpty());
 }
 
