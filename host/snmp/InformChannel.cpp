@@ -88,7 +88,7 @@ void InformChannel::ask() {
     std::string error;
     --m_questionsLeft;
     m_due = std::chrono::steady_clock::now() + m_surroundings.options.informTimeout;
-    if (!m_probe->ask(m_outbox->place.address, error)) {
+    if (m_probe && !m_probe->ask(m_outbox->place.address, error)) {
         fail(error);
     }
 }
@@ -183,9 +183,9 @@ bool InformChannel::addSecurity(netsnmp_session& session, const SnmpUser& user,
         setEngine(session, m_engine->id);
         session.engineBoots = m_engine->boots;
         session.engineTime = m_engine->time;
-    } else {
-        setEngine(session, m_surroundings.engine->id());
-        session.engineBoots = m_surroundings.engine->boots();
+    } else if (const auto& own = m_surroundings.engine) {
+        setEngine(session, own->id());
+        session.engineBoots = own->boots();
         session.engineTime = static_cast<unsigned>(::get_uptime() / 100);
     }
     ::set_enginetime(session.securityEngineID, static_cast<unsigned>(session.securityEngineIDLen),
@@ -194,6 +194,9 @@ bool InformChannel::addSecurity(netsnmp_session& session, const SnmpUser& user,
 }
 
 void InformChannel::sendCurrent() {
+    if (!m_current) {
+        return;
+    }
     const ReceiverSettings& receiver = m_outbox->place.receiver;
     const SnmpLibrary::Lock lock = SnmpLibrary::lock();
     const int command = receiver.isConfirmed ? SNMP_MSG_INFORM : SNMP_MSG_TRAP2;
@@ -214,7 +217,8 @@ bool InformChannel::sendPdu(PduPointer pdu) {
         release(reason);
         return false;
     }
-    static_cast<void>(pdu.release());  // the library frees what it has sent
+    // The library frees what it has sent.
+    static_cast<void>(pdu.release());  // NOLINT(bugprone-unused-return-value)
     return true;
 }
 
@@ -238,9 +242,10 @@ void InformChannel::take(int operation, const netsnmp_pdu* pdu) {
     } else if (pdu->command == SNMP_MSG_RESPONSE) {
         finish();
     } else {
+        // The library only looks at it.
+        auto* const report = const_cast<netsnmp_pdu*>(pdu);  // NOLINT(*-pro-type-const-cast)
         fail("it does not take what this phone sends: " +
-             std::string(
-                 ::snmp_api_errstring(::snmpv3_get_report_type(const_cast<netsnmp_pdu*>(pdu)))));
+             std::string(::snmp_api_errstring(::snmpv3_get_report_type(report))));
     }
 }
 

@@ -34,7 +34,7 @@ bool addVarbind(netsnmp_pdu& pdu, const TrapOrigin& origin, const TrapVarbind& v
         const unsigned long value = *number;
         return add(pdu, name, ASN_GAUGE, &value, sizeof value);
     }
-    const std::string& text = std::get<std::string>(varbind.value);
+    const auto& text = std::get<std::string>(varbind.value);
     return add(pdu, name, ASN_OCTET_STR, text.data(), text.size());
 }
 
