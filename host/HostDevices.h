@@ -2,12 +2,12 @@
 
 #include <filesystem>
 
-#include "DeviceOptions.h"
 #include "files/FileStorage.h"
 #include "image/FlashDirectory.h"
 #include "image/SoftwareBanks.h"
 #include "maintenance/DeviceReboot.h"
 #include "maintenance/DeviceShell.h"
+#include "options/DeviceOptions.h"
 #include "services/CertificateDirectory.h"
 #include "services/MobilityLog.h"
 #include "services/SoftwareAgent.h"

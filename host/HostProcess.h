@@ -7,13 +7,13 @@
 #include <thread>
 
 #include "HostDevices.h"
-#include "HostOptions.h"
 #include "log/SpdlogPort.h"
 #include "messages/HostFramework.h"
 #include "messages/MessageLoop.h"
 #include "messages/ProxyTable.h"
 #include "messages/RpcAdapter.h"
 #include "messages/ServiceXmlAdapter.h"
+#include "options/HostOptions.h"
 #include "runtime/ConfigDirectory.h"
 #include "runtime/DeviceRoot.h"
 #include "runtime/HostContext.h"

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "HostOptions.h"
+#include "options/HostOptions.h"
 #include "terminal/PasswordInput.h"
 #include "terminal/StopSignal.h"
 #ifdef VIREO_PASSWORDS
@@ -33,7 +33,7 @@ namespace {
     return second;
 }
 
-bool trySetting(const HostOptions& options, std::string& error) {
+bool trySetting([[maybe_unused]] const HostOptions& options, std::string& error) {
 #ifdef VIREO_PASSWORDS
     const auto password = readPassword(options, error);
     return password && PasswordDirectory(options.root, options.devices.passwordDirectory)

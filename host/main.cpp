@@ -8,10 +8,10 @@
 #include <optional>
 #include <string>
 
-#include "HostOptions.h"
 #include "HostProcess.h"
 #include "SetPassword.h"
 #include "check/CheckConfiguration.h"
+#include "options/HostOptions.h"
 
 namespace {
 

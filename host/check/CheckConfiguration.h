@@ -1,6 +1,6 @@
 #pragma once
 
-#include "HostOptions.h"
+#include "options/HostOptions.h"
 
 namespace vireo {
 

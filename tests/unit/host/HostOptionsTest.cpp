@@ -4,7 +4,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "HostOptions.h"
+#include "options/HostOptions.h"
 #include "support/TemporaryDirectory.h"
 
 namespace vireo::test {

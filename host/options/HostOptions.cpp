@@ -1,18 +1,17 @@
-#include "HostOptions.h"
+#include "options/HostOptions.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <limits>
 
-#include "SettingsFile.h"
-#include "image/ImageHeader.h"
 #include "log/Log.h"
 #include "messages/PeerDirectory.h"
-#include "snmp/TrapReceiverText.h"
+#include "options/DeviceDeclarations.h"
+#include "options/OptionKinds.h"
+#include "options/SettingsFile.h"
 
 namespace vireo {
 namespace {
@@ -40,45 +39,6 @@ std::string checkNamedFile(const std::string& text) {
     const bool hasBoth = equals != std::string::npos && equals + 1 < text.size() &&
                          PeerDirectory::isName(std::string_view(text).substr(0, equals));
     return hasBoth ? std::string() : "\"" + text + "\" is no channel name, '=' and file";
-}
-
-/// A path that stays below the directory that it is relative to.
-std::string checkBelow(const std::string& text) {
-    const std::filesystem::path path(text);
-    bool staysBelow = !text.empty() && path.is_relative() && path.has_filename();
-    for (const std::filesystem::path& part : path) {
-        staysBelow = staysBelow && part != "..";
-    }
-    return staysBelow ? std::string() : "\"" + text + "\" is no relative path without \"..\"";
-}
-
-std::string checkPlainName(const std::string& text) {
-    const bool isPlain =
-        !text.empty() && text.front() != '.' && text.find('/') == std::string::npos;
-    return isPlain ? std::string() : "\"" + text + "\" is no plain file name";
-}
-
-std::string checkVariant(const std::string& text) {
-    return ImageHeader::isVariant(text)
-               ? std::string()
-               : "\"" + text + "\" has not 1 to 64 letters, digits, '.', '_' and '-'";
-}
-
-template <class Number>
-void declareNumber(CLI::App& app, const char* name, Number& value, Number least, Number most,
-                   const char* description) {
-    app.add_option(name, value, description)
-        ->type_name("N")
-        ->check(CLI::Range(least, most))
-        ->capture_default_str();
-}
-
-void declareAnswer(CLI::App& app, const char* name, bool& value, const char* description) {
-    app.add_option_function<std::string>(
-           name, [&value](const std::string& answer) { value = answer == "yes"; }, description)
-        ->type_name("TEXT")
-        ->check(CLI::IsMember({"yes", "no"}))
-        ->default_str(value ? "yes" : "no");
 }
 
 void declarePaths(CLI::App& app, HostOptions& options) {
@@ -145,6 +105,12 @@ void declareLimits(CLI::App& app, HostOptions& options) {
                   "Pause when the machine has no means for one more peer");
 }
 
+std::string checkPlainName(const std::string& text) {
+    const bool isPlain =
+        !text.empty() && text.front() != '.' && text.find('/') == std::string::npos;
+    return isPlain ? std::string() : "\"" + text + "\" is no plain file name";
+}
+
 void declareStore(CLI::App& app, HostOptions& options) {
     app.add_option("--store-file", options.storeFile, "Database of the store, below the root")
         ->type_name("PATH")
@@ -159,127 +125,6 @@ void declareStore(CLI::App& app, HostOptions& options) {
                   "How long a write waits for another program that uses the store");
     declareNumber(app, "--store-retry-ms", options.store.retryIntervalMs, 0, 3'600'000,
                   "Pause between attempts to open a store that cannot be used");
-}
-
-void declareDevices(CLI::App& app, HostOptions& options) {
-    DeviceOptions& devices = options.devices;
-    app.add_option("--hardware-variant", devices.hardwareVariant,
-                   "What software images for this phone are made for")
-        ->type_name("TEXT")
-        ->check(checkVariant)
-        ->capture_default_str();
-    const auto declareDirectory = [&app](const char* name, std::string& value,
-                                         const char* description) {
-        app.add_option(name, value, description)
-            ->type_name("DIR")
-            ->check(checkBelow)
-            ->capture_default_str();
-    };
-    declareDirectory("--storage-directory", devices.storageDirectory,
-                     "The phone's files, below the root");
-    declareDirectory("--certificate-directory", devices.certificateDirectory,
-                     "Certificates for HTTPS, below the root");
-    declareDirectory("--flash-directory", devices.flashDirectory,
-                     "Software that was burnt, below the root");
-    declareDirectory("--software-key-directory", devices.keyDirectory,
-                     "Public keys of those who may sign software images, below the root");
-    declareDirectory("--password-directory", devices.passwordDirectory,
-                     "Hashes of the phone's passwords, below the root");
-    declareAnswer(app, "--allow-downgrade", devices.allowsDowngrade,
-                  "Whether software may be replaced by an older version: yes or no");
-    declareAnswer(app, "--allow-device-commands", devices.allowsDeviceCommands,
-                  "Whether a phone with the root \"/\" runs shell commands and reboots: yes or no");
-}
-
-void declareTime(CLI::App& app, const char* name, std::chrono::milliseconds& value, long long most,
-                 const char* description) {
-    app.add_option_function<long long>(
-           name, [&value](const long long& count) { value = std::chrono::milliseconds(count); },
-           description)
-        ->type_name("N")
-        ->check(CLI::Range(10LL, most))
-        ->default_str(std::to_string(value.count()));
-}
-
-void declareTransfer(CLI::App& app, TransferOptions& transfer) {
-    declareTime(app, "--connect-timeout-ms", transfer.connectTimeout, 600'000,
-                "How long a file server may take to accept a connection");
-    declareTime(app, "--stall-timeout-ms", transfer.stallTimeout, 3'600'000,
-                "How long a file server may send nothing");
-    app.add_option_function<std::string>(
-           "--ftp-mode",
-           [&transfer](const std::string& mode) { transfer.usesActiveFtp = mode == "active"; },
-           "FTP data: passive, the phone connects to the server, or active, the server to the "
-           "phone")
-        ->type_name("TEXT")
-        ->check(CLI::IsMember({"passive", "active"}))
-        ->default_str(transfer.usesActiveFtp ? "active" : "passive");
-}
-
-std::string checkObjectId(const std::string& text) {
-    constexpr std::size_t kMostNumbers = 31;
-    constexpr std::size_t kMostDigits = 9;
-    std::size_t numbers = 1;
-    std::size_t digits = 0;
-    bool isRight = !text.empty() && text.front() <= '2';  // of the three roots there are
-    for (const char c : text) {
-        if (c == '.') {
-            isRight = isRight && digits > 0;
-            digits = 0;
-            ++numbers;
-        } else {
-            isRight = isRight && c >= '0' && c <= '9' && ++digits <= kMostDigits;
-            isRight = isRight && (numbers > 1 || digits == 1);
-        }
-    }
-    isRight = isRight && digits > 0 && numbers > 1 && numbers <= kMostNumbers;
-    return isRight ? std::string() : "\"" + text + "\" is no object identifier";
-}
-
-void declareTraps(CLI::App& app, TrapOptions& traps) {
-    app.add_option("--trap-enterprise", traps.enterprise, "Object identifier of this phone")
-        ->type_name("OID")
-        ->check(checkObjectId)
-        ->capture_default_str();
-    app.add_option("--trap-agent-address", traps.agentAddress,
-                   "Address of this phone that traps of version 1 bear")
-        ->type_name("IPV4")
-        ->check([](const std::string& text) {
-            return text.empty() ? std::string() : CLI::ValidIPV4(text);
-        })
-        ->capture_default_str();
-    app.add_option_function<std::vector<std::string>>(
-           "--trap-receiver",
-           [&traps](const std::vector<std::string>& texts) {
-               traps.receivers.clear();
-               for (const std::string& text : texts) {
-                   std::string ignored;
-                   traps.receivers.push_back(*TrapReceiverText::parse(text, ignored));
-               }
-           },
-           "How a receiver wants its traps: HOST[:PORT] v1|v2c|v3 [inform] [user=NAME]; any number "
-           "of times, the first that fits counts")
-        ->type_name("TEXT")
-        ->check([](const std::string& text) {
-            std::string error;
-            TrapReceiverText::parse(text, error);
-            return error;
-        })
-        ->allow_extra_args(false);
-    app.add_option("--trap-user-file", traps.userFile, "Users of version 3, below the root")
-        ->type_name("PATH")
-        ->check(checkBelow)
-        ->capture_default_str();
-    declareNumber(app, "--trap-inform-retries", traps.informRetries, 0, 20,
-                  "How often a trap that is not confirmed is sent again");
-    declareNumber(app, "--trap-queue-length", traps.queueLength, std::size_t{1},
-                  std::size_t{10'000}, "Traps that may wait for a receiver that confirms them");
-    declareTime(app, "--trap-inform-timeout-ms", traps.informTimeout, 60'000,
-                "How long a receiver may take to confirm a trap");
-    declareTime(app, "--trap-resolve-timeout-ms", traps.resolveTimeout, 10'000,
-                "How long the first trap waits for the address of a receiver's name");
-    declareTime(app, "--trap-resolve-life-ms", traps.resolveLife, 86'400'000,
-                "How long such an address holds");
 }
 
 /// Every option is a setting of the same name, but for those that say which files to read.
@@ -297,9 +142,7 @@ void declare(CLI::App& app, HostOptions& options, std::string& settings) {
     declareLog(app, options);
     declareLimits(app, options);
     declareStore(app, options);
-    declareDevices(app, options);
-    declareTransfer(app, options.devices.transfer);
-    declareTraps(app, options.devices.traps);
+    declareDevices(app, options.devices);
     app.add_flag("--check-config", options.isCheck,
                  "Say what does not fit together in the configuration files, and end")
         ->configurable(false);

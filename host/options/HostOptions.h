@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "DeviceOptions.h"
 #include "log/LogOptions.h"
 #include "messages/MessageLimits.h"
+#include "options/DeviceOptions.h"
 #include "runtime/ConfigDirectory.h"
 #include "runtime/LoadedServices.h"
 #include "store/StoreOptions.h"

@@ -1,4 +1,4 @@
-#include "SettingsFile.h"
+#include "options/SettingsFile.h"
 
 #include <CLI/CLI.hpp>
 #include <set>
