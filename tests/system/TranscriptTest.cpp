@@ -59,7 +59,7 @@ private:
 };
 
 TEST(Transcripts, TheServiceAnswersAsDocumentedByteForByte) {
-    const std::vector<Exchange> exchanges = TranscriptReader::read(VIREO_DOCS "/protocol.md");
+    const std::vector<Exchange> exchanges = TranscriptReader::read(VIREO_DOCS "/transcripts.md");
     std::vector<std::string> protocols;
     std::optional<RunningPhone> phone;
     std::unique_ptr<LocalMgmtClient> client;
