@@ -83,144 +83,136 @@ protected:
 
 const std::string kRow = "<item><id>a</id><value>1</value></item>";
 
-struct ContentCase {
-    std::string content;
-    bool isPlain;
-};
-
-class PlainContentTest : public PlainFileTest, public ::testing::WithParamInterface<ContentCase> {};
-
-TEST_P(PlainContentTest, MeansWhatItsTreeMeans) {
-    const auto& [content, isPlain] = GetParam();
-    for (const std::string& indentation : Texts{"", "\n  ", "\r\n\t"}) {
-        const std::string file = "<?xml version=\"1.0\"?>" + indentation + "<dxl>" + indentation +
-                                 R"(<document name="d" schema="s">)" + content + "</document>" +
-                                 indentation + "<schema name=\"s\"/></dxl>" + indentation;
-        const Meaning meaning = read(file);
-        EXPECT_EQ(plain == 1, isPlain) << file;
-        EXPECT_EQ(meaning, readAsTree(file)) << file;
-        EXPECT_EQ(plain, 0);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Contents, PlainContentTest,
-    ::testing::Values(
-        ContentCase{kRow + kRow + kRow, true},
-        ContentCase{kRow + "<item><id>b</id></item><item><value>3</value><id>c</id></item>", true},
-        ContentCase{"\n  <item>\n    <id>a</id>\r\n\t<value> spaced\n</value>\n  </item>\n" + kRow,
-                    true},
-        ContentCase{kRow + "<!-- <item> --><item><!-- - --><id>b</id><!----></item>" + kRow, true},
-        ContentCase{"<item><id>&amp;&lt;&#x41;&#8364;</id><value>a&gt;b</value></item>", true},
-        ContentCase{"<id>a&amp;b</id><id>c</id>", true},
-        ContentCase{"<id>\xef\xbb\xbf&amp;</id><id>\xef\xbb\xbf</id>", true},
-        ContentCase{"<item><id>]]> \"quoted\" 'so'</id></item>", true},
-        ContentCase{"<item/><item></item><item> </item><item>text</item><item><id/></item>" + kRow,
-                    true},
-        ContentCase{"<item><id/><value>1</value></item><item><id/><value>2</value></item>", true},
-        ContentCase{"<item><id></id><value/></item><item><id></id><value/></item>", true},
-        ContentCase{"<id>a</id><other/><id>b</id>" + kRow + "<other><id>c</id></other>", true},
-        ContentCase{"<row><value>1</value><id>x</id></row>" + kRow + "<row><id>y</id></row>", true},
-        ContentCase{"<item><id>\xc3\xa9</id></item>", true},
-        ContentCase{"<item><more>1</more><id>a</id></item><item><id>b</id></item>"
-                    "<item><id>c</id><more>2</more></item>",
-                    true},
-        ContentCase{"<item><id>a<!-- - -->b</id></item>", false},
-        ContentCase{"<item><id><![CDATA[a<b]]></id></item>", false},
-        ContentCase{kRow + "<item> <id>a</id> stray <value>1</value></item>", false},
-        ContentCase{kRow + "stray", false},
-        ContentCase{"<item><id>a</id><id>b</id><value>1</value></item>" + kRow, false},
-        ContentCase{"<item><value>1</value></item><item><id>a</id><id>b</id></item>" + kRow, false},
-        ContentCase{"<item><id>a</id><value><deep>1</deep></value></item>", false},
-        ContentCase{R"(<item kind="x"><id>a</id></item>)" + kRow, false},
-        ContentCase{"<item ><id >a</id ></item >", false},
-        ContentCase{"<item> <!-- no more --> </item>", false},
-        ContentCase{"<n\xc3\xa9><id>1</id></n\xc3\xa9>", false}, ContentCase{"", false},
-        ContentCase{"text alone", false}));
-
-class PlainFaultTest : public PlainFileTest, public ::testing::WithParamInterface<std::string> {};
-
-TEST_P(PlainFaultTest, IsRefusedInTheSameWords) {
-    const std::string good = R"(<document name="e" schema="s">)" + kRow + "</document>";
-    const std::string file = "<dxl>\n" + good + GetParam() + "\n</dxl>\n";
-    const Meaning meaning = read(file);
-    EXPECT_EQ(meaning, readAsTree(file)) << file;
-    EXPECT_TRUE(meaning.texts.empty() && meaning.errors.size() == 1) << "all or nothing" << meaning;
-}
-
 std::string document(const std::string& content) {
     return R"(<document name="d" schema="s">)" + content + "</document>";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Faults, PlainFaultTest,
-    ::testing::Values(
-        document("<item><id>a</id></item"), document("<item><id>a</value></item>"),
-        document(kRow + "<item><id>b</id><value>1</valu></item>"),
-        document(kRow + "<item><id>b</id><value>1</value></iten>"),
-        document(kRow + "<item><id>b</id><value>1</value>"), document("<item><id>a</id></Item>"),
-        document("<item><id>a</item></id>"), document("<item><id>\x01</id></item>"),
-        document("<item><id>\xff</id></item>"),
-        document(kRow + "<item><id>&nbsp;</id><value>1</value></item>"),
-        document(kRow + "<item><id>a & b</id><value>1</value></item>"),
-        document("<item>&#0;</item>"), document("<!-- <item><id>a</id></item>"),
-        document("<1item><id>a</id></1item>"), document("<ns:item><id>a</id></ns:item>"),
-        document("<!DOCTYPE x>"), R"(<document name="d">)" + kRow + "</document>",
-        R"(<document name="" schema="s">)" + kRow + "</document>",
-        R"(<document name="d" schema="a b">)" + kRow + "</document>",
-        R"(<document name="d" schema="s" name="f">)" + kRow + "</document>",
-        R"(<document name="" schema="s" name="f">)" + kRow + "</document>",
-        R"(<document schema="" name="d" schema="s">)" + kRow + "</document>", "<thing/>",
-        R"(<schema name="x" type="float">1</schema>)", R"(<schema name="x"><branch/></schema>)",
-        R"(<schema name="x"/>stray</schema>)", "</document>"));
+TEST_F(PlainFileTest, ContentMeansWhatItsTreeMeans) {
+    const struct {
+        std::string content;
+        bool isPlain;
+    } rows[] = {
+        {kRow + kRow + kRow, true},
+        {kRow + "<item><id>b</id></item><item><value>3</value><id>c</id></item>", true},
+        {"\n  <item>\n    <id>a</id>\r\n\t<value> spaced\n</value>\n  </item>\n" + kRow, true},
+        {kRow + "<!-- <item> --><item><!-- - --><id>b</id><!----></item>" + kRow, true},
+        {"<item><id>&amp;&lt;&#x41;&#8364;</id><value>a&gt;b</value></item>", true},
+        {"<id>a&amp;b</id><id>c</id>", true},
+        {"<id>\xef\xbb\xbf&amp;</id><id>\xef\xbb\xbf</id>", true},
+        {"<item><id>]]> \"quoted\" 'so'</id></item>", true},
+        {"<item/><item></item><item> </item><item>text</item><item><id/></item>" + kRow, true},
+        {"<item><id/><value>1</value></item><item><id/><value>2</value></item>", true},
+        {"<item><id></id><value/></item><item><id></id><value/></item>", true},
+        {"<id>a</id><other/><id>b</id>" + kRow + "<other><id>c</id></other>", true},
+        {"<row><value>1</value><id>x</id></row>" + kRow + "<row><id>y</id></row>", true},
+        {"<item><id>\xc3\xa9</id></item>", true},
+        {"<item><more>1</more><id>a</id></item><item><id>b</id></item>"
+         "<item><id>c</id><more>2</more></item>",
+         true},
+        {"<item><id>a<!-- - -->b</id></item>", false},
+        {"<item><id><![CDATA[a<b]]></id></item>", false},
+        {kRow + "<item> <id>a</id> stray <value>1</value></item>", false},
+        {kRow + "stray", false},
+        {"<item><id>a</id><id>b</id><value>1</value></item>" + kRow, false},
+        {"<item><value>1</value></item><item><id>a</id><id>b</id></item>" + kRow, false},
+        {"<item><id>a</id><value><deep>1</deep></value></item>", false},
+        {R"(<item kind="x"><id>a</id></item>)" + kRow, false},
+        {"<item ><id >a</id ></item >", false},
+        {"<item> <!-- no more --> </item>", false},
+        {"<n\xc3\xa9><id>1</id></n\xc3\xa9>", false},
+        {"", false},
+        {"text alone", false},
+    };
+    for (const auto& [content, isPlain] : rows) {
+        for (const std::string& indentation : Texts{"", "\n  ", "\r\n\t"}) {
+            const std::string file = "<?xml version=\"1.0\"?>" + indentation + "<dxl>" +
+                                     indentation + document(content) + indentation +
+                                     "<schema name=\"s\"/></dxl>" + indentation;
+            const Meaning meaning = read(file);
+            EXPECT_EQ(plain == 1, isPlain) << file;
+            EXPECT_EQ(meaning, readAsTree(file)) << file;
+            EXPECT_EQ(plain, 0);
+        }
+    }
+}
 
-struct FileCase {
-    std::string file;
-    int plain;
-};
-
-class PlainWholeFileTest : public PlainFileTest, public ::testing::WithParamInterface<FileCase> {};
-
-TEST_P(PlainWholeFileTest, MeansWhatItsTreeMeans) {
-    const auto& [file, tables] = GetParam();
-    const Meaning meaning = read(file);
-    EXPECT_EQ(plain, tables) << file;
-    EXPECT_EQ(meaning, readAsTree(file)) << file;
+TEST_F(PlainFileTest, AFaultIsRefusedInTheSameWordsAndKeepsEverythingOut) {
+    const std::string good = R"(<document name="e" schema="s">)" + kRow + "</document>";
+    Texts faults{R"(<document name="d">)" + kRow + "</document>",
+                 R"(<document name="" schema="s">)" + kRow + "</document>",
+                 R"(<document name="d" schema="a b">)" + kRow + "</document>",
+                 R"(<document name="d" schema="s" name="f">)" + kRow + "</document>",
+                 R"(<document name="" schema="s" name="f">)" + kRow + "</document>",
+                 R"(<document schema="" name="d" schema="s">)" + kRow + "</document>",
+                 R"(<schema name="x" type="float">1</schema>)",
+                 R"(<schema name="x"><branch/></schema>)",
+                 R"(<schema name="x"/>stray</schema>)",
+                 "<schema/>",
+                 "<thing/>",
+                 "</dxl><dxl>",
+                 "</document>"};
+    for (const std::string& content :
+         Texts{"<item><id>a</id></item", "<item><id>a</value></item>", "<item><id>a</id></Item>",
+               "<item><id>a</item></id>", "<item><id>\x01</id></item>",
+               "<item><id>\xff</id></item>", "<item>&#0;</item>", "<!-- <item><id>a</id></item>",
+               "<1item><id>a</id></1item>", "<ns:item><id>a</id></ns:item>", "<!DOCTYPE x>",
+               kRow + "<item><id>b</id><value>1</valu></item>",
+               kRow + "<item><id>b</id><value>1</value></iten>",
+               kRow + "<item><id>b</id><value>1</value>",
+               kRow + "<item><id>&nbsp;</id><value>1</value></item>",
+               kRow + "<item><id>a & b</id><value>1</value></item>"}) {
+        faults.push_back(document(content));
+    }
+    for (const std::string& fault : faults) {
+        const std::string file = "<dxl>\n" + good + fault + "\n</dxl>\n";
+        const Meaning meaning = read(file);
+        EXPECT_EQ(meaning, readAsTree(file)) << file;
+        EXPECT_TRUE(meaning.texts.empty() && meaning.errors.size() == 1) << file << meaning;
+    }
 }
 
 std::string headed(const std::string& attributes) {
     return "<document" + attributes + ">" + kRow + "</document>";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Files, PlainWholeFileTest,
-    ::testing::Values(
-        FileCase{"<!-- c --><dxl><!-- c -->" + document(kRow) + "<!-- c --></dxl><!-- c -->\n", 1},
-        FileCase{"<dxl>" + headed(R"( schema='s'  name="d e" )") + "</dxl>", 1},
-        FileCase{"<dxl>" + headed("\n\tname='d'\n\tschema='s'\n") + "</dxl>", 1},
-        FileCase{"<dxl>" + headed(R"( name = "d" schema="s")") + "</dxl>", 0},
-        FileCase{"<dxl>" + headed(R"( name="&amp;" schema="s")") + "</dxl>", 0},
-        FileCase{"<dxl>" + headed(R"( name="d" schema="s" more="m")") + "</dxl>", 0},
-        FileCase{"<dxl>" + headed(R"(name="d" schema="s")") + "</dxl>", 0},
-        FileCase{"<dxl>" + document(kRow) + document("<id>2</id>") + "</dxl>", 1},
-        FileCase{"<dxl>" + document(kRow) +
-                     R"(<schema name="x"><data name="y" type="string">z</data></schema></dxl>)",
-                 1},
-        FileCase{"<dxl>" + document(kRow) +
-                     R"(<document name="deep" schema="s"><a b="/>"><c>1</c></a></document></dxl>)",
-                 1},
-        FileCase{"<dxl>" + document(kRow) +
-                     R"(<document name="e" schema="s"><document name="f" schema="s">)" + kRow +
-                     "</document></document></dxl>",
-                 0},
-        FileCase{R"(<dxl><schema name="x"><!-- </schema> --></schema>)" + document(kRow) + "</dxl>",
-                 0},
-        FileCase{"<dxl>" + document(kRow) + "stray</dxl>", 0},
-        FileCase{"<dxl version=\"1\">" + document(kRow) + "</dxl>", 0},
-        FileCase{"\xef\xbb\xbf<dxl>" + document(kRow) + "</dxl>", 0},
-        FileCase{"<dxl>" + document(kRow) + "</dxl><dxl></dxl>", 0},
-        FileCase{"<dxl>" + document(kRow) + "</dxl>stray", 0},
-        FileCase{"stray<dxl>" + document(kRow) + "</dxl>", 0}, FileCase{"<dxl></dxl>", 0}));
+TEST_F(PlainFileTest, AWholeFileMeansWhatItsTreesMean) {
+    const struct {
+        std::string file;
+        int tables;  // documents that are plain
+    } rows[] = {
+        {"<!-- c --><dxl><!-- c -->" + document(kRow) + "<!-- c --></dxl><!-- c -->\n", 1},
+        {"<dxl>" + headed(R"( schema='s'  name="d e" )") + "</dxl>", 1},
+        {"<dxl>" + headed("\n\tname='d'\n\tschema='s'\n") + "</dxl>", 1},
+        {"<dxl>" + headed(R"( name = "d" schema="s")") + "</dxl>", 0},
+        {"<dxl>" + headed(R"( name="&amp;" schema="s")") + "</dxl>", 0},
+        {"<dxl>" + headed(R"( name="d" schema="s" more="m")") + "</dxl>", 0},
+        {"<dxl>" + headed(R"(name="d" schema="s")") + "</dxl>", 0},
+        {"<dxl>" + document(kRow) + document("<id>2</id>") + "</dxl>", 1},
+        {"<dxl>" + document(kRow) +
+             R"(<schema name="x"><data name="y" type="string">z</data></schema></dxl>)",
+         1},
+        {"<dxl>" + document(kRow) +
+             R"(<document name="deep" schema="s"><a b="/>"><c>1</c></a></document></dxl>)",
+         1},
+        {"<dxl>" + document(kRow) +
+             R"(<document name="e" schema="s"><document name="f" schema="s">)" + kRow +
+             "</document></document></dxl>",
+         0},
+        {R"(<dxl><schema name="x"><!-- </schema> --></schema>)" + document(kRow) + "</dxl>", 0},
+        {"<dxl>" + document(kRow) + "stray</dxl>", 0},
+        {"<dxl version=\"1\">" + document(kRow) + "</dxl>", 0},
+        {"\xef\xbb\xbf<dxl>" + document(kRow) + "</dxl>", 0},
+        {"<dxl>" + document(kRow) + "</dxl><dxl></dxl>", 0},
+        {"<dxl>" + document(kRow) + "</dxl>stray", 0},
+        {"stray<dxl>" + document(kRow) + "</dxl>", 0},
+        {"<dxl></dxl>", 0},
+    };
+    for (const auto& [file, tables] : rows) {
+        const Meaning meaning = read(file);
+        EXPECT_EQ(plain, tables) << file;
+        EXPECT_EQ(meaning, readAsTree(file)) << file;
+    }
+}
 
 TEST_F(PlainFileTest, ARowOfManyElementsIsNotPlain) {
     std::string content = kRow;

@@ -64,10 +64,6 @@ const Row kRows[] = {
     {"</record><record>", false},
 };
 
-std::string textOf(const ManageableData& record) {
-    return record.serialize();
-}
-
 /// Holds the short way to the full reader on one text.
 void expectAlike(const std::string& text, bool isPlain) {
     ManageableData plain;
@@ -78,14 +74,14 @@ void expectAlike(const std::string& text, bool isPlain) {
     const bool isRecord = RecordText::readAny(text, full, error);
     if (isTaken) {
         EXPECT_TRUE(isRecord) << text << ": " << error;
-        EXPECT_EQ(textOf(plain), textOf(full));
+        EXPECT_EQ(plain.serialize(), full.serialize());
         EXPECT_EQ(plain.rootIds(), full.rootIds()) << text;
         EXPECT_EQ(plain.isSingleRecord(), full.isSingleRecord()) << text;
     }
     ManageableData either;
     EXPECT_EQ(RecordText::read(text, either, error), isRecord) << text;
     if (isRecord) {
-        EXPECT_EQ(textOf(either), textOf(full));
+        EXPECT_EQ(either.serialize(), full.serialize());
     }
 }
 
