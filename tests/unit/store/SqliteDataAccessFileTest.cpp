@@ -37,38 +37,13 @@ protected:
 };
 
 TEST_F(SqliteDataAccessFileTest, FileAndDirectoriesAreMadeForTheOwnerAlone) {
-    m_path = m_directory + "/a/b/phone.db";
+    m_path = m_directory.file("a/b/phone.db");
     open();
     ASSERT_TRUE(update("other", "x"));
-    EXPECT_EQ(modeOf(m_directory + "/a"), 0700U);
-    EXPECT_EQ(modeOf(m_directory + "/a/b"), 0700U);
+    EXPECT_EQ(modeOf(m_directory.file("a")), 0700U);
+    EXPECT_EQ(modeOf(m_directory.file("a/b")), 0700U);
     EXPECT_EQ(modeOf(m_path), 0600U);
     EXPECT_EQ(modeOf(m_path + "-wal"), 0600U);
-}
-
-TEST_F(SqliteDataAccessFileTest, AfterAKillAcknowledgedUpdatesAreThereAndPendingOnesAreNot) {
-    ASSERT_TRUE(update("other", "acknowledged"));
-    m_store->beginUpdate();
-    ASSERT_TRUE(update("RingerMelody", "pending"));
-    // What a killed process leaves behind.
-    fs::create_directory(m_directory + "/killed");
-    for (const char* part : {"", "-wal"}) {
-        fs::copy_file(m_path + part, m_directory + "/killed/phone.db" + part);
-    }
-    m_path = m_directory + "/killed/phone.db";
-    open();
-    EXPECT_EQ(read("other"), "acknowledged");
-    EXPECT_EQ(read("RingerMelody"), std::nullopt);
-}
-
-TEST_F(SqliteDataAccessFileTest, AFileThatIsNoDatabaseIsSetAside) {
-    m_store.reset();
-    const std::string garbage(5000, 'g');
-    writeBytes(m_path, garbage);
-    writeBytes(m_path + ".damaged-1-wal", "taken name");
-    open();
-    EXPECT_FALSE(fs::exists(m_path + ".damaged-1"));
-    expectSetAside(m_path + ".damaged-2", garbage);
 }
 
 TEST_F(SqliteDataAccessFileTest, ATruncatedDatabaseIsSetAside) {
@@ -99,18 +74,19 @@ TEST_F(SqliteDataAccessFileTest, ADatabaseWhoseRowsContradictItsKeysIsSetAside) 
     expectSetAside(m_path + ".damaged-1", bytes);
 }
 
-TEST_F(SqliteDataAccessFileTest, TheLogOfADamagedFileGoesWithIt) {
+TEST_F(SqliteDataAccessFileTest, WhatIsNoDatabaseIsSetAsideWithItsLogUnderAFreeName) {
     ASSERT_TRUE(update("other", "only in the log"));
     const std::string soundLog = bytesOf(m_path + "-wal");
     ASSERT_FALSE(soundLog.empty());
-    m_path = m_directory + "/second.db";
+    m_path = m_directory.file("second.db");
     const struct {
         std::optional<std::string> content;  // of the file beside the log
         std::string log;
         const char* suffix;
     } cases[] = {{std::nullopt, soundLog, ".damaged-1"},
-                 {"", soundLog, ".damaged-2"},
-                 {"no database", "no log", ".damaged-3"}};
+                 {"", soundLog, ".damaged-3"},
+                 {std::string(5000, 'g'), "no log", ".damaged-4"}};
+    writeBytes(m_path + ".damaged-2-wal", "taken name");
     for (const auto& test : cases) {
         SCOPED_TRACE(test.suffix);
         m_store.reset();
@@ -125,16 +101,18 @@ TEST_F(SqliteDataAccessFileTest, TheLogOfADamagedFileGoesWithIt) {
         EXPECT_TRUE(bytesOf(m_path + test.suffix + "-wal") == test.log);
         expectSetAside(m_path + test.suffix, test.content.value_or(""));
     }
+    EXPECT_FALSE(fs::exists(m_path + ".damaged-2"));
 }
 
 TEST_F(SqliteDataAccessFileTest, WhatCannotBeOpenedIsAnErrorAndStaysWhereItIs) {
-    fs::create_directory(m_directory + "/folder");
-    writeBytes(m_directory + "/plain", "text");
-    EXPECT_EQ(openError(m_directory + "/folder"), m_directory + "/folder is not an ordinary file");
-    EXPECT_TRUE(fs::is_directory(m_directory + "/folder"));
-    EXPECT_NE(openError(m_directory + "/plain/phone.db").find("Not a directory"),
+    fs::create_directory(m_directory.file("folder"));
+    writeBytes(m_directory.file("plain"), "text");
+    EXPECT_EQ(openError(m_directory.file("folder")),
+              m_directory.file("folder") + " is not an ordinary file");
+    EXPECT_TRUE(fs::is_directory(m_directory.file("folder")));
+    EXPECT_NE(openError(m_directory.file("plain/phone.db")).find("Not a directory"),
               std::string::npos);
-    EXPECT_EQ(bytesOf(m_directory + "/plain"), "text");
+    EXPECT_EQ(bytesOf(m_directory.file("plain")), "text");
     EXPECT_EQ(openError(""), "the store has no path");
 
     m_store.reset();

@@ -5,28 +5,6 @@
 namespace vireo {
 namespace {
 
-TEST(StoreCatalogue, KnowsTablesColumnsIndexAndWhatNeedsAReboot) {
-    std::string error;
-    const auto catalogue = StoreCatalogue::parse(
-        R"(<?xml version="1.0"?><!-- the phone -->
-           <store><table name="S"><column name="a"/><column name="_b-2.c" reboot="true"/></table>
-           <table name="K" index="Id"><column name="a" reboot="false"/></table></store>)",
-        error);
-    ASSERT_TRUE(catalogue) << error;
-    const StoreTable* single = catalogue->findTable("S");
-    const StoreTable* keyed = catalogue->findTable("K");
-    ASSERT_TRUE(single != nullptr && keyed != nullptr);
-    EXPECT_FALSE(single->isIndexed());
-    EXPECT_EQ(keyed->indexColumn, "Id");
-    ASSERT_NE(single->findColumn("_b-2.c"), nullptr);
-    EXPECT_TRUE(single->findColumn("_b-2.c")->needsReboot);
-    EXPECT_FALSE(single->findColumn("a")->needsReboot);
-    EXPECT_FALSE(keyed->findColumn("a")->needsReboot);
-    EXPECT_EQ(keyed->findColumn("Id"), nullptr) << "the index is no value";
-    EXPECT_EQ(single->findColumn("A"), nullptr) << "requests name columns exactly";
-    EXPECT_EQ(catalogue->findTable("k"), nullptr);
-}
-
 TEST(StoreCatalogue, IsRefusedAsAWholeWithAnErrorThatNamesTheFault) {
     const struct {
         const char* content;

@@ -3,19 +3,17 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
-#include "Ports.h"
-#include "log/Log.h"
+#include "service/ClientUtils.h"
 #include "store/SqliteDataAccess.h"
+#include "support/TemporaryDirectory.h"
+#include "support/TestPorts.h"
 
 namespace vireo {
 
@@ -46,33 +44,21 @@ inline std::string element(std::string_view name, std::string_view text) {
 }
 
 /// A store of the catalogue below in a directory of its own.
-class StoreFixture : public ::testing::Test, public LogPort {
+class StoreFixture : public ::testing::Test {
 protected:
     static constexpr const char* kCatalogue =
-        R"(<store>
+        R"(<?xml version="1.0"?><!-- the phone -->
+           <store>
              <table name="PhoneSettings">
-               <column name="RingerMelody"/><column name="SipServer" reboot="true"/>
-               <column name="other"/>
+               <column name="RingerMelody" reboot="false"/><column name="SipServer" reboot="true"/>
+               <column name="other"/><column name="_b-2.c"/>
              </table>
              <table name="KeyTable" index="KeyIndex">
                <column name="Label"/><column name="Number"/>
              </table>
            </store>)";
 
-    void SetUp() override {
-        std::string pattern = ::testing::TempDir() + "/storeXXXXXX";
-        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-        m_directory = pattern;
-        m_path = pattern + "/data/phone.db";
-        installPorts({this, nullptr});
-        open();
-    }
-
-    void TearDown() override {
-        m_store.reset();
-        installPorts({});
-        std::filesystem::remove_all(m_directory);
-    }
+    void SetUp() override { open(); }
 
     static StoreCatalogue catalogue(std::string_view xml = kCatalogue) {
         std::string error;
@@ -133,73 +119,30 @@ protected:
     }
     std::optional<std::string> sql(const std::string& text) const { return sql(m_path, text); }
 
-    bool hasLogged(int level, std::string_view text) {
-        const std::lock_guard lock(m_logMutex);
-        for (const auto& [lineLevel, line] : m_lines) {
-            if (lineLevel == level && line.find(text) != std::string::npos) {
-                return true;
-            }
-        }
-        return false;
+    bool hasLogged(int level, std::string_view text) const {
+        return m_ports.count(level, text) > 0;
     }
 
-    std::string m_directory;
-    std::string m_path;
+    test::TestPorts m_ports{kLogWarning};
+    test::TemporaryDirectory m_directory;
+    std::string m_path = m_directory.file("data/phone.db");
     std::unique_ptr<SqliteDataAccess> m_store;
 
 private:
-    void write(std::string_view component, std::string_view /*file*/, int level, int /*line*/,
-               std::string_view text) noexcept override {
-        const std::lock_guard lock(m_logMutex);
-        if (component == "DataAccessService") {
-            m_lines.emplace_back(level, text);
-        }
-    }
-
     static bool isUpdated(const std::string& answer) {
         return answer.find("<ReasonForMessage>update_response</") != std::string::npos;
     }
 
     static std::optional<std::string> valueIn(const std::string& answer, std::string_view column) {
         EXPECT_NE(answer.find("<ReasonForMessage>read_response</"), std::string::npos) << answer;
-        const std::size_t start = answer.find("<" + std::string(column) + ">");
-        if (start == std::string::npos) {
+        EXPECT_EQ(answer.find('\r'), std::string::npos) << "would be read as a line feed";
+        const std::string name(column);
+        if (answer.find('<' + name + '>') == std::string::npos) {
             return std::nullopt;
         }
-        const std::size_t from = start + column.size() + 2;
-        const std::size_t end = answer.find('<', from);
-        EXPECT_EQ(answer.substr(end), "</" + std::string(column) + "></Schema>");
-        return unescaped(answer.substr(from, end - from));
+        EXPECT_TRUE(answer.ends_with("</" + name + "></Schema>")) << answer;
+        return ClientUtils::extractValueFromXMLString(answer, name);
     }
-
-    static std::string unescaped(const std::string& text) {
-        static constexpr std::pair<std::string_view, char> kReferences[] = {
-            {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&#13;", '\r'}};
-        EXPECT_EQ(text.find('\r'), std::string::npos) << "would be read as a line feed";
-        std::string result;
-        for (std::size_t at = 0; at < text.size();) {
-            if (text[at] != '&') {
-                result += text[at++];
-                continue;
-            }
-            const std::size_t before = at;
-            for (const auto& [reference, character] : kReferences) {
-                if (text.compare(at, reference.size(), reference) == 0) {
-                    result += character;
-                    at += reference.size();
-                    break;
-                }
-            }
-            if (at == before) {
-                ADD_FAILURE() << "bare & in an answer";
-                break;
-            }
-        }
-        return result;
-    }
-
-    std::mutex m_logMutex;
-    std::vector<std::pair<int, std::string>> m_lines;
 };
 
 }  // namespace vireo
