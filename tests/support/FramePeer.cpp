@@ -1,10 +1,12 @@
 #include "support/FramePeer.h"
 
+#include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
 #include <cerrno>
+#include <utility>
 
 namespace vireo::test {
 namespace {
@@ -12,7 +14,24 @@ namespace {
 constexpr int kDeadlineMilliseconds = 30000;
 constexpr std::size_t kReadSize = 256U << 10U;
 
+sockaddr_un addressOf(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    return address;
+}
+
 }  // namespace
+
+FileDescriptor listenAt(const std::string& path) {
+    FileDescriptor listening(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const sockaddr_un address = addressOf(path);
+    EXPECT_EQ(::bind(listening.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+              0)
+        << path;
+    EXPECT_EQ(::listen(listening.get(), 4), 0);
+    return listening;
+}
 
 FramePeer::FramePeer() : m_socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {}
 
@@ -20,10 +39,10 @@ FramePeer::FramePeer(const std::string& socketPath) : FramePeer() {
     connect(socketPath);
 }
 
+FramePeer::FramePeer(FileDescriptor socket) : m_socket(std::move(socket)) {}
+
 bool FramePeer::connect(const std::string& socketPath) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    socketPath.copy(address.sun_path, sizeof address.sun_path - 1);
+    const sockaddr_un address = addressOf(socketPath);
     return ::connect(m_socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) ==
            0;
 }

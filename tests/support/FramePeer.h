@@ -18,6 +18,9 @@ struct ReceivedFrame {
     std::string payload;
 };
 
+/// A listening Unix socket at `path`.
+FileDescriptor listenAt(const std::string& path);
+
 /// The other end of the service's socket: writes any bytes, reads frames. Waits by poll, at most
 /// half a minute.
 class FramePeer {
@@ -25,12 +28,15 @@ public:
     /// Not connected yet.
     FramePeer();
     explicit FramePeer(const std::string& socketPath);
+    /// A connection that is there already.
+    explicit FramePeer(FileDescriptor socket);
 
     bool connect(const std::string& socketPath);
     /// Writes everything; false when the service has closed the connection.
     bool write(std::string_view bytes);
     /// The next frame; nothing at the end of the stream.
     std::optional<ReceivedFrame> read();
+    void close() { m_socket.reset(); }
     /// Ends the own side of the stream; the other one can still be read.
     void endSending();
     /// Ends the own side and reads until the service has ended its own.
@@ -45,6 +51,9 @@ public:
     static std::string frame(FrameKind kind, std::uint32_t correlation, std::string_view payload,
                              std::string_view protocol = "vireo_rpc",
                              std::string_view interfaceName = "EchoIfc");
+
+protected:
+    int descriptor() const { return m_socket.get(); }
 
 private:
     bool waitFor(short events) const;

@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -14,16 +11,6 @@
 
 namespace vireo::test {
 namespace {
-
-/// A socket bound to `path`, as a killed or foreign program leaves or holds it.
-FileDescriptor foreignSocket(const std::string& path) {
-    FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    EXPECT_EQ(::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    return socket;
-}
 
 class ListeningSocketTest : public ::testing::Test {
 protected:
@@ -46,34 +33,10 @@ TEST_F(ListeningSocketTest, IsForItsOwnUserAloneAndRemovedAtTheEnd) {
     EXPECT_FALSE(std::filesystem::exists(m_path));
 }
 
-TEST_F(ListeningSocketTest, ASecondServiceIsRefusedAndTheFirstGoesOn) {
-    const auto first = ListeningSocket::open(m_path, m_error);
-    ASSERT_TRUE(first) << m_error;
-    EXPECT_FALSE(ListeningSocket::open(m_path, m_error));
-    EXPECT_NE(m_error.find(m_path), std::string::npos) << m_error;
-    EXPECT_NE(m_error.find("process " + std::to_string(::getpid())), std::string::npos) << m_error;
-    EXPECT_TRUE(FramePeer().connect(m_path));
-}
-
-TEST_F(ListeningSocketTest, TakesOverFromAServiceThatWasKilled) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const auto socket = ListeningSocket::open(m_path, m_error);
-        ::kill(::getpid(), SIGKILL);
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ASSERT_TRUE(std::filesystem::is_socket(m_path));
-    const auto socket = ListeningSocket::open(m_path, m_error);
-    ASSERT_TRUE(socket) << m_error;
-    EXPECT_TRUE(FramePeer().connect(m_path));
-}
-
 TEST_F(ListeningSocketTest, LeavesAloneWhatIsNotItsOwn) {
     std::filesystem::create_directories(m_directory / "run/deep");
     {
-        const FileDescriptor foreign = foreignSocket(m_path);
-        ::listen(foreign.get(), 1);
+        const FileDescriptor foreign = listenAt(m_path);
         EXPECT_FALSE(ListeningSocket::open(m_path, m_error));
         EXPECT_NE(m_error.find("another program listens"), std::string::npos) << m_error;
         EXPECT_TRUE(FramePeer().connect(m_path));

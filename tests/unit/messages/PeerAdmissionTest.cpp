@@ -41,10 +41,7 @@ TEST_F(PeerAdmissionTest, WhoeverBreaksARuleIsToldWhichAndDisconnected) {
         {hello + FramePeer::frame(FrameKind::eRefusal, 2, "x"), "from the service alone"},
         {longHello.substr(0, 100), "hello is too long"},
         {FramePeer::frame(FrameKind::eHello, 1, "", "", ""), "1 to 64 bytes"},
-        {FramePeer::frame(FrameKind::eHello, 1, std::string(65, 'a'), "", ""), "1 to 64 bytes"},
-        {FramePeer::frame(FrameKind::eHello, 1, "two words", "", ""), "letters, digits"},
-        {FramePeer::frame(FrameKind::eHello, 1, "a\nb", "", ""), "letters, digits"},
-        {FramePeer::frame(FrameKind::eHello, 1, "-*", "", ""), "letters, digits"},
+        {FramePeer::frame(FrameKind::eHello, 1, "two\nlines", "", ""), "letters, digits"},
     };
     int refused = 0;
     for (const auto& row : rows) {
@@ -64,26 +61,6 @@ TEST_F(PeerAdmissionTest, WhoeverBreaksARuleIsToldWhichAndDisconnected) {
         EXPECT_EQ(m_log.count(kLogWarning, "refused "), ++refused);
     }
     EXPECT_EQ(m_invoker.handled, 0);
-}
-
-TEST_F(PeerAdmissionTest, ChannelNamesAreUniqueAmongTheLivingAndFreedAtTheEnd) {
-    start();
-    FramePeer first(m_socket);
-    ASSERT_EQ(first.hello("console"), "console");
-    EXPECT_EQ(FramePeer(m_socket).hello("console"), "refused: channel name \"console\" is in use");
-    FramePeer one(m_socket);
-    FramePeer two(m_socket);
-    FramePeer three(m_socket);
-    EXPECT_EQ(one.hello("vireoctl-*"), "vireoctl-1");
-    EXPECT_EQ(two.hello("vireoctl-*"), "vireoctl-2");
-    EXPECT_EQ(three.hello("vireoctl-*"), "vireoctl-3");
-    first.leave();
-    two.leave();
-    FramePeer again(m_socket);
-    EXPECT_EQ(again.hello("console"), "console");
-    FramePeer lowest(m_socket);
-    EXPECT_EQ(lowest.hello("vireoctl-*"), "vireoctl-2");
-    EXPECT_EQ(one.ask("untouched"), "untouched");
 }
 
 TEST_F(PeerAdmissionTest, OnePeerTooManyIsRefusedAndServedOnceThereIsRoom) {
