@@ -9,24 +9,6 @@ namespace {
 
 using testing::HasSubstr;
 
-class Ftp : public TransferTest {
-protected:
-    void SetUp() override {
-        if (!FtpServer::isInstalled()) {
-            GTEST_SKIP() << "python3-pyftpdlib is missing";
-        }
-    }
-};
-
-class Https : public TransferTest {
-protected:
-    void SetUp() override {
-        if (!HttpsServer::isInstalled()) {
-            GTEST_SKIP() << "nginx-light or openssl is missing";
-        }
-    }
-};
-
 TEST_F(Ftp, FilesComeByteForByte) {
     serve("home/large", randomBytes(kLarge, 1));
     serve("home/empty", "");
@@ -49,9 +31,7 @@ TEST_F(Ftp, FilesComeByteForByte) {
         endTransfers();
         options.usesActiveFtp = isActive;
         for (const auto& row : rows) {
-            EXPECT_EQ(100, fetch(ftp(server.port(), row.path, row.file))) << row.servedAs;
-            EXPECT_TRUE(contentOf(served.file(row.servedAs)) == contentOf(local("got")))
-                << row.servedAs;
+            expectFetched(ftp(server.port(), row.path, row.file), row.servedAs);
         }
     }
 }
@@ -79,9 +59,7 @@ TEST_F(Https, FilesComeByteForByte) {
                 {withUser, "locked/f"},
                 {https(port, "moved", "large"), "large"}};
     for (const auto& row : rows) {
-        EXPECT_EQ(100, fetch(row.request)) << row.servedAs;
-        EXPECT_TRUE(contentOf(served.file(row.servedAs)) == contentOf(local("got")))
-            << row.servedAs;
+        expectFetched(row.request, row.servedAs);
     }
 }
 

@@ -141,6 +141,12 @@ protected:
         return *m_reports.back();
     }
     int fetch(const TransferRequest& request) { return start(request).end(); }
+    /// It ends well, and what has come is what is served.
+    void expectFetched(const TransferRequest& request, const std::string& servedAs) {
+        SCOPED_TRACE(servedAs);
+        EXPECT_EQ(100, fetch(request));
+        EXPECT_TRUE(contentOf(served.file(servedAs)) == contentOf(local("got")));
+    }
     /// What is said when it does not even start.
     std::string refusal(const TransferRequest& request) {
         Reports reports;
@@ -163,6 +169,24 @@ protected:
 private:
     std::vector<std::unique_ptr<Reports>> m_reports;
     std::unique_ptr<CurlTransfer> m_transfer;
+};
+
+class Ftp : public TransferTest {
+protected:
+    void SetUp() override {
+        if (!FtpServer::isInstalled()) {
+            GTEST_SKIP() << "python3-pyftpdlib is missing";
+        }
+    }
+};
+
+class Https : public TransferTest {
+protected:
+    void SetUp() override {
+        if (!HttpsServer::isInstalled()) {
+            GTEST_SKIP() << "nginx-light or openssl is missing";
+        }
+    }
 };
 
 }  // namespace vireo::test
