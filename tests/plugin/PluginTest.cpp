@@ -1,47 +1,26 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <string>
 
 #include "LocalMgmtIfc.h"
 #include "RemoteMgmtIfc.h"
-#include "data/ManageableData.h"
 #include "runtime/PluginLoader.h"
-#include "service/Context.h"
 #include "service/Invoker.h"
 #include "service/Service.h"
-#include "support/SmallPhone.h"
 
 namespace vireo {
 namespace {
 
-struct EmptyContext : SvcRTEContext {
-    Executable* findService(const std::string&) override { return nullptr; }
-    void postToMessageThread(std::function<void()>) override {}
-    TimerFacility* timers() override { return nullptr; }
-};
-
 TEST(Plugin, ItsServiceIsReachedThroughEveryInterfaceAcrossTheBoundary) {
-    test::TestPorts ports;
-    test::installSmallPhone(ports);
     std::string error;
     const auto plugin = PluginLoader::load(VIREO_PLUGIN, error);
     ASSERT_TRUE(plugin) << error;
     const auto service = plugin->createService("createVireoClientMgmt", error);
     ASSERT_TRUE(service) << error;
     EXPECT_TRUE(plugin->createInvoker("createLocalMgmtInvoker", error)) << error;
-    EmptyContext context;
-    service->init(context);
-    auto* local = dynamic_cast<LocalMgmtIfc*>(static_cast<Executable*>(service.get()));
-    ASSERT_NE(local, nullptr);
+    EXPECT_NE(dynamic_cast<LocalMgmtIfc*>(static_cast<Executable*>(service.get())), nullptr);
     EXPECT_NE(dynamic_cast<RemoteMgmtIfc*>(service.get()), nullptr);
-    ManageableData record;
-    record.populate("plain", "x");
-    EXPECT_TRUE(local->setData(record));
-    std::string value;
-    EXPECT_TRUE(local->getData("plain", value));
-    EXPECT_EQ(value, "x");
-    service->shutdown();
 }
 
 TEST(Plugin, ExportsItsFactoriesAndNothingElse) {
