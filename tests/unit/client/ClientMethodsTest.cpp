@@ -17,38 +17,6 @@ class QuietAgent : public MgmtAgentIfc {
     bool resetUserData() override { return true; }
 };
 
-TEST(ClientMethods, SpeaksXmlWhenAsked) {
-    ScriptedPeer peer([](PeerStream& stream) {
-        stream.welcome();
-        const auto request = stream.read();
-        ASSERT_TRUE(request);
-        EXPECT_EQ(request->protocol, "vireo_svc_xml");
-        EXPECT_EQ(request->payload,
-                  "<request name=\"getData\"><param name=\"manageableData\" type=\"string\" "
-                  "dir=\"2\">&lt;record&gt;&lt;rootId&gt;time&lt;/rootId&gt;&lt;/record&gt;</param>"
-                  "</request>");
-        std::string reply;
-        ManageableData answer;
-        answer.populate("time", "a & b\r\n");
-        ServiceXmlAdapter::encodeText(recordReply("getData", true, answer.serialize()), reply);
-        stream.send(FrameKind::eReply, request->header.correlation, reply);
-        stream.reply(encoded(recordReply("getData", true, answer.serialize())));
-        EXPECT_FALSE(stream.read()) << "what cannot be carried must not be sent";
-    });
-    const auto client = connectTo(peer, nullptr, LocalMgmtClient::Protocol::eXml);
-    ManageableData record;
-    record.addRootId("time", nullptr);
-    bool result = false;
-    ASSERT_EQ(client->getData(record, result), CallStatus::eDone);
-    std::string value;
-    EXPECT_TRUE(record.interogate("time", "time", value));
-    EXPECT_EQ(value, "a & b\r\n");
-    EXPECT_EQ(client->getData(record, result), CallStatus::eMalformedReply)
-        << "an answer in another protocol";
-    EXPECT_EQ(client->findSchemaName("a\x01", value), CallStatus::eNotCarried);
-    EXPECT_EQ(value, "a & b\r\n");
-}
-
 TEST(ClientMethods, ReadsFileTypeLimitsAndTheBusyMaskInBothProtocols) {
     const std::string head = "<response name=\"getFileTypeMetadata\"><param name=\"";
     const std::string xmlLimits = head + "FileTypeMetadata\" type=\"xml\" dir=\"1\">";
@@ -62,6 +30,7 @@ TEST(ClientMethods, ReadsFileTypeLimitsAndTheBusyMaskInBothProtocols) {
         {LocalMgmtClient::Protocol::eRpc, rpcHead + "1;1;3;-1;", CallStatus::eMalformedReply},
         {LocalMgmtClient::Protocol::eRpc, rpcHead + "1;1;7;-1;15;x", CallStatus::eMalformedReply},
         {LocalMgmtClient::Protocol::eRpc, rpcHead + "0;1;15;", CallStatus::eMalformedReply},
+        {LocalMgmtClient::Protocol::eXml, rpcHead + "1;1;6;-1;15;", CallStatus::eMalformedReply},
         {LocalMgmtClient::Protocol::eXml,
          xmlLimits + "<maxFileTypeEntries>-1</maxFileTypeEntries><maxFileTypeNameChars>15"
                      "</maxFileTypeNameChars></param></response>",
@@ -83,7 +52,6 @@ TEST(ClientMethods, ReadsFileTypeLimitsAndTheBusyMaskInBothProtocols) {
                 reply.clear();
                 ServiceXmlAdapter::encodeText(busy, reply);
             }
-            stream.welcome();
             stream.reply(row.limits);
             stream.reply(reply);
         });
@@ -99,32 +67,8 @@ TEST(ClientMethods, ReadsFileTypeLimitsAndTheBusyMaskInBothProtocols) {
     }
 }
 
-TEST(ClientMethods, ReplacesTheRecordByTheAnswerWithItsRefusals) {
-    ScriptedPeer peer([](PeerStream& stream) {
-        stream.welcome();
-        ManageableData answer;
-        answer.populate("time", "time", "a & b\n");
-        answer.addRejectReason("date", "//*", "Unknown");
-        stream.reply(recordReply("setData", false, answer.serialize()));
-    });
-    const auto client = connectTo(peer);
-    ManageableData record;
-    record.populate("time", "time", "before");
-    record.populate("date", "date", "before");
-    bool result = true;
-    ASSERT_EQ(client->setData(record, result), CallStatus::eDone);
-    EXPECT_FALSE(result);
-    std::string value;
-    EXPECT_TRUE(record.interogate("time", "time", value));
-    EXPECT_EQ(value, "a & b\n");
-    EXPECT_FALSE(record.getDocument("date"));
-    ASSERT_EQ(record.rejections().size(), 1U);
-    EXPECT_EQ(record.rejections()[0].reason(), "Unknown");
-}
-
 TEST(ClientMethods, AddsAKnownSchemaAndLeavesTheRecordOtherwise) {
     ScriptedPeer peer([](PeerStream& stream) {
-        stream.welcome();
         stream.reply(recordReply("getSchema", false, "<record/>"));
         ManageableData answer;
         answer.putSchema(std::make_shared<const DxlSchema>("clock"));
@@ -144,36 +88,18 @@ TEST(ClientMethods, AddsAKnownSchemaAndLeavesTheRecordOtherwise) {
 }
 
 TEST(ClientMethods, RegistersObservesAndAnnouncesByTheirMethods) {
-    const auto resultOf = [](const char* name, bool result) {
-        Method reply(name, Method::eResponse);
-        reply.addBoolParameter("result", Parameter::eOut, result);
-        return encoded(reply);
-    };
-    ScriptedPeer peer([&resultOf](PeerStream& stream) {
-        stream.welcome();
-        const struct {
-            const char* request;
-            std::string reply;
-        } rows[] = {
-            {"34;registerManagementIdentityBulkData0;2;12;managementId1;0;2;Id"
-             "18;bulkDataManageable2;0;1;",
-             resultOf("registerManagementIdentityBulkData", false)},
-            {"19;observeDataBulkData0;2;6;nodeId1;0;1;x18;bulkDataManageable2;0;0;",
-             resultOf("observeDataBulkData", true)},
-            {"23;observeListDataBulkData0;1;7;rootIds1;0;9;2;1;x2;yz",
-             resultOf("observeListDataBulkData", true)},
-            {"17;stopObservingData0;1;6;nodeId1;0;1;x", resultOf("stopObservingData", true)},
-        };
-        for (const auto& row : rows) {
-            const auto request = stream.read();
-            ASSERT_TRUE(request);
-            EXPECT_EQ(request->payload, row.request);
-            stream.send(FrameKind::eReply, request->header.correlation, row.reply);
-        }
-        Method told("manageableDataChanged", Method::eResponse);
-        told.addIntParameter("numObservers", Parameter::eOut, 3);
-        told.addStringParameter("manageableData", Parameter::eOut, "<record></record>");
-        stream.reply(told);
+    ScriptedPeer peer([](PeerStream& stream) {
+        stream.expect(
+            "34;registerManagementIdentityBulkData0;2;12;managementId1;0;2;Id"
+            "18;bulkDataManageable2;0;1;",
+            encoded(resultReply("registerManagementIdentityBulkData", false)));
+        stream.expect("19;observeDataBulkData0;2;6;nodeId1;0;1;x18;bulkDataManageable2;0;0;",
+                      encoded(resultReply("observeDataBulkData", true)));
+        stream.expect("23;observeListDataBulkData0;1;7;rootIds1;0;9;2;1;x2;yz",
+                      encoded(resultReply("observeListDataBulkData", true)));
+        stream.expect("17;stopObservingData0;1;6;nodeId1;0;1;x",
+                      encoded(resultReply("stopObservingData", true)));
+        stream.reply(announcedReply(3));
     });
     QuietAgent agent;
     const auto client = connectTo(peer, &agent);
@@ -189,16 +115,28 @@ TEST(ClientMethods, RegistersObservesAndAnnouncesByTheirMethods) {
     int observers = 0;
     EXPECT_EQ(client->manageableDataChanged(record, observers), CallStatus::eDone);
     EXPECT_EQ(observers, 3);
+}
 
-    ScriptedPeer silent([](PeerStream& stream) {
-        stream.welcome();
-        EXPECT_FALSE(stream.read());
+TEST(ClientMethods, WithoutAnAgentAndACallbackNothingThatNeedsOneIsSentOrServed) {
+    ScriptedPeer peer([](PeerStream& stream) {
+        stream.write(callbackFrame(FrameKind::eRequest, 1, "15;requestShutdown"));
+        const auto nothing = stream.read();
+        ASSERT_TRUE(nothing);
+        EXPECT_EQ(nothing->kind, FrameKind::eReply);
+        EXPECT_EQ(nothing->payload, "");
+        EXPECT_EQ(stream.askAgent(2, "resetUserData:"), "");
     });
-    const auto agentless = connectTo(silent);
-    EXPECT_EQ(agentless->registerManagementIdentity("Id", true, result), CallStatus::eNoAgent);
-    EXPECT_EQ(agentless->observeData("x", true, result), CallStatus::eNoAgent);
-    EXPECT_EQ(agentless->observeListData({"x"}, result), CallStatus::eNoAgent);
-    EXPECT_EQ(agentless->stopObservingData("x", result), CallStatus::eNoAgent);
+    const auto client = connectTo(peer);
+    bool result = false;
+    EXPECT_EQ(client->startDownloadWithCallback(LocalMgmtIfc::FILETYPE_SOFTWARE, result),
+              CallStatus::eNoCallback);
+    EXPECT_EQ(client->startDownloadFrom({}, LocalMgmtIfc::FILETYPE_RINGER, true, result),
+              CallStatus::eNoCallback);
+    EXPECT_EQ(client->registerManagementIdentity("Id", true, result), CallStatus::eNoAgent);
+    EXPECT_EQ(client->observeData("x", true, result), CallStatus::eNoAgent);
+    EXPECT_EQ(client->observeListData({"x"}, result), CallStatus::eNoAgent);
+    EXPECT_EQ(client->stopObservingData("x", result), CallStatus::eNoAgent);
+    serveToTheEnd(*client);
 }
 
 }  // namespace

@@ -1,14 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "BusyMask.h"
 #include "Commands.h"
-#include "JsonPrinter.h"
-#include "TextPrinter.h"
+#include "unit/client/CommandOutput.h"
 #include "unit/client/ScriptedPeer.h"
 
 namespace vireo {
@@ -16,39 +13,22 @@ namespace {
 
 using Request = std::function<ExitCode(Commands&)>;
 
-struct Outcome {
-    ExitCode code = ExitCode::eDone;
-    std::string out;
-    std::string errors;
-};
-
 // Runs a command against a service that gives these replies and expects no further request.
-Outcome runAgainst(const std::vector<std::string>& replies, const Request& command, bool json) {
+Outcome runAgainst(const std::vector<std::string>& replies, const Request& command, Form form) {
     ScriptedPeer peer([&replies](PeerStream& stream) {
-        stream.welcome();
         for (const std::string& reply : replies) {
             stream.reply(reply);
         }
         EXPECT_FALSE(stream.read()) << "one request too many";
     });
     const auto client = connectTo(peer);
-    std::ostringstream out;
-    std::ostringstream errors;
-    TextPrinter text(out, errors);
-    JsonPrinter jsonPrinter(out, errors);
-    AnswerPrinter& printer = json ? static_cast<AnswerPrinter&>(jsonPrinter) : text;
-    Commands commands(*client, printer, errors, kPatience);
-    Outcome outcome;
-    outcome.code = command(commands);
-    outcome.out = out.str();
-    outcome.errors = errors.str();
-    return outcome;
+    CommandOutput output(form);
+    Commands commands(*client, output.printer(), output.errors, kPatience);
+    return output.ended(command(commands));
 }
 
 std::string schemaNameReply(const char* name) {
-    Method reply("findSchemaName", Method::eResponse);
-    reply.addStringParameter("schemaName", Parameter::eOut, name);
-    return encoded(reply);
+    return encoded(textReply("findSchemaName", "schemaName", name));
 }
 
 ManageableData recordOf(const std::vector<std::pair<std::string, std::string>>& items) {
@@ -76,11 +56,11 @@ struct Row {
 
 void expectRows(const std::vector<Row>& rows) {
     for (const Row& row : rows) {
-        const Outcome text = runAgainst(row.replies, row.command, false);
+        const Outcome text = runAgainst(row.replies, row.command, Form::eLines);
         EXPECT_EQ(text.code, row.code) << row.description;
         EXPECT_EQ(text.out, row.out) << row.description;
         EXPECT_EQ(text.errors, row.errors) << row.description;
-        const Outcome json = runAgainst(row.replies, row.command, true);
+        const Outcome json = runAgainst(row.replies, row.command, Form::eJson);
         EXPECT_EQ(json.code, row.code) << row.description;
         EXPECT_EQ(json.out, row.json) << row.description;
     }
@@ -148,78 +128,83 @@ TEST(Commands, TellHowFarADownloadIsAndWhetherAFileWasAccepted) {
     const auto status = [](int percent) {
         Method reply("requestCurrentDownloadStatus", Method::eResponse);
         reply.addIntParameter("result", Parameter::eOut, percent);
-        return encoded(reply);
+        return std::vector<std::string>{encoded(reply)};
     };
     const auto validation = [](bool accepted) {
-        Method reply("validateFile", Method::eResponse);
-        reply.addBoolParameter("result", Parameter::eOut, accepted);
-        return encoded(reply);
+        return std::vector<std::string>{encoded(resultReply("validateFile", accepted))};
     };
     const Request ask = [](Commands& commands) { return commands.downloadStatus("ringer", ""); };
     const Request check = [](Commands& commands) { return commands.validate("ringer", "a.wav"); };
-    const std::string json = "{\"method\":\"requestCurrentDownloadStatus\",\"parameters\":";
-    const std::string running = json + "{\"result\":42}}\n";
-    const std::string failed = json + "{\"result\":-3}}\n";
-    const std::string none = json + "{\"result\":-1}}\n";
     expectRows({
-        {"under way", ask, {status(42)}, ExitCode::eDone, "ringer: 42 %\n", "", running.c_str()},
-        {"rejected", ask, {status(-3)}, ExitCode::eRefused, "ringer: failed\n", "", failed.c_str()},
-        {"another one",
-         ask,
-         {status(-1)},
-         ExitCode::eRefused,
-         "ringer: failed, or there was none\n",
-         "",
-         none.c_str()},
-        {"a good file",
-         check,
-         {validation(true)},
-         ExitCode::eDone,
-         "ringer: a.wav: accepted\n",
-         "",
+        {"under way", ask, status(42), ExitCode::eDone, "ringer: 42 %\n", "",
+         "{\"method\":\"requestCurrentDownloadStatus\",\"parameters\":{\"result\":42}}\n"},
+        {"rejected", ask, status(-3), ExitCode::eRefused, "ringer: failed\n", "",
+         "{\"method\":\"requestCurrentDownloadStatus\",\"parameters\":{\"result\":-3}}\n"},
+        {"another one", ask, status(-1), ExitCode::eRefused, "ringer: failed, or there was none\n",
+         "", "{\"method\":\"requestCurrentDownloadStatus\",\"parameters\":{\"result\":-1}}\n"},
+        {"a good file", check, validation(true), ExitCode::eDone, "ringer: a.wav: accepted\n", "",
          "{\"method\":\"validateFile\",\"parameters\":{\"result\":true}}\n"},
-        {"a bad file",
-         check,
-         {validation(false)},
-         ExitCode::eRefused,
-         "ringer: a.wav: rejected\n",
-         "",
-         "{\"method\":\"validateFile\",\"parameters\":{\"result\":false}}\n"},
+        {"a bad file", check, validation(false), ExitCode::eRefused, "ringer: a.wav: rejected\n",
+         "", "{\"method\":\"validateFile\",\"parameters\":{\"result\":false}}\n"},
     });
 }
 
-TEST(BusyMask, ReadsWhatAPersonTypesAndNothingElse) {
-    const struct {
-        const char* argument;
-        std::optional<unsigned> mask;
-    } rows[] = {
-        {"0", 0U},           {"513", 513U},       {"0x201", 513U},    {"0XfF", 255U},
-        {"4294967295", ~0U}, {"0xFFFFFFFF", ~0U}, {"", std::nullopt}, {"4294967296", {}},
-        {"0x100000000", {}}, {"0x", {}},          {"-1", {}},         {"+1", {}},
-        {" 1", {}},          {"1 ", {}},          {"f", {}},
+// A refusal is not to sound as if a reset had failed.
+TEST(Commands, SayWhatTheAnswerToMaintenanceMeansAndShowNoPassword) {
+    const auto no = [](const char* method) {
+        return std::vector<std::string>{encoded(resultReply(method, false))};
     };
-    for (const auto& row : rows) {
-        std::string error;
-        EXPECT_EQ(BusyMask::parse(row.argument, error), row.mask) << row.argument;
-        EXPECT_EQ(error.empty(), row.mask.has_value()) << error;
-    }
+    expectRows({
+        {"a reset without reboot",
+         [](Commands& commands) {
+             return commands.factoryReset([](std::string&) { return "to be kept"; });
+         },
+         no("performFactoryReset"), ExitCode::eRefused, "",
+         "no reboot was started: either the password was refused (a wrong one, none is set, or too "
+         "soon after wrong ones) and nothing has changed, or the phone is reset and needs no "
+         "reboot; the log of the service says which\n",
+         "{\"method\":\"performFactoryReset\",\"parameters\":{\"result\":false}}\n"},
+        {"a reset without a password, of which nothing is sent",
+         [](Commands& commands) {
+             return commands.factoryReset([](std::string& error) {
+                 error = "interrupted";
+                 return std::nullopt;
+             });
+         },
+         {},
+         ExitCode::eRefused,
+         "",
+         "vireoctl: interrupted\n",
+         ""},
+        {"no reboot", [](Commands& commands) { return commands.reboot(""); }, no("performReboot"),
+         ExitCode::eRefused, "", "no reboot was started; the log of the service says why\n",
+         "{\"method\":\"performReboot\",\"parameters\":{\"result\":false}}\n"},
+        {"an owner that does not confirm",
+         [](Commands& commands) { return commands.resetUserData(); }, no("clearAllUserData"),
+         ExitCode::eRefused, "",
+         "the user's data are reset, but the owner that was asked last did not say that its items "
+         "are, or there is none; the log of the service says more\n",
+         "{\"method\":\"clearAllUserData\",\"parameters\":{\"result\":false}}\n"},
+    });
 }
 
-TEST(Commands, WithoutAnAnswerSaysWhyOnStandardErrorAlone) {
-    for (const bool json : {false, true}) {
-        const Outcome malformed = runAgainst(
-            {"x"}, [](Commands& commands) { return commands.get({"a"}); }, json);
-        EXPECT_EQ(malformed.code, ExitCode::eRefused);
-        EXPECT_EQ(malformed.out, "");
-        EXPECT_EQ(malformed.errors, "vireoctl: the reply is malformed\n");
-
-        const Outcome tooLarge = runAgainst(
-            {}, [](Commands& commands) { return commands.schema(std::string(5U << 20U, 'x')); },
-            json);
-        EXPECT_EQ(tooLarge.code, ExitCode::eRefused);
-        EXPECT_EQ(tooLarge.out, "");
-        EXPECT_EQ(tooLarge.errors, "vireoctl: larger than one message may be\n");
-    }
+TEST(Commands, WithoutAnAnswerSayWhyOnStandardErrorAlone) {
+    expectRows({
+        {"malformed",
+         [](Commands& commands) { return commands.get({"a"}); },
+         {"x"},
+         ExitCode::eRefused,
+         "",
+         "vireoctl: the reply is malformed\n",
+         ""},
+        {"too large",
+         [](Commands& commands) { return commands.schema(std::string(5U << 20U, 'x')); },
+         {},
+         ExitCode::eRefused,
+         "",
+         "vireoctl: larger than one message may be\n",
+         ""},
+    });
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "DownloadLine.h"
-#include "FileTypes.h"
 #include "terminal/PasswordInput.h"
 #include "terminal/StopSignal.h"
 
@@ -66,16 +65,6 @@ TEST(DownloadLine, SaysWhatWasTypedAndRefusesWhatDoesNotFitTogether) {
         EXPECT_EQ(outcome, row.options) << row.arguments;
         EXPECT_TRUE(isChosen) << row.arguments;
     }
-}
-
-TEST(FileTypes, AreFoundUnderEachOfTheirNamesAndNoOther) {
-    EXPECT_EQ(FileTypes::names().size(), 15U);
-    for (const std::string& name : FileTypes::names()) {
-        EXPECT_NE(FileTypes::find(name), LocalMgmtIfc::FILETYPE_INVALID) << name;
-    }
-    EXPECT_EQ(FileTypes::find("images"), LocalMgmtIfc::FILETYPE_PICTURE);
-    EXPECT_EQ(FileTypes::find("Images"), LocalMgmtIfc::FILETYPE_INVALID);
-    EXPECT_EQ(FileTypes::find(""), LocalMgmtIfc::FILETYPE_INVALID);
 }
 
 TEST(PasswordInput, TakesOneLineOfAPipeAndLeavesTheRest) {

@@ -3,8 +3,8 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -13,44 +13,31 @@
 #include "messages/FileDescriptor.h"
 #include "messages/FrameCodec.h"
 #include "service/Method.h"
+#include "support/FramePeer.h"
 #include "support/TemporaryDirectory.h"
 
 namespace vireo {
 
 /// The service's end of one connection, for a script that plays the service.
-class PeerStream {
+class PeerStream : public test::FramePeer {
 public:
-    struct Received {
-        FrameHeader header;
-        std::string protocol;
-        std::string interfaceName;
-        std::string payload;
-    };
+    using FramePeer::FramePeer;
 
-    explicit PeerStream(FileDescriptor socket);
-
-    /// The next frame; none at the end of the stream, or when none comes for ten seconds.
-    std::optional<Received> read();
     void send(FrameKind kind, std::uint32_t correlation, std::string_view payload);
     /// The same for the agent of the other end.
     void sendToAgent(FrameKind kind, std::uint32_t correlation, std::string_view payload);
-    void sendBytes(std::string_view bytes);
     /// Each byte leaves only after the other end has read the one before.
-    void sendBytesOneByOne(std::string_view bytes);
-    void close() { m_socket.reset(); }
+    void writeOneByOne(std::string_view bytes);
 
-    /// Takes the greeting and gives the name.
-    void welcome(std::string_view channelName = "client-1");
+    /// Takes the next request, which is to hold these texts, and gives its number.
+    std::uint32_t take(std::initializer_list<std::string_view> texts = {});
     /// Takes the next request and answers it.
     void reply(std::string_view payload);
     void reply(const Method& method);
+    /// Takes the next request, which is to have this payload, and answers it.
+    void expect(std::string_view request, std::string_view answer);
     /// Asks the agent, and expects its answer next.
     std::string askAgent(std::uint32_t correlation, std::string_view payload);
-
-private:
-    std::optional<std::string> readExactly(std::size_t size);
-
-    FileDescriptor m_socket;
 };
 
 /// Listens on a Unix socket of its own and runs a script on the first connection.
@@ -58,7 +45,11 @@ class ScriptedPeer {
 public:
     using Script = std::function<void(PeerStream&)>;
 
+    /// The script begins behind the greeting, which gives the name "client-1".
     explicit ScriptedPeer(Script script);
+    /// The script greets.
+    struct Ungreeted {};
+    ScriptedPeer(Ungreeted, Script script);
     /// Waits for the end of the script, so clients are to be gone before.
     ~ScriptedPeer();
     ScriptedPeer(const ScriptedPeer&) = delete;
@@ -77,16 +68,27 @@ private:
 inline constexpr std::chrono::milliseconds kPatience{10000};
 inline constexpr std::chrono::milliseconds kBrief{30};
 
-/// A client of the peer that waits for kPatience; the agent may be null.
+/// For a connection to the peer whose calls wait for kPatience.
+LocalMgmtClient::Options optionsFor(const ScriptedPeer& peer);
+std::unique_ptr<LocalMgmtClient> connectBy(const LocalMgmtClient::Options& options);
+/// A client with these options; the agent may be null.
 std::unique_ptr<LocalMgmtClient> connectTo(
     const ScriptedPeer& peer, MgmtAgentIfc* agent = nullptr,
     LocalMgmtClient::Protocol protocol = LocalMgmtClient::Protocol::eRpc);
 
-/// The reply of a method that answers with a record.
-Method recordReply(const std::string& name, bool result, const std::string& record);
+/// The reply to a call that is to succeed.
+std::string ask(LocalMgmtClient& client, const std::string& payload);
 
-/// A listening Unix socket at `path`.
-FileDescriptor listenAt(const std::string& path);
+/// Serves until the peer is gone.
+void serveToTheEnd(LocalMgmtClient& client);
+
+/// Replies of methods that answer yes or no, with a text, and with a record.
+Method resultReply(const std::string& name, bool result);
+Method textReply(const std::string& name, const std::string& parameter, const std::string& text);
+Method recordReply(const std::string& name, bool result, const std::string& record);
+/// The reply to an announcement that reached so many observers.
+Method announcedReply(int observers);
+
 std::string encoded(const Method& method);
 std::string frame(FrameKind kind, std::uint32_t correlation, std::string_view payload);
 /// One for an agent.

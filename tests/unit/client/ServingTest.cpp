@@ -40,29 +40,24 @@ public:
     std::vector<std::string> told;
 };
 
-std::string question(const std::string& tag) {
+ManageableData recordOf(const std::string& tag) {
     ManageableData record;
     record.setRootId(tag, nullptr);
-    return "getData:" + record.serialize();
+    return record;
+}
+
+std::string question(const std::string& tag) {
+    return "getData:" + recordOf(tag).serialize();
 }
 
 std::string answer(const std::string& tag, const std::string& value) {
-    ManageableData record;
-    record.setRootId(tag, nullptr);
+    ManageableData record = recordOf(tag);
     record.populate(tag, value);
     return "getData:1;" + record.serialize();
 }
 
 std::string change(const std::string& tag) {
-    ManageableData record;
-    record.setRootId(tag, nullptr);
-    return "manageableDataChanged:" + record.serialize();
-}
-
-std::string ask(LocalMgmtClient& client, const std::string& payload) {
-    std::string reply;
-    EXPECT_EQ(client.callRaw("vireo_text", payload, reply), CallStatus::eDone) << payload;
-    return reply;
+    return "manageableDataChanged:" + recordOf(tag).serialize();
 }
 
 bool isReady(const LocalMgmtClient& client, milliseconds timeout) {
@@ -70,43 +65,46 @@ bool isReady(const LocalMgmtClient& client, milliseconds timeout) {
     return ::poll(&waited, 1, static_cast<int>(timeout.count())) > 0;
 }
 
-TEST(Serving, AnswersAndIsToldWhileACallWaits) {
+TEST(Serving, AnswersAndIsToldWhileACallWaitsAndDropsWhatIsForNobody) {
     ScriptedPeer peer([](PeerStream& stream) {
-        stream.welcome();
+        stream.send(FrameKind::eNotification, 0, "before any call");
         const auto call = stream.read();
         ASSERT_TRUE(call);
+        stream.send(FrameKind::eNotification, 0, "news");
+        stream.send(FrameKind::eWelcome, 0, "again");
+        stream.send(FrameKind::eReply, 4711, "nobody's");
         stream.sendToAgent(FrameKind::eNotification, 0, change("a"));
         // The service numbers its requests by itself, also like the call that waits.
-        EXPECT_EQ(stream.askAgent(call->header.correlation, question("x")), answer("x", "owned"));
+        EXPECT_EQ(stream.askAgent(call->correlation, question("x")), answer("x", "owned"));
         EXPECT_EQ(stream.askAgent(5, "getData:<record"), "getData:0;<record></record>");
         stream.sendToAgent(FrameKind::eNotification, 0, "resetUserData:");
         stream.send(FrameKind::eRequest, 6, question("x"));  // not for the agent
         const auto nothing = stream.read();
         ASSERT_TRUE(nothing);
         EXPECT_EQ(nothing->payload, "");
-        stream.send(FrameKind::eReply, call->header.correlation, "mine");
+        stream.send(FrameKind::eReply, call->correlation, "mine");
     });
     FunctionAgent agent;
     const auto client = connectTo(peer, &agent);
     EXPECT_EQ(ask(*client, "q"), "mine");
     EXPECT_EQ(agent.told, (std::vector<std::string>{"a", "reset"}));
+    EXPECT_EQ(client->channelName(), "client-1");
 }
 
 TEST(Serving, AnAgentMayCallBackAndBeAskedAgainAtAnyDepthUpToSixteen) {
     constexpr int kDepth = 20;
     ScriptedPeer peer([](PeerStream& stream) {
-        stream.welcome();
         std::vector<std::uint32_t> calls;
         for (std::uint32_t depth = 0; depth <= kDepth; ++depth) {
             const auto call = stream.read();
             ASSERT_TRUE(call);
-            if (call->header.kind == FrameKind::eReply) {
+            if (call->kind == FrameKind::eReply) {
                 EXPECT_EQ(call->payload, "") << "too deep";
                 EXPECT_EQ(depth, 17U);
                 break;
             }
             EXPECT_EQ(call->payload, "x" + std::to_string(depth));
-            calls.push_back(call->header.correlation);
+            calls.push_back(call->correlation);
             stream.sendToAgent(FrameKind::eRequest, depth, question("x"));
         }
         for (std::uint32_t depth = 16; !calls.empty(); --depth) {
@@ -115,7 +113,7 @@ TEST(Serving, AnAgentMayCallBackAndBeAskedAgainAtAnyDepthUpToSixteen) {
             if (depth > 0) {
                 const auto reply = stream.read();
                 ASSERT_TRUE(reply);
-                EXPECT_EQ(reply->header.correlation, depth - 1);
+                EXPECT_EQ(reply->correlation, depth - 1);
                 EXPECT_EQ(reply->payload, answer("x", "r" + std::to_string(depth)));
             }
         }
@@ -133,14 +131,13 @@ TEST(Serving, AnAgentMayCallBackAndBeAskedAgainAtAnyDepthUpToSixteen) {
 
 TEST(Serving, TheReplyOfAnOuterCallMayComeWhileAnInnerOneWaits) {
     ScriptedPeer peer([](PeerStream& stream) {
-        stream.welcome();
         const auto outer = stream.read();
         ASSERT_TRUE(outer);
         stream.sendToAgent(FrameKind::eRequest, 1, question("x"));
         const auto inner = stream.read();
         ASSERT_TRUE(inner);
-        stream.send(FrameKind::eReply, outer->header.correlation, "outer");
-        stream.send(FrameKind::eReply, inner->header.correlation, "inner");
+        stream.send(FrameKind::eReply, outer->correlation, "outer");
+        stream.send(FrameKind::eReply, inner->correlation, "inner");
         const auto late = stream.read();
         ASSERT_TRUE(late);
         EXPECT_EQ(late->payload, answer("x", "inner"));
@@ -158,15 +155,14 @@ TEST(Serving, TheReplyOfAnOuterCallMayComeWhileAnInnerOneWaits) {
 TEST(Serving, NotificationsComeInOrderAndNeverWithinAnotherMessage) {
     std::vector<std::string> expected;
     ScriptedPeer peer([&expected](PeerStream& stream) {
-        stream.welcome();
         std::string burst;
         for (int i = 0; i < 500; ++i) {
             expected.push_back("n" + std::to_string(i));
             burst += agentFrame(FrameKind::eNotification, 0, change(expected.back()));
         }
-        stream.sendBytes(burst);
+        stream.write(burst);
         while (const auto call = stream.read()) {
-            stream.send(FrameKind::eReply, call->header.correlation, "r");
+            stream.send(FrameKind::eReply, call->correlation, "r");
         }
     });
     FunctionAgent agent;
@@ -186,12 +182,11 @@ TEST(Serving, NotificationsComeInOrderAndNeverWithinAnotherMessage) {
 TEST(Serving, TheDescriptorSaysWhenThereIsSomethingToDoAlsoWhenACallHasReadItAlready) {
     std::promise<void> go;
     ScriptedPeer peer([&go](PeerStream& stream) {
-        stream.welcome();
         const auto call = stream.read();
         ASSERT_TRUE(call);
         // In one piece, so that the call takes in what is behind its reply.
-        stream.sendBytes(frame(FrameKind::eReply, call->header.correlation, "r") +
-                         agentFrame(FrameKind::eNotification, 0, change("a")));
+        stream.write(frame(FrameKind::eReply, call->correlation, "r") +
+                     agentFrame(FrameKind::eNotification, 0, change("a")));
         go.get_future().wait();
         stream.sendToAgent(FrameKind::eNotification, 0, change("b"));
         EXPECT_EQ(stream.askAgent(1, question("x")), answer("x", "owned"));
@@ -219,14 +214,13 @@ TEST(Serving, TheDescriptorSaysWhenThereIsSomethingToDoAlsoWhenACallHasReadItAlr
 TEST(Serving, FinishesALargeAnswerThatTheSocketDidNotTakeAtOnce) {
     const std::string large(3U << 20U, 'v');
     ScriptedPeer peer([&large](PeerStream& stream) {
-        stream.welcome();
         // The first answer fills the socket before the second question is read.
         stream.sendToAgent(FrameKind::eRequest, 1, question("x"));
         stream.sendToAgent(FrameKind::eRequest, 2, question("x"));
         for (const std::uint32_t correlation : {1U, 2U}) {
             const auto reply = stream.read();
             ASSERT_TRUE(reply);
-            EXPECT_EQ(reply->header.correlation, correlation);
+            EXPECT_EQ(reply->correlation, correlation);
             EXPECT_TRUE(reply->payload == answer("x", large));
         }
     });
@@ -240,7 +234,6 @@ TEST(Serving, FinishesALargeAnswerThatTheSocketDidNotTakeAtOnce) {
 
 TEST(Serving, AnAnswerThatNoFrameCarriesIsAnEmptyOne) {
     ScriptedPeer peer([](PeerStream& stream) {
-        stream.welcome();
         EXPECT_EQ(stream.askAgent(1, question("x")), "");
         EXPECT_EQ(stream.askAgent(2, question("y")), answer("y", "small"));
     });
@@ -250,13 +243,11 @@ TEST(Serving, AnAnswerThatNoFrameCarriesIsAnEmptyOne) {
         return record.populate(tag, tag == "y" ? "small" : std::string(5U << 20U, 'v'));
     };
     const auto client = connectTo(peer, &agent);
-    while (client->serve(kPatience) == CallStatus::eDone) {
-    }
+    serveToTheEnd(*client);
 }
 
 TEST(Serving, StopsForGoodEvenBeforeItHasBegun) {
     ScriptedPeer peer([](PeerStream& stream) {
-        stream.welcome();
         EXPECT_EQ(stream.askAgent(1, question("x")), answer("x", "owned"));
         EXPECT_FALSE(stream.read());
     });
@@ -277,10 +268,9 @@ TEST(Serving, ManyThreadsCallWhileOneServes) {
     constexpr int kThreads = 3;
     constexpr int kCalls = 100;
     ScriptedPeer peer([](PeerStream& stream) {
-        stream.welcome();
         std::uint32_t asked = 0;
         while (const auto received = stream.read()) {
-            if (received->header.kind == FrameKind::eReply) {
+            if (received->kind == FrameKind::eReply) {
                 EXPECT_EQ(received->payload, answer("x", "inner"));
                 continue;
             }
@@ -289,7 +279,7 @@ TEST(Serving, ManyThreadsCallWhileOneServes) {
                 stream.sendToAgent(FrameKind::eNotification, 0, change("a"));
                 stream.sendToAgent(FrameKind::eRequest, ++asked, question("x"));
             }
-            stream.send(FrameKind::eReply, received->header.correlation, received->payload);
+            stream.send(FrameKind::eReply, received->correlation, received->payload);
         }
     });
     FunctionAgent agent;

@@ -1,14 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "JsonPrinter.h"
-#include "TextPrinter.h"
 #include "Watch.h"
 #include "terminal/StopSignal.h"
+#include "unit/client/CommandOutput.h"
 #include "unit/client/ScriptedPeer.h"
 
 namespace vireo {
@@ -18,24 +15,12 @@ using std::chrono::milliseconds;
 
 // Takes the next call, which is to be of this method and item, and answers it.
 void answer(PeerStream& stream, const std::string& method, const std::string& tag, bool result) {
-    const auto request = stream.read();
-    ASSERT_TRUE(request) << method << ' ' << tag;
-    EXPECT_NE(request->payload.find(";" + method), std::string::npos) << request->payload;
-    EXPECT_NE(request->payload.find(";" + tag), std::string::npos) << request->payload;
-    Method reply(method, Method::eResponse);
-    reply.addBoolParameter("result", Parameter::eOut, result);
-    stream.send(FrameKind::eReply, request->header.correlation, encoded(reply));
+    stream.send(FrameKind::eReply, stream.take({";" + method, ";" + tag}),
+                encoded(resultReply(method, result)));
 }
 
 // What a collection has for members.
 constexpr const char* kMember = "<record><document name=\"m\" schema=\"m\">1</document></record>";
-
-void answerRead(PeerStream& stream, const char* record) {
-    Method reply("getData", Method::eResponse);
-    reply.addBoolParameter("result", Parameter::eOut, true);
-    reply.addStringParameter("manageableData", Parameter::eOut, record);
-    stream.reply(reply);
-}
 
 void tell(PeerStream& stream, const std::vector<std::pair<std::string, std::string>>& items) {
     ManageableData record;
@@ -45,34 +30,21 @@ void tell(PeerStream& stream, const std::vector<std::pair<std::string, std::stri
     stream.sendToAgent(FrameKind::eNotification, 0, "manageableDataChanged:" + record.serialize());
 }
 
+void answerRead(PeerStream& stream, const char* record) {
+    stream.reply(recordReply("getData", true, record));
+}
+
 struct Row {
     const char* description;
     Watch::Options options;
-    ScriptedPeer::Script script;  // after the welcome
+    Form form;
+    ScriptedPeer::Script script;
     ExitCode code;
     const char* out;
     const char* errors;
 };
 
-void expectRow(const Row& row, bool json) {
-    ScriptedPeer peer([&row](PeerStream& stream) {
-        stream.welcome("watch-1");
-        row.script(stream);
-        EXPECT_FALSE(stream.read()) << "one call too many";
-    });
-    LocalMgmtClient::Options connection;
-    connection.socketPath = peer.socketPath();
-    std::ostringstream out;
-    std::ostringstream errors;
-    TextPrinter text(out, errors);
-    JsonPrinter jsonPrinter(out, errors);
-    AnswerPrinter& printer = json ? static_cast<AnswerPrinter&>(jsonPrinter) : text;
-    const StopSignal stop;
-    EXPECT_EQ(Watch(row.options, printer, out, errors).run(connection, stop), row.code)
-        << row.description;
-    EXPECT_EQ(out.str(), row.out) << row.description;
-    EXPECT_EQ(errors.str(), row.errors) << row.description;
-}
+constexpr const char* kWatching = "vireoctl: watching as client-1\n";
 
 TEST(Watch, PrintsWhatItIsToldAndStopsObservingAtTheEnd) {
     const Watch::Options both{{"a", "b"}, false, 2, {}};
@@ -94,50 +66,60 @@ TEST(Watch, PrintsWhatItIsToldAndStopsObservingAtTheEnd) {
         answer(stream, "stopObservingData", "a", true);
         answer(stream, "stopObservingData", "b", true);
     };
-    expectRow({"a line for each item", both, untilCounted, ExitCode::eDone, "a = 1\nb = 2\na = 3\n",
-               "vireoctl: watching as watch-1\n"},
-              false);
-    expectRow({"an object for each record", both, untilCounted, ExitCode::eDone,
-               "{\"items\":{\"a\":\"1\"}}\n{\"items\":{\"b\":\"2\",\"a\":\"3\"}}\n",
-               "vireoctl: watching as watch-1\n"},
-              true);
-    expectRow({"the service goes", both,
-               [&](PeerStream& stream) {
-                   observeBoth(stream);
-                   tell(stream, {{"a", "1"}});
-                   stream.close();
-               },
-               ExitCode::eNotReached, "a = 1\n",
-               "vireoctl: watching as watch-1\nvireoctl: the service closed the connection\n"},
-              false);
-    expectRow({"an item that is not there", both,
-               [](PeerStream& stream) {
-                   answer(stream, "stopObservingData", "a", true);
-                   answer(stream, "stopObservingData", "all-data", true);
-                   answer(stream, "stopObservingData", "b", false);
-                   answerRead(stream, "<record></record>");
-                   answer(stream, "observeDataBulkData", "a", true);
-                   answer(stream, "observeDataBulkData", "b", false);
-                   answer(stream, "stopObservingData", "a", true);
-               },
-               ExitCode::eRefused, "", "b: cannot be observed (no such item)\n"},
-              false);
-    expectRow({"a time that is over, and a collection, which is given up by its members",
-               {{"c"}, true, {}, milliseconds(1)},
-               [](PeerStream& stream) {
-                   answer(stream, "stopObservingData", "all-data", true);
-                   answer(stream, "stopObservingData", "c", false);
-                   answerRead(stream, kMember);
-                   answer(stream, "stopObservingData", "m", true);
-                   answer(stream, "observeDataBulkData", "c", true);
-                   answer(stream, "stopObservingData", "c", false);
-                   answerRead(stream, kMember);
-                   answer(stream, "stopObservingData", "m", true);
-               },
-               ExitCode::eDone,
-               "",
-               "vireoctl: watching as watch-1\n"},
-              false);
+    const Row rows[] = {
+        {"a line for each item", both, Form::eLines, untilCounted, ExitCode::eDone,
+         "a = 1\nb = 2\na = 3\n", kWatching},
+        {"an object for each record", both, Form::eJson, untilCounted, ExitCode::eDone,
+         "{\"items\":{\"a\":\"1\"}}\n{\"items\":{\"b\":\"2\",\"a\":\"3\"}}\n", kWatching},
+        {"the service goes", both, Form::eLines,
+         [&](PeerStream& stream) {
+             observeBoth(stream);
+             tell(stream, {{"a", "1"}});
+             stream.close();
+         },
+         ExitCode::eNotReached, "a = 1\n",
+         "vireoctl: watching as client-1\nvireoctl: the service closed the connection\n"},
+        {"an item that is not there", both, Form::eLines,
+         [](PeerStream& stream) {
+             answer(stream, "stopObservingData", "a", true);
+             answer(stream, "stopObservingData", "all-data", true);
+             answer(stream, "stopObservingData", "b", false);
+             answerRead(stream, "<record></record>");
+             answer(stream, "observeDataBulkData", "a", true);
+             answer(stream, "observeDataBulkData", "b", false);
+             answer(stream, "stopObservingData", "a", true);
+         },
+         ExitCode::eRefused, "", "b: cannot be observed (no such item)\n"},
+        {"a time that is over, and a collection, which is given up by its members",
+         {{"c"}, true, {}, milliseconds(1)},
+         Form::eLines,
+         [](PeerStream& stream) {
+             answer(stream, "stopObservingData", "all-data", true);
+             answer(stream, "stopObservingData", "c", false);
+             answerRead(stream, kMember);
+             answer(stream, "stopObservingData", "m", true);
+             answer(stream, "observeDataBulkData", "c", true);
+             answer(stream, "stopObservingData", "c", false);
+             answerRead(stream, kMember);
+             answer(stream, "stopObservingData", "m", true);
+         },
+         ExitCode::eDone,
+         "",
+         kWatching},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.description);
+        ScriptedPeer peer([&row](PeerStream& stream) {
+            row.script(stream);
+            EXPECT_FALSE(stream.read()) << "one call too many";
+        });
+        CommandOutput output(row.form);
+        const StopSignal stop;
+        Watch watch(row.options, output.printer(), output.out, output.errors);
+        EXPECT_EQ(watch.run(optionsFor(peer), stop), row.code);
+        EXPECT_EQ(output.out.str(), row.out);
+        EXPECT_EQ(output.errors.str(), row.errors);
+    }
 }
 
 }  // namespace
