@@ -26,10 +26,11 @@ sockaddr_un addressOf(const std::string& path) {
 FileDescriptor listenAt(const std::string& path) {
     FileDescriptor listening(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const sockaddr_un address = addressOf(path);
-    EXPECT_EQ(::bind(listening.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
-              0)
+    EXPECT_TRUE(
+        listening.get() >= 0 &&
+        ::bind(listening.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+        ::listen(listening.get(), 4) == 0)
         << path;
-    EXPECT_EQ(::listen(listening.get(), 4), 0);
     return listening;
 }
 
@@ -49,7 +50,7 @@ bool FramePeer::connect(const std::string& socketPath) {
 
 bool FramePeer::waitFor(short events) const {
     pollfd entry{m_socket.get(), events, 0};
-    return ::poll(&entry, 1, kDeadlineMilliseconds) == 1;
+    return entry.fd >= 0 && ::poll(&entry, 1, kDeadlineMilliseconds) == 1;
 }
 
 bool FramePeer::write(std::string_view bytes) {
