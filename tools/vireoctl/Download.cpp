@@ -173,6 +173,10 @@ void Download::showState() {
             break;
         case State::eDone:
             show(DownloadNews::eDone);
+            if (m_type == LocalMgmtIfc::FILETYPE_SOFTWARE) {
+                m_errors << "vireoctl: the next start of the phone tries the new software, after "
+                            "'vireoctl reboot' for instance\n";
+            }
             break;
         case State::eFailed:
             show(DownloadNews::eFailed);
