@@ -25,11 +25,11 @@ struct ReceivedTrap {
     std::string bytes;
 };
 
-/// Receives traps on a loopback port with a large buffer. `take` waits for one; nothing is read
-/// otherwise.
+/// Receives traps on a port of a loopback address with a large buffer. `take` waits for one;
+/// nothing is read otherwise.
 class TrapReceiver {
 public:
-    explicit TrapReceiver(unsigned short port = 0)
+    explicit TrapReceiver(unsigned short port = 0, const char* host = "127.0.0.1")
         : m_socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
         const int wanted = 32 << 20;
         if (::setsockopt(m_socket.get(), SOL_SOCKET, SO_RCVBUFFORCE, &wanted, sizeof wanted) != 0) {
@@ -39,7 +39,7 @@ public:
         socklen_t length = sizeof address;
         address.sin_family = AF_INET;
         address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        ::inet_pton(AF_INET, host, &address.sin_addr);
         auto* const any = reinterpret_cast<sockaddr*>(&address);
         if (::bind(m_socket.get(), any, length) != 0 ||
             ::getsockname(m_socket.get(), any, &length) != 0) {

@@ -1,4 +1,3 @@
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -6,82 +5,89 @@
 
 #include "snmp/NetSnmpTraps.h"
 #include "support/TemporaryDirectory.h"
-#include "support/TrapReceiver.h"
 #include "unit/reporting/TrapHouse.h"
+#include "unit/snmp/StormCounter.h"
 
 namespace vireo::test {
 namespace {
 
-using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
 constexpr unsigned kThreads = 20;
-constexpr unsigned kPlaces = 4;  // the first is that of the general manager alone
+constexpr unsigned kFewestEpochs = 64;
+// At most one of each thread began before the epoch, so most of these lie within it.
+constexpr unsigned kRaisesPerEpoch = 3 * kThreads;
+constexpr int kLastNumbers = 1'000'000'000;
 
 /// VIREO_STRESS_SECONDS, or one second.
-milliseconds duration() {
+std::chrono::seconds duration() {
     const char* const seconds = std::getenv("VIREO_STRESS_SECONDS");
-    return milliseconds(seconds != nullptr ? std::atol(seconds) * 1000 : 1000);
+    return std::chrono::seconds(seconds != nullptr ? std::atol(seconds) : 1);
 }
 
-/// Empties receivers while the storm goes on and counts what comes. Each trap says by its number
-/// what was raised, and by its community for which port it was meant.
-class Counter {
-public:
-    Counter() : m_thread([this] { count(); }) {}
-    ~Counter() { finish(); }
-    Counter(const Counter&) = delete;
-    Counter& operator=(const Counter&) = delete;
-
-    const TrapReceiver& place(unsigned number) const { return m_places.at(number); }
-    /// Nothing is sent any more.
-    void finish() {
-        m_isLast = true;
-        if (m_thread.joinable()) {
-            m_thread.join();
-        }
-    }
-
-    std::array<std::atomic<long>, 6> ofNumber{};
-    std::atomic<long> copies{0};       ///< of what was raised for another than the manager
-    std::atomic<long> halfChanged{0};  ///< with the community of another place
-    std::atomic<long> strange{0};      ///< what is no such trap
-
-private:
-    void count() {
-        while (true) {
-            const bool isLast = m_isLast;
-            bool isEmpty = true;
-            for (const TrapReceiver& place : m_places) {
-                while (const auto bytes = place.takeBytes(milliseconds(0))) {
-                    isEmpty = false;
-                    take(*bytes, place);
-                }
-            }
-            if (isEmpty && isLast) {
-                return;
-            }
-            if (isEmpty) {
-                std::this_thread::sleep_for(milliseconds(1));
-            }
-        }
-    }
-    void take(const std::string& bytes, const TrapReceiver& place) {
-        const auto trap = TrapReceiver::parse(bytes);
-        if (!trap || trap->generic < 0 || trap->generic >= 6) {
-            ++strange;
-            return;
-        }
-        // Port and password are two items: between their writes a trap goes by one of them.
-        halfChanged += trap->community != "for-" + place.port() ? 1 : 0;
-        const bool isCopy = trap->generic != 0 && trap->generic < 3 && &place == &m_places[0];
-        ++(isCopy ? copies : ofNumber.at(static_cast<std::size_t>(trap->generic)));
-    }
-
-    std::array<TrapReceiver, kPlaces> m_places;
-    std::atomic<bool> m_isLast{false};
-    std::thread m_thread;
+/// A trap that was raised. Its specific number tells it from all others.
+struct Raise {
+    int number = 0;
+    unsigned dest = 0;
+    // The epochs of which it saw something; the same ones when nothing changed meanwhile.
+    unsigned first = 0;
+    unsigned last = 0;
+    bool isSent = false;
 };
+
+/// Whether something held in the epochs that a raise saw.
+struct Held {
+    bool ever = false;
+    bool always = true;
+
+    template <class Condition>
+    Held(const Raise& one, Condition&& condition) {
+        for (unsigned epoch = one.first; epoch <= one.last; ++epoch) {
+            const bool holds = condition(epoch);
+            ever = ever || holds;
+            always = always && holds;
+        }
+    }
+    /// Whether `found` may be so.
+    bool allows(bool found) const { return found ? ever : !always; }
+};
+
+bool cameWhereItMay(const Raise& one, const StormArrival& arrival) {
+    const auto place = [&](unsigned epoch) { return StormPlan::placeOf(epoch, arrival.dest); };
+    // Address, port and password are three items: in the middle of their change one may be old.
+    return Held(one, [&](unsigned e) { return place(e) / 2 == arrival.place / 2; }).ever &&
+           Held(one, [&](unsigned e) { return place(e) % 2 == arrival.place % 2; }).ever &&
+           Held(one, [&](unsigned e) {
+               return StormPlan::movedWith(e, arrival.dest) == arrival.movedWith;
+           }).ever;
+}
+
+/// What cannot be of that which became of a raise; empty when the items explain all of it.
+std::string faultOf(const Raise& one, const std::vector<StormArrival>& arrivals) {
+    unsigned originals = 0;
+    unsigned copies = 0;
+    for (const StormArrival& each : arrivals) {
+        if (!cameWhereItMay(one, each)) {
+            return "it came to place " + std::to_string(each.place) + " for receiver " +
+                   std::to_string(each.dest) + " of epoch " + std::to_string(each.movedWith);
+        }
+        originals += each.dest == one.dest ? 1 : 0;
+        copies += each.dest == 0 && one.dest != 0 ? 1 : 0;
+    }
+    if (originals + copies != arrivals.size() || originals != (one.isSent ? 1U : 0U)) {
+        return one.isSent ? "not sent to its receiver, once" : "sent, and answered otherwise";
+    }
+    if (!Held(one, [&](unsigned e) { return StormPlan::isOn(e, one.dest); }).allows(one.isSent)) {
+        return "the switch said otherwise";
+    }
+    const Held isCopied(one, [&](unsigned e) { return StormPlan::isCopied(e, one.dest); });
+    const Held isManagerOn(one, [](unsigned e) { return StormPlan::isOn(e, 0); });
+    const bool mayBe = isCopied.ever && isManagerOn.ever;
+    const bool mustBe = isCopied.always && isManagerOn.always;
+    return copies > (mayBe ? 1U : 0U) || copies < (mustBe ? 1U : 0U)
+               ? std::to_string(copies) + " copies"
+               : "";
+}
 
 class TrapStorm : public ::testing::Test, protected TrapHouse {
 protected:
@@ -90,87 +96,123 @@ protected:
         all.traps = &m_traps;
         installPorts(all);
         start();
-        set({{"snmp-traps-active", "true"},
-             {"qdc-qcu-active", "true"},
-             {"tcErrorReportSNMP", "true"},
-             {"qdc-snmp-active", "false"},
-             {"diagnostic-snmp-active", "false"},
-             {"snmp-trap-addr", "127.0.0.1"},
-             {"qdc-collection-unit-addr", "127.0.0.1"},
-             {"diagnostic-trap-addr", "127.0.0.1"}});
-        sendTo("snmp-trap", 0);
-        sendTo("qdc", 1);
-        sendTo("diagnostic-trap", 2);
+        goOn(StormPlan::kFirst);
     }
 
-    /// Port and community of a receiver, in one write, so that they always go together.
-    void sendTo(const std::string& what, unsigned place) {
-        const std::string port = counter.place(place).port();
-        const bool isUnit = what == "qdc";
-        set({{isUnit ? "qdc-collection-unit-port" : what + "-port", port},
-             {isUnit ? "qdc-trap-pwd" : what + "-pwd", "for-" + port}});
+    unsigned epoch() const { return m_phase / 2; }
+    /// Writes what the items say in the next epoch. Without raises meanwhile it may be a later one.
+    void goOn(unsigned next) {
+        const unsigned before = m_phase++ / 2;
+        for (unsigned dest = 0; dest < kTrapDestinations; ++dest) {
+            const TrapTags& tags = kTrapTags[dest];
+            set({{tags.active, StormPlan::isOn(next, dest) ? "true" : "false"}});
+            if (dest != 0) {
+                set({{tags.copies, StormPlan::isCopied(next, dest) ? "true" : "false"}});
+            }
+            if (StormPlan::movedWith(next, dest) != StormPlan::movedWith(before, dest)) {
+                const unsigned place = StormPlan::placeOf(next, dest);
+                set({{tags.address, StormCounter::host(place)},
+                     {tags.port, counter.port(place)},
+                     {tags.password, StormPlan::passwordOf(next, dest)}});
+            }
+        }
+        m_phase = 2 * next;
     }
+    Raise raiseNumbered(int number, unsigned dest) {
+        SNMPTrapData data;
+        data.setSpecificTrapNo(number);
+        Raise one{.number = number, .dest = dest};
+        one.first = m_phase / 2;
+        one.isSent = service.raiseSpecificTrap(static_cast<LocalMgmtIfc::TrapDest>(dest), data);
+        one.last = (m_phase + 1) / 2;
+        return one;
+    }
+    /// One thread of the storm, until it is over.
+    std::vector<Raise> keepRaising(unsigned thread) {
+        std::vector<Raise> raises;
+        for (unsigned round = 0; !m_isOver; ++round) {
+            raises.push_back(raiseNumbered(static_cast<int>(1 + thread + round * kThreads),
+                                           (thread + round) % kTrapDestinations));
+            if (round % 16 == 0) {
+                EXPECT_FALSE(raise(round % 32 == 0 ? -1 : 3, 5));  // to nobody
+            }
+            ++m_raised;
+            m_raised.notify_one();
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return raises;
+    }
+    void awaitRaises(unsigned count) {
+        const unsigned wanted = m_raised + count;
+        for (unsigned seen = m_raised; seen < wanted; seen = m_raised) {
+            m_raised.wait(seen);
+        }
+    }
+    void endRaising() { m_isOver = true; }
 
-    Counter counter;
+    StormCounter counter;
 
 private:
+    std::atomic<unsigned> m_phase{0};  ///< twice the epoch; odd while it is left for the next one
+    std::atomic<unsigned> m_raised{0};
+    std::atomic<bool> m_isOver{false};
     TemporaryDirectory m_root;
     NetSnmpTraps m_traps{m_root.path().string(), {}};
 };
 
-TEST_F(TrapStorm, EveryTrapOfManyThreadsArrivesWhileItemsChange) {
-    std::array<std::atomic<long>, 6> sent{};
-    std::atomic<long> refused{0};
-    const Clock::time_point end = Clock::now() + duration();
+TEST_F(TrapStorm, EveryTrapOfManyThreadsIsExplainedByWhatTheItemsSaid) {
+    std::vector<std::vector<Raise>> raised(kThreads + 1);
     std::vector<std::thread> threads;
-    // Those to the general manager bear the number 0, those to the others 1 and 2: a copy has the
-    // number of its original.
     for (unsigned i = 0; i < kThreads; ++i) {
-        threads.emplace_back([&, i] {
-            const int dest = static_cast<int>(i % 3);
-            for (unsigned round = 0; Clock::now() < end; ++round) {
-                ++(raise(dest, dest) ? sent.at(static_cast<std::size_t>(dest)) : refused);
-                if (round % 16 == 0) {
-                    raise(round % 32 == 0 ? -1 : 3, 5);  // to nobody
-                }
-                std::this_thread::sleep_for(milliseconds(1));
-            }
-        });
+        threads.emplace_back([&, i] { raised[i] = keepRaising(i); });
     }
-    for (unsigned round = 0; Clock::now() < end; ++round) {
-        set({{"diagnostic-snmp-active", round % 2 == 0 ? "true" : "false"}});
-        sendTo("qdc", 1 + round % 3);
-        set({{"tcErrorReportSNMP", round % 4 == 0 ? "false" : "true"}});
-        sendTo("diagnostic-trap", 1 + (round + 1) % 3);
-        set({{"tcErrorReportSNMP", "true"}});
+    const Clock::time_point end = Clock::now() + duration();
+    while (Clock::now() < end || epoch() < StormPlan::kFirst + kFewestEpochs) {
+        awaitRaises(kRaisesPerEpoch);
+        goOn(epoch() + 1);
     }
+    endRaising();
     for (std::thread& thread : threads) {
         thread.join();
     }
-    for (const int unknown : {-1, 3, -2147483647 - 1}) {
-        EXPECT_FALSE(raise(unknown, 4));
+    // What the storm has left must not keep the next traps from going where the items say last.
+    unsigned last = epoch() + 4;  // with which all have moved
+    while (!StormPlan::isFull(last)) {
+        ++last;
     }
-    set({{"qdc-snmp-active", "false"}});
-    EXPECT_TRUE(raise(0, 4));
-    EXPECT_TRUE(raise(1, 4));
+    goOn(last);
+    for (unsigned dest = 0; dest < kTrapDestinations; ++dest) {
+        raised[kThreads].push_back(raiseNumbered(kLastNumbers + static_cast<int>(dest), dest));
+        EXPECT_TRUE(raised[kThreads].back().isSent);
+    }
     counter.finish();
 
-    EXPECT_EQ(counter.ofNumber[0], sent[0]);
-    EXPECT_EQ(counter.ofNumber[1], sent[1]);
-    EXPECT_EQ(counter.ofNumber[2], sent[2]);
-    // A copy is sent also when its own receiver is off.
-    EXPECT_GT(counter.copies, 0);
-    EXPECT_LE(counter.copies, sent[2] + refused);
-    EXPECT_EQ(counter.ofNumber[4], 2);
-    EXPECT_EQ(counter.ofNumber[5], 0);
+    std::size_t inOneEpoch = 0;
+    std::size_t copies = 0;
+    std::size_t count = 0;
+    std::vector<std::string> faults;
+    for (const auto& each : raised) {
+        for (const Raise& one : each) {
+            const auto node = counter.arrivals.extract(one.number);
+            const auto arrivals = node ? node.mapped() : std::vector<StormArrival>();
+            const std::string fault = faultOf(one, arrivals);
+            if (!fault.empty()) {
+                faults.push_back(std::to_string(one.number) + " to " + std::to_string(one.dest) +
+                                 " in " + std::to_string(one.first) + " to " +
+                                 std::to_string(one.last) + ": " + fault);
+            }
+            ++count;
+            inOneEpoch += one.first == one.last ? 1 : 0;
+            copies += arrivals.size() - (one.isSent ? 1 : 0);
+        }
+    }
+    EXPECT_EQ(faults, std::vector<std::string>());
+    EXPECT_TRUE(counter.arrivals.empty()) << "nobody raised what came";
     EXPECT_EQ(counter.strange, 0);
-    EXPECT_LT(counter.halfChanged * 10, sent[1] + sent[2]);
-    EXPECT_GT(sent[0] + sent[1] + sent[2], 100);
-    std::printf(
-        "sent: manager %ld, unit %ld, diagnostic %ld, copies %ld; %ld while it was off; %ld in the "
-        "middle of a change\n",
-        sent[0].load(), sent[1].load(), sent[2].load(), counter.copies.load(), refused.load(),
-        counter.halfChanged.load());
+    EXPECT_GT(inOneEpoch, kFewestEpochs * (kRaisesPerEpoch - 2 * kThreads));
+    EXPECT_GT(copies, kFewestEpochs);
+    std::printf("%zu raised, %zu in one epoch, %zu copies, %u epochs\n", count, inOneEpoch, copies,
+                epoch());
 }
 
 }  // namespace
