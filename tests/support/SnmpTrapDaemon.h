@@ -23,36 +23,18 @@ public:
     /// Whether this machine has it.
     static bool isInstalled() { return !program().empty(); }
 
+    static constexpr const char* kIpv4 = "udp:127.0.0.1:";
+    static constexpr const char* kIpv6 = "udp6:[::1]:";
+
     /// `settings`: further lines of its configuration file, such as users of version 3.
-    /// `mibDirectories`: parted by colons; empty: no MIB is read.
+    /// `mibDirectories`: parted by colons; empty: no MIB is read. `transport`: with its address.
     explicit SnmpTrapDaemon(const std::string& community, const std::string& settings = {},
-                            const std::string& mibDirectories = {})
-        : m_port(freeUdpPort()) {
+                            const std::string& mibDirectories = {},
+                            const std::string& transport = kIpv4)
+        : m_port(freeUdpPort()), m_mibDirectories(mibDirectories), m_place(transport + m_port) {
         std::ofstream(m_own.file("conf")) << "authCommunity log " << community << "\n"
                                           << settings << "\n";
-        std::vector<std::string> command = {"/usr/bin/env",
-                                            "SNMP_PERSISTENT_DIR=" + m_own.path().string(),
-                                            "MIBS=",
-                                            program(),
-                                            "-f",
-                                            "-n",
-                                            "-C",
-                                            "-c",
-                                            m_own.file("conf"),
-                                            "-Lf",
-                                            logFile(),
-                                            "-F",
-                                            "%P %N %w %q | %v\n",
-                                            "-A"};
-        if (mibDirectories.empty()) {
-            command.insert(command.end(), {"-m", "", "-On"});
-        } else {
-            command.insert(command.end(), {"-M", mibDirectories, "-m", "ALL"});
-        }
-        command.push_back("udp:127.0.0.1:" + m_port);
-        m_process = std::make_unique<ChildProcess>(command);
-        waitFor([this] { return text().find("NET-SNMP version") != std::string::npos; },
-                "snmptrapd did not start");
+        start();
     }
 
     const std::string& port() const { return m_port; }
@@ -75,6 +57,32 @@ public:
     }
 
 private:
+    void start() {
+        std::vector<std::string> command = {"/usr/bin/env",
+                                            "SNMP_PERSISTENT_DIR=" + m_own.path().string(),
+                                            "MIBS=",
+                                            program(),
+                                            "-f",
+                                            "-n",
+                                            "-C",
+                                            "-c",
+                                            m_own.file("conf"),
+                                            "-A",
+                                            "-Lf",
+                                            logFile(),
+                                            "-F",
+                                            "%P %N %w %q | %v\n"};
+        if (m_mibDirectories.empty()) {
+            command.insert(command.end(), {"-m", "", "-On"});
+        } else {
+            command.insert(command.end(), {"-M", m_mibDirectories, "-m", "ALL"});
+        }
+        command.push_back(m_place);
+        const std::size_t before = text().size();
+        m_process = std::make_unique<ChildProcess>(command);
+        waitFor([&] { return text().find("NET-SNMP version", before) != std::string::npos; },
+                "snmptrapd did not start");
+    }
     static std::string program() {
         for (const char* path : {"/usr/sbin/snmptrapd", "/usr/local/sbin/snmptrapd"}) {
             if (std::filesystem::exists(path)) {
@@ -105,7 +113,9 @@ private:
     }
 
     TemporaryDirectory m_own;
-    std::string m_port;
+    const std::string m_port;
+    const std::string m_mibDirectories;
+    const std::string m_place;
     std::unique_ptr<ChildProcess> m_process;
 };
 
