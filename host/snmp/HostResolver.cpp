@@ -20,6 +20,9 @@ using Clock = std::chrono::steady_clock;
 // A name that is unknown may be known soon.
 constexpr std::chrono::seconds kFailureLife(10);
 
+// Each takes a thread, for as long as the system's answer takes.
+constexpr unsigned kMostLookUps = 4;
+
 struct FreeAddresses {
     void operator()(addrinfo* found) const { ::freeaddrinfo(found); }
 };
@@ -65,6 +68,7 @@ struct HostResolver::Names {
     std::mutex mutex;
     std::condition_variable answered;
     std::map<std::string, Entry> entries;
+    unsigned asking = 0;  ///< threads that are waiting
 };
 
 std::string UdpAddress::text() const {
@@ -102,12 +106,8 @@ std::optional<UdpAddress> HostResolver::find(const std::string& host, unsigned s
     const bool isNew = !entry.address && entry.asked == Clock::time_point();
     const auto life = entry.address ? m_life : std::chrono::milliseconds(kFailureLife);
     if (!entry.isAsked && (isNew || Clock::now() - entry.asked >= life)) {
-        entry.isAsked = true;
-        try {
-            std::thread([names = m_names, host] { ask(names, host); }).detach();
-        } catch (const std::system_error& failure) {
-            entry.isAsked = false;
-            error = std::string("the name cannot be looked up: ") + failure.what();
+        entry.isAsked = start(host, error);
+        if (!entry.isAsked && !entry.address) {
             return std::nullopt;
         }
         if (isNew) {
@@ -119,6 +119,23 @@ std::optional<UdpAddress> HostResolver::find(const std::string& host, unsigned s
         return std::nullopt;
     }
     return withPort(*entry.address, port);
+}
+
+/// Under the lock.
+bool HostResolver::start(const std::string& host, std::string& error) {
+    if (m_names->asking >= kMostLookUps) {
+        error = "the name cannot be looked up while " + std::to_string(kMostLookUps) +
+                " others have no answer";
+        return false;
+    }
+    try {
+        std::thread([names = m_names, host] { ask(names, host); }).detach();
+    } catch (const std::system_error& failure) {
+        error = std::string("the name cannot be looked up: ") + failure.what();
+        return false;
+    }
+    ++m_names->asking;
+    return true;
 }
 
 /// Not ended by anybody: the system's answer may take as long as it likes.
@@ -136,6 +153,7 @@ void HostResolver::ask(const std::shared_ptr<Names>& names, const std::string& h
     entry.error = error;
     entry.asked = Clock::now();
     entry.isAsked = false;
+    --names->asking;
     names->answered.notify_all();
 }
 

@@ -22,7 +22,8 @@ struct UdpAddress {
 
 /// Finds the addresses of receivers. Names are asked for on a thread of their own, so nobody waits
 /// longer than `timeout`; what was found is kept for `life`, and used while it is asked for anew;
-/// what was not is not asked for again for a while. Safe from every thread.
+/// what was not is not asked for again for a while. A few names at most are asked for at a time: a
+/// further one is not found until one of them has its answer. Safe from every thread.
 class HostResolver {
 public:
     HostResolver(std::chrono::milliseconds timeout, std::chrono::milliseconds life);
@@ -39,6 +40,7 @@ public:
 private:
     struct Names;
 
+    bool start(const std::string& host, std::string& error);
     static void ask(const std::shared_ptr<Names>& names, const std::string& host);
 
     const std::chrono::milliseconds m_timeout;
