@@ -68,6 +68,12 @@ bool InformChannel::wantsEngine() const {
 
 void InformChannel::send(TrapContent content) {
     m_current = std::move(content);
+    m_wasAsked = false;
+    m_isOther = false;
+    start();
+}
+
+void InformChannel::start() {
     if (std::exchange(m_isStale, false)) {
         close();
     }
@@ -78,6 +84,7 @@ void InformChannel::send(TrapContent content) {
     } else if (!prepareSecurity(user, error)) {
         fail(error);  // nobody is asked in vain
     } else {
+        m_wasAsked = true;
         m_questionsLeft = m_surroundings.options.informRetries + 1;
         m_probe.emplace();
         ask();
@@ -233,20 +240,36 @@ void InformChannel::take(int operation, const netsnmp_pdu* pdu) {
     if (!m_current || operation == NETSNMP_CALLBACK_OP_RESEND) {
         return;
     }
-    if (operation == NETSNMP_CALLBACK_OP_TIMED_OUT) {
+    const bool isAnswer = operation == NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE && pdu != nullptr;
+    if (isAnswer && pdu->command == SNMP_MSG_RESPONSE) {
+        finish();
+    } else if (operation == NETSNMP_CALLBACK_OP_TIMED_OUT) {
         fail("it does not answer");
+    } else if (mayBeOther()) {
+        m_isOther = true;
     } else if (operation == NETSNMP_CALLBACK_OP_SEC_ERROR) {
         fail("it does not know the user, or has other passphrases");
-    } else if (operation != NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE || pdu == nullptr) {
+    } else if (!isAnswer) {
         fail("it cannot be reached");
-    } else if (pdu->command == SNMP_MSG_RESPONSE) {
-        finish();
     } else {
         // The library only looks at it.
         auto* const report = const_cast<netsnmp_pdu*>(pdu);  // NOLINT(*-pro-type-const-cast)
         fail("it does not take what this phone sends: " +
              std::string(::snmp_api_errstring(::snmpv3_get_report_type(report))));
     }
+}
+
+/// A receiver that was started anew, or replaced, refuses what is meant for who it was. So it is
+/// asked who it is, and gets the trap once more. Not while the library is at work with the session,
+/// which this closes.
+void InformChannel::sendAnewIfOther() {
+    if (!m_current || !m_isOther) {
+        return;
+    }
+    m_isOther = false;
+    m_isStale = true;
+    m_engine.reset();
+    start();
 }
 
 /// Said once, until a trap is confirmed again.
@@ -276,12 +299,20 @@ void InformChannel::read() {
         }
         return;
     }
+    // The library does not understand what another engine says of a user that it has not met yet.
+    m_isOther = (!readSession() && mayBeOther()) || m_isOther;
+    sendAnewIfOther();
+}
+
+/// False when the library could not take what has come.
+bool InformChannel::readSession() const {
     const SnmpLibrary::Lock lock = SnmpLibrary::lock();
     netsnmp_large_fd_set ready;
     ::netsnmp_large_fd_set_init(&ready, FD_SETSIZE);
     ::netsnmp_large_fd_setfd(descriptor(), &ready);
-    ::snmp_sess_read2(m_session, &ready);
+    const bool isTaken = ::snmp_sess_read2(m_session, &ready) == 0;
     ::netsnmp_large_fd_set_cleanup(&ready);
+    return isTaken;
 }
 
 void InformChannel::checkTime() {
@@ -289,8 +320,11 @@ void InformChannel::checkTime() {
         askAgain();
         return;
     }
-    const SnmpLibrary::Lock lock = SnmpLibrary::lock();
-    ::snmp_sess_timeout(m_session);
+    {
+        const SnmpLibrary::Lock lock = SnmpLibrary::lock();
+        ::snmp_sess_timeout(m_session);
+    }
+    sendAnewIfOther();
 }
 
 }  // namespace vireo

@@ -51,6 +51,7 @@ public:
     void checkTime();
 
 private:
+    void start();
     bool wantsEngine() const;
     void ask();
     void askAgain();
@@ -63,6 +64,9 @@ private:
     bool sendPdu(PduPointer pdu);
     void fail(const std::string& reason);
     void finish();
+    void sendAnewIfOther();
+    bool readSession() const;
+    bool mayBeOther() const { return m_engine && !m_wasAsked; }
     static int onEvent(int operation, netsnmp_session* session, int request, netsnmp_pdu* pdu,
                        void* channel);
     void take(int operation, const netsnmp_pdu* pdu);
@@ -73,6 +77,8 @@ private:
     bool m_isStale = false;              ///< the next trap wants a new session
     std::optional<EngineProbe> m_probe;  ///< while the receiver is being asked who it is
     int m_questionsLeft = 0;
+    bool m_wasAsked = false;                      ///< on behalf of this trap
+    bool m_isOther = false;                       ///< it is not who it was
     std::chrono::steady_clock::time_point m_due;  ///< of the answer
     std::optional<ReceiverEngine> m_engine;       ///< of a receiver that was asked
     bool m_saidFailure = false;

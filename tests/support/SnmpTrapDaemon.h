@@ -37,6 +37,15 @@ public:
         start();
     }
 
+    /// Starts another one in its place. It has the same settings, and for version 3 it is another
+    /// engine: they remember nothing. `meanwhile` is done while there is none.
+    template <class Meanwhile>
+    void replace(Meanwhile&& meanwhile) {
+        m_process.reset();
+        meanwhile();
+        start();
+    }
+
     const std::string& port() const { return m_port; }
     std::string logFile() const { return m_own.file("log"); }
     std::string text() const {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <functional>
 
 #include "support/SnmpTrapDaemon.h"
 #include "support/TrapReceiver.h"
@@ -78,6 +79,28 @@ TEST_P(Version3TrapsOver, AreSignedAndCiphered) {
     }
 }
 INSTANTIATE_TEST_SUITE_P(Addresses, Version3TrapsOver, ::testing::Values(kLoopback, "::1"));
+
+TEST_F(Version3TrapsTest, ReachAReceiverThatWasReplaced) {
+    SnmpTrapDaemon daemon("public", kDaemonUsers);
+    options.receivers = {settingsOf("* v3 inform user=phone")};
+    const auto session = open(kLoopback, daemon.port());
+    const auto sendOne = [&] { EXPECT_TRUE(send(*session, 3)) << error; };
+    const std::function<void()> turns[] = {
+        sendOne,
+        [&] {
+            daemon.replace([] {});
+            sendOne();
+        },
+        [&] { daemon.replace(sendOne); },
+    };
+    std::size_t count = 0;
+    for (const auto& turn : turns) {
+        turn();
+        ++count;
+        ASSERT_EQ(daemon.lines(count).size(), count) << daemon.text();
+    }
+    EXPECT_EQ(ports.lines(kLogError), std::vector<std::string>());
+}
 
 TEST_F(Version3TrapsTest, WhoDoesNotSayWhoItIsDelaysNoOther) {
     const SnmpTrapDaemon daemon("public");
