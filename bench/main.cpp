@@ -29,7 +29,10 @@ constexpr Measurement kMeasurements[] = {
     {"observers", measureObservers},   {"peers", measureManyPeers},
     {"start", measureStart},           {"memory", measureMemory},
     {"downloads", measureDownloads},   {"burn", measureBurns},
-    {"traps", measureTraps},           {"files", measureFiles},
+    {"files", measureFiles},
+#ifdef VIREO_SNMP
+    {"traps", measureTraps},
+#endif
 };
 
 struct Options {
