@@ -88,6 +88,10 @@ void Storage::renameFile(const std::string& fromPath, const std::string& toPath)
     port().renameFile(fromPath, toPath);
 }
 
+void Storage::renameSymlink(const std::string& fromPath, const std::string& toPath) {
+    port().renameSymlink(fromPath, toPath);
+}
+
 void Storage::createSymlink(const std::string& targetPath, const std::string& linkPath) {
     port().createSymlink(targetPath, linkPath);
 }

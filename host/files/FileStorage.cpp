@@ -24,6 +24,7 @@ namespace {
 using Missing = ConfinedRoot::Missing;
 
 constexpr const char* kDisplayName = "Phone storage";
+constexpr const char* kMove = "move";
 
 /// A name that is not shown, for what is not complete. What still bears it in the end is removed.
 class HiddenName {
@@ -63,6 +64,13 @@ bool isLinkTo(const FilePlace& place, const std::string& target) {
 bool isFile(const FilePlace& place) {
     struct stat status {};
     return place.status(status, AT_SYMLINK_NOFOLLOW) && S_ISREG(status.st_mode);
+}
+
+/// For what is meant for links alone.
+void refuseFile(const FilePlace& place, const char* what, const std::string& path) {
+    if (isFile(place)) {
+        failOn(what, path, "it is a file and no link");
+    }
 }
 
 StorageEntry::eKind kindOf(int directory, const dirent& entry) {
@@ -158,19 +166,30 @@ std::vector<StorageEntry> FileStorage::list(const std::string& directory) {
 }
 
 void FileStorage::renameFile(const std::string& fromPath, const std::string& toPath) {
-    constexpr const char* kWhat = "move";
-    const FilePlace from(m_device, kWhat, m_device.placeOf(fromPath), Missing::eRefuse);
+    const FilePlace from(m_device, kMove, m_device.placeOf(fromPath), Missing::eRefuse);
+    move(from, fromPath, toPath);
+}
+
+void FileStorage::renameSymlink(const std::string& fromPath, const std::string& toPath) {
+    const FilePlace from(m_device, kMove, m_device.placeOf(fromPath), Missing::eRefuse);
+    const std::lock_guard lock(namesLock());
+    refuseFile(from, kMove, fromPath);
+    move(from, fromPath, toPath);
+}
+
+void FileStorage::move(const FilePlace& from, const std::string& fromPath,
+                       const std::string& toPath) const {
     struct stat status {};
     if (!from.status(status, AT_SYMLINK_NOFOLLOW)) {
-        failOn(kWhat, fromPath);
+        failOn(kMove, fromPath);
     }
     if (S_ISDIR(status.st_mode)) {
-        failOn(kWhat, fromPath, "it is a directory");
+        failOn(kMove, fromPath, "it is a directory");
     }
-    const FilePlace to(m_device, kWhat, m_device.placeOf(toPath), Missing::eMake);
+    const FilePlace to(m_device, kMove, m_device.placeOf(toPath), Missing::eMake);
     if (::renameat(from.directory.get(), from.name.c_str(), to.directory.get(), to.name.c_str()) !=
         0) {
-        failOn(kWhat, fromPath + "\" to \"" + toPath);
+        failOn(kMove, fromPath + "\" to \"" + toPath);
     }
     // The new name first: a file with both names is better than one with none.
     ConfinedRoot::synchronize(to.directory, toPath);
@@ -220,9 +239,7 @@ void FileStorage::deleteSymlink(const std::string& linkPath) {
     constexpr const char* kWhat = "delete";
     const FilePlace place(m_device, kWhat, m_device.placeOf(linkPath), Missing::eRefuse);
     const std::lock_guard lock(namesLock());
-    if (isFile(place)) {
-        failOn(kWhat, linkPath, "it is a file and no link");
-    }
+    refuseFile(place, kWhat, linkPath);
     if (::unlinkat(place.directory.get(), place.name.c_str(), 0) != 0) {
         failOn(kWhat, linkPath);
     }

@@ -8,6 +8,8 @@
 
 namespace vireo {
 
+struct FilePlace;
+
 /// The phone's files on a real file system. `initStorageLocation` takes what lies below the storage
 /// root alone; the other functions take every full path below the device root. No symbolic link to
 /// a directory is followed, so that nothing outside is listed, changed or removed. Links are
@@ -23,6 +25,7 @@ public:
     void deleteFile(const std::string& fullPath) override;
     std::vector<StorageEntry> list(const std::string& directory) override;
     void renameFile(const std::string& fromPath, const std::string& toPath) override;
+    void renameSymlink(const std::string& fromPath, const std::string& toPath) override;
     void createSymlink(const std::string& targetPath, const std::string& linkPath) override;
     void replaceBySymlink(const std::string& targetPath, const std::string& linkPath) override;
     void deleteSymlink(const std::string& linkPath) override;
@@ -31,6 +34,8 @@ public:
     StorageSpace space() override;
 
 private:
+    void move(const FilePlace& from, const std::string& fromPath, const std::string& toPath) const;
+
     ConfinedRoot m_device;
     ConfinedRoot m_storage;  ///< for its path alone
 };

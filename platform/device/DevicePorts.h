@@ -23,6 +23,7 @@ public:
     /// Throws `MissingDirectoryError` when the directory is not there.
     virtual std::vector<StorageEntry> list(const std::string& directory) = 0;
     virtual void renameFile(const std::string& fromPath, const std::string& toPath) = 0;
+    virtual void renameSymlink(const std::string& fromPath, const std::string& toPath) = 0;
     virtual void createSymlink(const std::string& targetPath, const std::string& linkPath) = 0;
     virtual void replaceBySymlink(const std::string& targetPath, const std::string& linkPath) = 0;
     virtual void deleteSymlink(const std::string& linkPath) = 0;

@@ -66,6 +66,8 @@ public:
     /// Gives a file or a link another name, in one step, in the place of what bears it. The
     /// directory of the new name is made, with its parents.
     static void renameFile(const std::string& fromPath, const std::string& toPath);
+    /// The same for a link; a file, also one that came a moment ago, refuses.
+    static void renameSymlink(const std::string& fromPath, const std::string& toPath);
     /// Makes a link to `targetPath`, a full path, in a directory that is there. A link of that name
     /// with that target stays; anything else of that name refuses.
     static void createSymlink(const std::string& targetPath, const std::string& linkPath);

@@ -92,7 +92,8 @@ bool UserFileAreas::removeOrBury(const std::string& name, const AreaPaths& paths
     Storage::getListOfLinksByDirectory(paths.user, links, false);
     const bool isLink = std::find(links.begin(), links.end(), name) != links.end();
     if (isLink) {
-        Storage::renameFile(paths.user + name, paths.deleted + name);
+        // What was received under the name meanwhile is the user's, and not what is deleted.
+        Storage::renameSymlink(paths.user + name, paths.deleted + name);
     } else {
         Storage::deleteFile(paths.user, name);
     }

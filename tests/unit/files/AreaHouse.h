@@ -49,6 +49,10 @@ public:
     void renameFile(const std::string& from, const std::string& to) override {
         run([&] { m_real.renameFile(from, to); });
     }
+    void renameSymlink(const std::string& from, const std::string& to) override {
+        meanwhile(from);
+        run([&] { m_real.renameSymlink(from, to); });
+    }
     void createSymlink(const std::string& target, const std::string& link) override {
         run([&] { m_real.createSymlink(target, link); });
     }

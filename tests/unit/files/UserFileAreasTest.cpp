@@ -111,14 +111,16 @@ TEST_F(UserFileAreasTest, OnlySoftwareOfTypeOneChecksTheLinksOfTheUser) {
     }
 }
 
-TEST_F(UserFileAreasTest, AFileThatIsReceivedDuringAListIsKept) {
+TEST_F(UserFileAreasTest, AFileThatIsReceivedDuringAListOrADeletionIsKept) {
     const struct {
         const char* what;
         const char* before;
+        bool isDeletion = false;
     } rows[] = {
         {"an identical file", "=default"},
         {"a link that leads elsewhere", ">/files/other"},
         {"a link without default", ">/Vireo_Deploy/images/gone"},
+        {"a default that is being deleted", ">/Vireo_Deploy/images/a", true},
     };
     deploy("images/a", "default");
     put("other", "other");
@@ -134,9 +136,14 @@ TEST_F(UserFileAreasTest, AFileThatIsReceivedDuringAListIsKept) {
         text[0] == '>' ? link(text.substr(1), path) : put(path, text.substr(1));
         ports.forgetLines();
         count = 0;
-        list(kPicture, Ifc::USER_BASE);
+        if (row.isDeletion) {
+            EXPECT_FALSE(service.deleteFile(kPicture, "a"));
+        } else {
+            list(kPicture, Ifc::USER_BASE);
+        }
         EXPECT_EQ(count, 1);
         EXPECT_EQ(tree()[path], "=received");
+        EXPECT_EQ(tree().count("deleted/images/a"), 0U);
         EXPECT_EQ(ports.count(kLogError, stored(path)), 1) << "it is said why";
     }
 }

@@ -375,6 +375,10 @@ TEST_F(FileStorageTest, AMoveReplacesWhatIsThereAndNeverWritesThroughALink) {
     std::filesystem::create_symlink(m_root + "/Defaults/bell", below("link"));
     m_storage.renameFile(below("link"), below("deleted/ringtones/link"));
     EXPECT_TRUE(std::filesystem::is_symlink(below("deleted/ringtones/link")));
+    m_storage.renameSymlink(below("deleted/ringtones/link"), below("moved/link"));
+    EXPECT_TRUE(std::filesystem::is_symlink(below("moved/link")));
+    EXPECT_THAT(errorOf([&] { m_storage.renameSymlink(below("old"), below("x")); }),
+                HasSubstr("cannot move \"" + below("old") + "\": it is a file and no link"));
     m_storage.renameFile(below("old"), below("bell"));
     EXPECT_EQ(read(below("bell")), "old");
 
