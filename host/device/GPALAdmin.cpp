@@ -44,6 +44,12 @@ bool GPALAdmin::isActive() {
            (ports.image != nullptr && ports.image->isActive());
 }
 
+void GPALAdmin::discardFiles(const std::string& directory) {
+    if (TransferPort* const transfer = installedPorts().transfer) {
+        transfer->discard(directory);
+    }
+}
+
 bool GPALAdmin::verifyImageType(const std::string& path, const std::string& hardwareVariant) {
     ImagePort* const image = installedPorts().image;
     std::string error = "there is no place for software images";

@@ -67,7 +67,7 @@ struct CurlTransfer::Job {
 };
 
 CurlTransfer::CurlTransfer(const std::string& storageRoot, const TransferOptions& options)
-    : m_root(storageRoot), m_fetcher(std::make_unique<FileFetcher>(m_root, options, m_isStopping)) {
+    : m_root(storageRoot), m_fetcher(std::make_unique<FileFetcher>(m_root, options, m_stops)) {
     removePartialFiles(storageRoot);
     m_thread = std::thread([this] { work(); });
 }
@@ -79,7 +79,7 @@ CurlTransfer::~CurlTransfer() {
 void CurlTransfer::stop() {
     {
         const std::lock_guard lock(m_mutex);
-        m_isStopping = true;
+        m_stops.isStopping = true;
     }
     m_changed.notify_all();
     m_fetcher->wake();
@@ -104,11 +104,13 @@ bool CurlTransfer::getFile(const TransferRequest& request, AdminProgressCallback
     const std::lock_guard lock(m_mutex);
     const bool isSecure = request.transport == TransportType::eHttps;
     FetchOrder order{request, *source, isSecure ? m_security : nullptr};
-    if (m_isStopping) {
+    if (m_stops.isStopping) {
         error = "transfers have ended";
     } else if (m_isActive) {
         error = "another transfer is under way";
     } else if (check(order, error)) {
+        m_directory = request.localPath.substr(0, request.localPath.rfind('/') + 1);
+        m_stops.isDiscarded = false;
         m_job = std::make_unique<const Job>(Job{std::move(order), progress});
         m_isActive = true;
         m_changed.notify_all();
@@ -118,11 +120,27 @@ bool CurlTransfer::getFile(const TransferRequest& request, AdminProgressCallback
     return false;
 }
 
+void CurlTransfer::discard(const std::string& directory) {
+    const std::lock_guard lock(m_mutex);
+    if (directory != m_directory) {
+        return;
+    }
+    {
+        const std::lock_guard naming(namesLock());
+        m_stops.isDiscarded = true;
+    }
+    if (m_isActive) {
+        m_fetcher->wake();
+    } else if (!m_stops.isStopping) {  // else its own thread does it
+        m_fetcher->forgetRest();
+    }
+}
+
 void CurlTransfer::work() {
     blockSignals();
     while (true) {
         std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_job || m_isStopping; });
+        m_changed.wait(lock, [this] { return m_job || m_stops.isStopping; });
         const std::unique_ptr<const Job> job = std::move(m_job);
         lock.unlock();
         if (!job) {
@@ -146,8 +164,14 @@ void CurlTransfer::run(const Job& job) {
     } else {
         logLine(kLogError, __LINE__, "cannot fetch " + job.order.source.name() + ": " + error);
     }
-    // Whoever is told the end may start the next transfer at once; it begins when this returns.
-    m_isActive = false;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_stops.isDiscarded) {
+            m_fetcher->forgetRest();
+        }
+        // Whoever is told the end may start the next transfer at once; it begins when this returns.
+        m_isActive = false;
+    }
     job.progress.progressNotify(isDone ? kDone : kFailed);
 }
 

@@ -10,6 +10,7 @@
 #include "device/DevicePorts.h"
 #include "files/ConfinedRoot.h"
 #include "transfer/TransferOptions.h"
+#include "transfer/TransferStops.h"
 
 namespace vireo {
 
@@ -41,6 +42,7 @@ public:
     bool getFile(const TransferRequest& request, AdminProgressCallback& progress,
                  std::string& error) override;
     bool isActive() override { return m_isActive.load(); }
+    void discard(const std::string& directory) override;
 
 private:
     struct Job;
@@ -49,12 +51,13 @@ private:
     void run(const Job& job);
 
     std::atomic<bool> m_isActive{false};
-    std::atomic<bool> m_isStopping{false};
+    TransferStops m_stops;
     const ConfinedRoot m_root;
     const std::unique_ptr<FileFetcher> m_fetcher;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::unique_ptr<const Job> m_job;                   ///< guarded by m_mutex
+    std::string m_directory;                            ///< of the last file; guarded by m_mutex
     std::shared_ptr<const SecurityDetails> m_security;  ///< guarded by m_mutex; null: never set
     std::thread m_thread;
 };

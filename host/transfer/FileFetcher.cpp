@@ -15,10 +15,10 @@ void logLine(int line, const SourceUrl& source, const std::string& what) {
 }  // namespace
 
 FileFetcher::FileFetcher(const ConfinedRoot& root, const TransferOptions& options,
-                         const std::atomic<bool>& isStopping)
+                         const TransferStops& stops)
     : m_root(root),
       m_options(options),
-      m_isStopping(isStopping),
+      m_stops(stops),
       m_multi(startCurl() ? curl_multi_init() : nullptr) {}
 
 FileFetcher::~FileFetcher() {
@@ -45,7 +45,8 @@ bool FileFetcher::fetch(const FetchOrder& order, AdminProgressCallback& callback
     if (ending == TransferAttempt::Ending::eInterrupted && rest->file.flush(ignored)) {
         m_rest.emplace(std::move(*rest));
     }
-    return ending == TransferAttempt::Ending::eComplete && rest->file.commit(error);
+    return ending == TransferAttempt::Ending::eComplete &&
+           rest->file.commit(m_stops.isDiscarded, error);
 }
 
 /// What is there already of a source, or nothing of it. What is there of another one goes.
@@ -81,7 +82,7 @@ TransferAttempt::Ending FileFetcher::attempt(const FetchOrder& order, Rest& rest
         return TransferAttempt::Ending::eFailed;
     }
     return TransferAttempt(std::move(handle), order.request.transport, m_options, rest.file,
-                           rest.version, progress, m_isStopping)
+                           rest.version, progress, m_stops)
         .run(m_multi, error);
 }
 

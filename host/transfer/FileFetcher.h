@@ -2,7 +2,6 @@
 
 #include <curl/curl.h>
 
-#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,6 +12,7 @@
 #include "transfer/TransferAttempt.h"
 #include "transfer/TransferOptions.h"
 #include "transfer/TransferProgress.h"
+#include "transfer/TransferStops.h"
 
 namespace vireo {
 
@@ -25,12 +25,12 @@ struct FetchOrder {
 
 /// Fetches one file after the other. What an interrupted transfer leaves is continued by the next
 /// one, if it is for the same source and place and the source has not changed; any other removes
-/// it. For one thread, but for `wake`.
+/// it. For one thread at a time, but for `wake`.
 class FileFetcher {
 public:
     /// All files come to lie below `root`. What is not owned outlives this.
     FileFetcher(const ConfinedRoot& root, const TransferOptions& options,
-                const std::atomic<bool>& isStopping);
+                const TransferStops& stops);
     FileFetcher(const FileFetcher&) = delete;
     FileFetcher& operator=(const FileFetcher&) = delete;
     ~FileFetcher();
@@ -40,7 +40,7 @@ public:
     bool fetch(const FetchOrder& order, AdminProgressCallback& callback, std::string& error);
     /// Removes what an interrupted transfer left.
     void forgetRest() { m_rest.reset(); }
-    /// Makes a transfer look at `isStopping` at once. From any thread.
+    /// Makes a transfer look at the stops at once. From any thread.
     void wake() { curl_multi_wakeup(m_multi); }
 
 private:
@@ -59,7 +59,7 @@ private:
 
     const ConfinedRoot& m_root;
     const TransferOptions m_options;
-    const std::atomic<bool>& m_isStopping;
+    const TransferStops& m_stops;
     CURLM* const m_multi;
     std::optional<Rest> m_rest;
 };

@@ -171,8 +171,12 @@ bool PartialFile::isInPlace() const {
            named.st_ino == own.st_ino;
 }
 
-bool PartialFile::takeName(std::string& error) {
+bool PartialFile::takeName(const std::atomic<bool>& isDiscarded, std::string& error) {
     const std::lock_guard lock(namesLock());
+    if (isDiscarded) {
+        error = kDiscarded;
+        return false;
+    }
     if (::renameat(m_directory.get(), m_hiddenName.c_str(), m_directory.get(),
                    m_finalName.c_str()) != 0) {
         error = withReason("cannot write " + m_directoryPath + m_finalName, errno);
@@ -182,7 +186,7 @@ bool PartialFile::takeName(std::string& error) {
     return true;
 }
 
-bool PartialFile::commit(std::string& error) {
+bool PartialFile::commit(const std::atomic<bool>& isDiscarded, std::string& error) {
     if (!flush(error)) {
         return false;
     }
@@ -190,7 +194,7 @@ bool PartialFile::commit(std::string& error) {
         error = withReason("cannot write to " + m_directoryPath, errno);
         return false;
     }
-    if (!takeName(error)) {
+    if (!takeName(isDiscarded, error)) {
         return false;
     }
     // A file system that cannot sync a directory says EINVAL.

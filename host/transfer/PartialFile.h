@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -14,6 +15,9 @@ namespace vireo {
 /// before that. For one thread at a time. Errors are one line without the path of the file.
 class PartialFile {
 public:
+    /// Why a discarded file does not get its name.
+    static constexpr const char* kDiscarded = "its directory was cleared meanwhile";
+
     /// `finalPath` is absolute and lies below `root`, which outlives the object; its directory
     /// exists and is reached without a link. Empty with an `error` when that cannot hold the file,
     /// or something else than a file or a link has its name.
@@ -34,8 +38,9 @@ public:
     /// may have cleared it meanwhile.
     bool isInPlace() const;
     /// Writes everything to stable storage and gives the file its name, in one step. A file or a
-    /// link of that name is replaced; what a link points to stays as it is.
-    bool commit(std::string& error);
+    /// link of that name is replaced; what a link points to stays as it is. False once
+    /// `isDiscarded` is set; that is looked at in the same step.
+    bool commit(const std::atomic<bool>& isDiscarded, std::string& error);
 
 private:
     PartialFile(const ConfinedRoot& root, FileDescriptor directory, const std::string& finalPath);
@@ -43,7 +48,7 @@ private:
     bool open(std::string& error);
     bool write(const char* bytes, std::size_t count, std::string& error);
     void startWriteBack();
-    bool takeName(std::string& error);
+    bool takeName(const std::atomic<bool>& isDiscarded, std::string& error);
 
     const ConfinedRoot& m_root;
     FileDescriptor m_directory;

@@ -41,13 +41,13 @@ const char* plainText(CURLcode code) {
 TransferAttempt::TransferAttempt(CurlHandle handle, TransportType transport,
                                  const TransferOptions& options, PartialFile& file,
                                  SourceVersion& version, TransferProgress& progress,
-                                 const std::atomic<bool>& isStopping)
+                                 const TransferStops& stops)
     : m_transport(transport),
       m_options(options),
       m_file(file),
       m_version(version),
       m_progress(progress),
-      m_isStopping(isStopping),
+      m_stops(stops),
       m_offset(file.size()),
       m_handle(std::move(handle)) {}
 
@@ -112,8 +112,8 @@ bool TransferAttempt::mayGoOn() {
     if (m_cause != Cause::eNone) {
         return false;
     }
-    if (m_isStopping.load()) {
-        m_cause = Cause::eStopped;
+    if (m_stops.isStopping || m_stops.isDiscarded) {
+        m_cause = m_stops.isStopping ? Cause::eStopped : Cause::eDiscarded;
         return false;
     }
     const Clock::time_point now = Clock::now();
@@ -268,6 +268,8 @@ std::string TransferAttempt::causeText() const {
     switch (m_cause) {
         case Cause::eStopped:
             return "stopped with the service";
+        case Cause::eDiscarded:
+            return PartialFile::kDiscarded;
         case Cause::eNoConnection:
             return "no connection within " + secondsText(m_options.connectTimeout);
         case Cause::eStalled:

@@ -2,7 +2,6 @@
 
 #include <curl/curl.h>
 
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -12,6 +11,7 @@
 #include "transfer/SourceVersion.h"
 #include "transfer/TransferOptions.h"
 #include "transfer/TransferProgress.h"
+#include "transfer/TransferStops.h"
 
 namespace vireo {
 
@@ -31,16 +31,24 @@ public:
     /// this.
     TransferAttempt(CurlHandle handle, TransportType transport, const TransferOptions& options,
                     PartialFile& file, SourceVersion& version, TransferProgress& progress,
-                    const std::atomic<bool>& isStopping);
+                    const TransferStops& stops);
 
-    /// Returns at the end, after a time-out, or soon after `isStopping` was set and the multi
+    /// Returns at the end, after a time-out, or soon after a stop was set and the multi
     /// handle woken up. Unless complete, with a one-line `error`.
     Ending run(CURLM* multi, std::string& error);
 
 private:
     using Clock = std::chrono::steady_clock;
     /// Why this side ended the transfer.
-    enum class Cause { eNone, eStopped, eNoConnection, eStalled, eChanged, eLocalFault };
+    enum class Cause {
+        eNone,
+        eStopped,
+        eDiscarded,
+        eNoConnection,
+        eStalled,
+        eChanged,
+        eLocalFault
+    };
 
     static std::size_t takeBody(char* bytes, std::size_t size, std::size_t count, void* self);
     static std::size_t takeHeader(char* bytes, std::size_t size, std::size_t count, void* self);
@@ -68,7 +76,7 @@ private:
     PartialFile& m_file;
     SourceVersion& m_version;
     TransferProgress& m_progress;
-    const std::atomic<bool>& m_isStopping;
+    const TransferStops& m_stops;
 
     const std::uint64_t m_offset;  ///< what the file held before
     bool m_isConnected = false;

@@ -41,6 +41,7 @@ public:
     virtual bool getFile(const TransferRequest& request, AdminProgressCallback& progress,
                          std::string& error) = 0;
     virtual bool isActive() = 0;
+    virtual void discard(const std::string& directory) = 0;
 };
 
 /// The real part behind the software images of `GPALAdmin`. Throws nothing.

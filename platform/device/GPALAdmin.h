@@ -28,6 +28,11 @@ public:
     /// returned.
     static bool isActive();
 
+    /// For who clears a directory, absolute and ending in "/": a file that is being fetched into it
+    /// and does not bear its name yet when this returns never will, and its transfer fails soon.
+    /// What an interrupted transfer left there is removed.
+    static void discardFiles(const std::string& directory);
+
     /// Whether the file is a software image for this kind of phone.
     static bool verifyImageType(const std::string& path, const std::string& hardwareVariant);
     /// Starts to burn an image in the background; as `getFile` for the rest.

@@ -6,6 +6,7 @@
 
 #include "Boundary.h"
 #include "SemaphoreGuard.h"
+#include "device/GPALAdmin.h"
 #include "device/Storage.h"
 #include "files/AreaPaths.h"
 #include "files/DefaultLinks.h"
@@ -60,6 +61,8 @@ void AreaCleanup::clearPicture() {
 }
 
 void AreaCleanup::clear(const std::string& directory) {
+    // A file that is still on its way belongs to what is cleared.
+    GPALAdmin::discardFiles(directory);
     std::list<std::string> paths;
     {
         const SemaphoreGuard guard(m_storageSemaphore);

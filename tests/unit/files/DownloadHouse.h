@@ -83,16 +83,22 @@ struct ScriptedTransfer : TransferPort, ScriptedWork {
     bool getFile(const TransferRequest& request, AdminProgressCallback& callback,
                  std::string& error) override {
         requests.push_back(request);
+        isDiscarded = false;
         return start(request.localPath, callback, error);
     }
     bool isActive() override { return active; }
+    void discard(const std::string& directory) override {
+        isDiscarded = isDiscarded || directory == path.substr(0, path.rfind('/') + 1);
+    }
     bool tell(int percent) { return report(percent, 100); }
-    /// The file comes.
+    /// The file comes, unless it was discarded.
     void complete(const std::string& bytes) {
         runToEnd([&](ScriptedWork&) {
             tell(40);
-            put(bytes);
-            tell(100);
+            if (!isDiscarded) {
+                put(bytes);
+            }
+            tell(isDiscarded ? -1 : 100);
         });
     }
     void fail() {
@@ -101,6 +107,7 @@ struct ScriptedTransfer : TransferPort, ScriptedWork {
 
     std::vector<TransferRequest> requests;
     int secured = 0;
+    std::atomic<bool> isDiscarded{false};
 };
 
 struct ScriptedImage : ImagePort, ScriptedWork {

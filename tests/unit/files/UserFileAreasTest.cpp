@@ -435,6 +435,31 @@ TEST_F(UserFileAreasTest, SwitchingUsersFillsAndClearsTheVisitorsArea) {
     EXPECT_EQ(mobility.notes, (Texts{"gone ", "gone "})) << "the visitor's pictures, all of them";
 }
 
+TEST_F(UserFileAreasTest, AClearedAreaStaysClearedWhateverIsOnItsWay) {
+    const struct {
+        const char* what;
+        std::function<void()> clear;
+        bool isCleared = true;
+    } rows[] = {
+        {"the visitor leaves", [this] { service.changeCurrentUser(Ifc::USER_BASE); }},
+        {"a reset", [this] { service.changeCurrentUser(Ifc::USER_CLEAR_DATA_VISITOR); }},
+        {"mobile data", [this] { service.clearMobileUserData(); }},
+        {"user data", [this] { service.clearAllUserData(); }},
+        {"one type", [this] { service.cleanupUserData(kPicture, Ifc::USER_VISITOR); }},
+        {"another type", [this] { service.cleanupUserData(kRinger, Ifc::USER_VISITOR); }, false},
+        {"another user", [this] { service.cleanupUserData(kPicture, Ifc::USER_BASE); }, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        service.changeCurrentUser(Ifc::USER_CLEAR_DATA_VISITOR);
+        ASSERT_TRUE(startFrom(kPicture));
+        row.clear();
+        transfer.complete("f");
+        EXPECT_EQ(exists("visitor/images/f"), !row.isCleared);
+        EXPECT_EQ(get("dl-pic-last-status"), row.isCleared ? "2" : "1");
+    }
+}
+
 TEST_F(UserFileAreasTest, MigrationCopiesContentsAndLeavesTheDefaultsAlone) {
     const std::string large(200'000, 'l');
     deploy("images/a", "default");

@@ -80,6 +80,25 @@ TEST_F(HeldTransfer, EndsWithTheService) {
     EXPECT_TRUE(std::filesystem::is_empty(phone.path()));
 }
 
+TEST_F(HeldTransfer, ComesToNothingWhereItsDirectoryIsCleared) {
+    for (const bool hasBegun : {true, false}) {
+        Reports& reports = hasBegun ? startAndWait() : start(request);
+        transfer().discard(local("other/"));
+        EXPECT_TRUE(transfer().isActive());
+        transfer().discard(local(""));
+        EXPECT_GT(0, reports.end());
+        EXPECT_TRUE(std::filesystem::is_empty(phone.path()));
+    }
+    EXPECT_EQ(2, ports.count(kLogError, ": its directory was cleared meanwhile"));
+
+    interrupt();
+    transfer().discard(local("other/"));
+    EXPECT_EQ(1U, partialFiles());
+    transfer().discard(local(""));
+    EXPECT_TRUE(std::filesystem::is_empty(phone.path())) << "nor is the rest kept";
+    EXPECT_EQ(100, fetch(request)) << "what is fetched afterwards comes";
+}
+
 TEST_F(HeldTransfer, EndsWhenTheDiskTakesNoMore) {
     rlimit before{};
     ::getrlimit(RLIMIT_FSIZE, &before);
