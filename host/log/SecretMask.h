@@ -13,6 +13,10 @@ namespace vireo {
 /// parameter; in a record, what the element of that name, or with an attribute of that value, has
 /// inside. In an address it is what stands between user and host.
 ///
+/// Deliberate: an address is known by its "://". Without it `user:password@host` looks the same as
+/// `sip:user@host`, `Call-ID:id@host` or `12:30@place`, and a telephone's lines about calls would
+/// lose what they tell.
+///
 /// Where a line does not say how far the secret goes, the rest of it is taken out. The value of a
 /// store column comes in a line of its own without the name; it belongs to the line that the same
 /// thread wrote before.

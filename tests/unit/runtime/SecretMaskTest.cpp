@@ -62,7 +62,8 @@ TEST(SecretMask, LeavesOtherLinesAsTheyAre) {
     for (const char* text :
          {"VireoClientMgmt::performFactoryReset: password verified",
           "user name or password refused", "getData: RootId = \"sip-password\"", "ftp://host/a:b@c",
-          "https://anna@host/", "spinning = 1, pinned = 2",
+          "https://anna@host/", "call from sip:anna@host to sips:4711@10.0.0.1:5061",
+          "Call-ID:a84b4c76@pc33.example.org", "alarm at 12:30@kitchen", "spinning = 1, pinned = 2",
           "<rootId>sip-password</rootId><rootId>language</rootId>",
           "<document name=\"language\" schema=\"text\">de</document>",
           "<refusal rootId=\"sip-password\" path=\"//*\" reason=\"no\"/><x>y</x>", ""}) {
