@@ -11,9 +11,10 @@ using Ifc = LocalMgmtIfc;
 
 constexpr Ifc::eFiletype kTypes[] = {Ifc::FILETYPE_PICTURE, Ifc::FILETYPE_SCREENSAVER,
                                      Ifc::FILETYPE_RINGER,  Ifc::FILETYPE_MUSIC_ON_HOLD,
-                                     Ifc::FILETYPE_LDAP,    Ifc::FILETYPE_JAD,
-                                     Ifc::FILETYPE_VR_AUDIO};
+                                     Ifc::FILETYPE_JAD,     Ifc::FILETYPE_PHD,
+                                     Ifc::FILETYPE_LDAP,    Ifc::FILETYPE_VR_AUDIO};
 constexpr std::size_t kTypesWithDefaults = 4;
+constexpr std::size_t kDeployedTypes = 6;  ///< two more are linked when an area is cleared
 constexpr const char* kNames[] = {"a", "b", "c", "d e"};
 constexpr const char* kTexts[] = {"default", "other", "own", "default of a larger size"};
 
@@ -33,12 +34,12 @@ protected:
         return values[m_random() % Size];
     }
     unsigned anyNumber(unsigned below) { return static_cast<unsigned>(m_random() % below); }
-    Ifc::eFiletype anyTypeWithDefaults() { return kTypes[m_random() % kTypesWithDefaults]; }
+    Ifc::eFiletype anyDeployedType() { return kTypes[m_random() % kDeployedTypes]; }
 
     /// What somebody else does to the files: deploys, removes what was deployed, downloads.
     void disturb() {
         const unsigned choice = anyNumber(6);
-        const Ifc::eFiletype type = choice < 3 ? anyTypeWithDefaults() : any(kTypes);
+        const Ifc::eFiletype type = choice < 3 ? anyDeployedType() : any(kTypes);
         const std::string name = AreaModel::nameOf(type) + any(kNames);
         if (choice < 2) {
             m_model.defaults[name] = any(kTexts);
@@ -72,7 +73,7 @@ protected:
             case 2: {
                 static constexpr Ifc::eFiletype kCleaned[] = {
                     Ifc::FILETYPE_PICTURE, Ifc::FILETYPE_SCREENSAVER, Ifc::FILETYPE_RINGER,
-                    Ifc::FILETYPE_JAD};
+                    Ifc::FILETYPE_JAD, Ifc::FILETYPE_PHD};
                 const Ifc::eFiletype cleaned = any(kCleaned);
                 const Ifc::eUsertype user = any(kListed);
                 return {[this, cleaned, user] { service.cleanupUserData(cleaned, user); },
