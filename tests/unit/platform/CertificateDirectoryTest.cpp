@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "services/CertificateDirectory.h"
-#include "services/MobilityLog.h"
 #include "support/TemporaryDirectory.h"
 #include "support/TestPorts.h"
 
@@ -164,15 +163,6 @@ TEST_F(CertificateDirectoryTest, APolicyIsReadWholeOrIsTheStrictOne) {
     std::filesystem::create_directory(m_directory.file("certificates/policy.conf"));
     EXPECT_EQ(found(), "peer:yes host:yes");
     EXPECT_NE(errors().find("it is no regular file"), std::string::npos) << errors();
-}
-
-TEST(MobilityLogTest, NotesWhatItIsTold) {
-    const TestPorts log(kLogInfo);
-    MobilityLog mobility;
-    mobility.pictureDownloaded("a.jpg");
-    mobility.refreshPictureClips();
-    EXPECT_EQ(log.count(kLogInfo, "the picture \"a.jpg\" has come"), 1);
-    EXPECT_EQ(log.count(kLogInfo, "are to be read again"), 1);
 }
 
 }  // namespace

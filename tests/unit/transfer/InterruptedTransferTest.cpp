@@ -179,10 +179,14 @@ TEST_F(TransferTest, WhatACrashLeftIsRemovedAtTheNextStart) {
     std::filesystem::create_directories(phone.path() / "a/b");
     std::filesystem::create_directory_symlink(outside.path(), phone.path() / "a/link");
     std::ofstream(phone.path() / "a/b" / rest) << "half";
+    std::filesystem::create_symlink("whole", phone.path() / "a" / rest);
     std::ofstream(phone.path() / "a/b/whole") << "whole";
+    std::ofstream(phone.path() / "a/b/.hidden") << "kept";
     transfer();
     EXPECT_EQ(0U, partialFiles());
     EXPECT_EQ("whole", contentOf(local("a/b/whole")));
+    EXPECT_EQ("kept", contentOf(local("a/b/.hidden")));
+    EXPECT_FALSE(std::filesystem::is_symlink(local("a/" + rest)));
     EXPECT_TRUE(std::filesystem::exists(outside.file(rest)));
     EXPECT_EQ(1, ports.count(kLogWarning, local("a/b/" + rest) + ", the rest of interrupted"));
 }
