@@ -1,6 +1,6 @@
 #include <filesystem>
 #include <fstream>
-#include <future>
+#include <map>
 #include <set>
 
 #include "files/FileStorage.h"
@@ -73,11 +73,15 @@ protected:
         phone.others["PasswordMgmtSvcIfc"] = &passwords;
     }
 
-    void startAs(const char* softwareType) {
-        service.init(phone);
+    static void set(VireoClientMgmt& one, const char* item, const std::string& value) {
         ManageableData record;
-        record.populate("software-type", softwareType);
-        ASSERT_TRUE(service.setData(record));
+        record.populate(item, value);
+        ASSERT_TRUE(one.setData(record)) << item;
+    }
+    void startAs(const char* softwareType) { startAs(service, softwareType); }
+    void startAs(VireoClientMgmt& one, const char* softwareType) {
+        one.init(phone);
+        set(one, "software-type", softwareType);
     }
     void put(const std::string& name) {
         fs::create_directories((root / name).parent_path());
@@ -91,20 +95,8 @@ protected:
         }
         return names;
     }
-    void needReboot() {
-        ManageableData record;
-        record.populate("melody", "8");
-        ASSERT_TRUE(service.setData(record));
-    }
-    std::string timeout() {
-        std::string value;
-        return service.getData("phone-lock-timeout", value) ? value : "(none)";
-    }
-    bool setTimeout(const std::string& value) {
-        ManageableData record;
-        record.populate("phone-lock-timeout", value);
-        return service.setData(record);
-    }
+    void needReboot() { set(service, "melody", "8"); }
+    void setTimeout(const std::string& value) { set(service, "phone-lock-timeout", value); }
 
     const fs::path root = directory.path() / "root";
     const bool isMade = fs::create_directory(root);
@@ -150,9 +142,7 @@ TEST_F(DeviceResetTest, TheRebootIsAskedForThroughTheServiceWhenTheStoreNeedsIt)
     Watched watched;
     watched.init(phone);
     EXPECT_EQ(watched.performFactoryReset("right"), 0);
-    ManageableData record;
-    record.populate("melody", "8");
-    ASSERT_TRUE(watched.setData(record));
+    set(watched, "melody", "8");
     EXPECT_EQ(watched.performFactoryReset("right"), 42);
     EXPECT_EQ(watched.reasons, Done{"FactoryReset: requires reboot."});
     Watched without;
@@ -180,21 +170,16 @@ TEST_F(DeviceResetTest, AVisitorsFilesGoAsTheSoftwareHasIt) {
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.software) + ", user " + std::to_string(row.user));
         VireoClientMgmt one;
-        one.init(phone);
-        ManageableData record;
-        record.populate("software-type", row.software);
-        ASSERT_TRUE(one.setData(record));
+        startAs(one, row.software);
         one.changeCurrentUser(row.user);
-        put("data/vireo/visitor/ldap/own");
-        put("data/vireo/visitor/images/own");
-        put("data/vireo/visitor/deleted/images/tombstone");
-        put("data/vireo/ldap/own");
-        put("data/vireo/images/own");
-        put("data/vireo/deleted/music/tombstone");
+        for (const std::string name : {"ldap/own", "images/own", "deleted/images/tombstone"}) {
+            put("data/vireo/" + name);
+            put("data/vireo/visitor/" + name);
+        }
         one.performFactoryReset("right");
-        EXPECT_FALSE(has("data/vireo/ldap/own"));
-        EXPECT_FALSE(has("data/vireo/images/own"));
-        EXPECT_FALSE(has("data/vireo/deleted/music/tombstone"));
+        for (const std::string name : {"ldap/own", "images/own", "deleted/images/tombstone"}) {
+            EXPECT_FALSE(has("data/vireo/" + name)) << name;
+        }
         EXPECT_EQ(has("data/vireo/visitor/ldap/own"), !row.areDownloadsDeleted);
         EXPECT_EQ(has("data/vireo/visitor/images/own"), !row.isAreaCleared);
         EXPECT_EQ(has("data/vireo/visitor/deleted/images/tombstone"), !row.isAreaCleared);
@@ -203,24 +188,18 @@ TEST_F(DeviceResetTest, AVisitorsFilesGoAsTheSoftwareHasIt) {
 
 TEST_F(DeviceResetTest, KeepsTheGenericMidletByItsNameWithTheSlash) {
     startAs("Varnick SIP");
-    const std::string base = "data/vireo/";
-    for (const char* kept : {"jad/GenericMidlet.jad", "jar/GenericMidlet.jar",
-                             "midlets/GenericMidlet.jax", "phd/GenericMidlet.ja"}) {
-        put(base + kept);
-    }
-    for (const char* gone : {"jad/MyGenericMidlet.jad", "jar/genericmidlet.jar",
-                             "jad/GenericMidlet.txt", "logos/GenericMidlet"}) {
-        put(base + gone);
+    const std::map<std::string, bool> isKept{
+        {"jar/GenericMidlet.jar", true},  {"midlets/GenericMidlet.jax", true},
+        {"phd/GenericMidlet.ja", true},   {"jad/MyGenericMidlet.jad", false},
+        {"jar/genericmidlet.jar", false}, {"jad/GenericMidlet.txt", false},
+        {"logos/GenericMidlet", false}};
+    for (const auto& [name, kept] : isKept) {
+        put("data/vireo/" + name);
     }
     service.performFactoryReset("right");
-    EXPECT_TRUE(has(base + "jad/GenericMidlet.jad"));
-    EXPECT_TRUE(has(base + "jar/GenericMidlet.jar"));
-    EXPECT_TRUE(has(base + "midlets/GenericMidlet.jax")) << "any name that begins so";
-    EXPECT_TRUE(has(base + "phd/GenericMidlet.ja"));
-    EXPECT_FALSE(has(base + "jad/MyGenericMidlet.jad"));
-    EXPECT_FALSE(has(base + "jar/genericmidlet.jar"));
-    EXPECT_FALSE(has(base + "jad/GenericMidlet.txt"));
-    EXPECT_FALSE(has(base + "logos/GenericMidlet"));
+    for (const auto& [name, kept] : isKept) {
+        EXPECT_EQ(has("data/vireo/" + name), kept) << name;
+    }
 }
 
 TEST_F(DeviceResetTest, WhatFailsDoesNotStopTheRest) {
@@ -229,59 +208,47 @@ TEST_F(DeviceResetTest, WhatFailsDoesNotStopTheRest) {
     service.updateVCMSCache("lazy", "old");
     installPorts({.log = &ports, .config = &ports, .shell = &effects, .reboot = &effects});
     EXPECT_EQ(service.performFactoryReset("right"), 1) << "without a storage";
-    EXPECT_EQ(effects.done, (Done{kCommand, "going down", "reboot"}));
+    EXPECT_EQ(effects.done, (Done{kCommand, "going down", "reboot"})) << "in this order";
+    const Done recorded{"FactoryReset: requires reboot."};
+    EXPECT_EQ(ports.lines(1), recorded);
+    EXPECT_EQ(ports.lines(kLogReboot), recorded);
+    VireoClientMgmt alone;
+    installPorts({.log = &ports});
+    EXPECT_EQ(alone.performReboot("anyway"), 1) << "without a framework, and without a reboot";
     EXPECT_GT(ports.count(kLogError, "there is no storage"), 0);
     EXPECT_EQ(ports.count(kLogDebug, "Failed to Delete altHostname.sh"), 1);
     std::string value;
     EXPECT_FALSE(service.fetchFromVCMSCache("lazy", value)) << "nothing is remembered";
 }
 
-TEST_F(DeviceResetTest, ARebootIsToldRecordedAndAskedForInThisOrder) {
-    startAs("Varnick SIP");
-    EXPECT_EQ(service.performReboot("because"), 1);
-    EXPECT_EQ(effects.done, (Done{"going down", "reboot"}));
-    EXPECT_EQ(ports.lines(1), Done{"because"});
-    EXPECT_EQ(ports.lines(kLogReboot), Done{"because"});
-    VireoClientMgmt alone;
-    installPorts({.log = &ports});
-    EXPECT_EQ(alone.performReboot("anyway"), 1) << "without a framework, and without a reboot";
-}
-
 TEST_F(DeviceResetTest, ResetUserDataWritesTheLockTimeoutUnlessItIsTheOneAlready) {
+    std::string& failing = ports.files["CallFailingItems.xml"];
+    const std::string guarded = "<item><rootId>guarded";
+    failing.insert(failing.find(guarded), "<item><rootId>phone-lock-timeout</rootId></item>");
     startAs("Varnick SIP");
     TestAgent observer;
     ASSERT_TRUE(service.registerObserver("phone-lock-timeout", &observer, false));
-    ASSERT_TRUE(setTimeout("30"));
+    setTimeout("30");
+    service.setPhoneBusyStatus(1);
+    EXPECT_FALSE(service.resetUserData()) << "not during a call";
+    EXPECT_EQ(
+        ports.count(kLogError, "VireoClientMgmt::resetUserData method failed to write Feature"), 1);
+    service.clearPhoneBusyStatus(1);
     EXPECT_TRUE(service.resetUserData());
-    EXPECT_EQ(timeout(), "5");
-    EXPECT_EQ(observer.told.size(), 2U);
     EXPECT_TRUE(service.resetUserData());
-    EXPECT_EQ(observer.told.size(), 2U) << "5 is not written again";
+    EXPECT_EQ(observer.told, (Texts{"phone-lock-timeout=30", "phone-lock-timeout=5"}))
+        << "5 is not written again";
     VireoClientMgmt unborn;
     EXPECT_FALSE(unborn.resetUserData());
     EXPECT_EQ(ports.count(kLogDebug, "VireoClientMgmt::resetUserData() VCMS item not found"), 1);
 }
 
-TEST_F(DeviceResetTest, ALockTimeoutThatCannotBeWrittenIsSaid) {
-    std::string& failing = ports.files["CallFailingItems.xml"];
-    const std::string guarded = "<item><rootId>guarded";
-    failing.insert(failing.find(guarded), "<item><rootId>phone-lock-timeout</rootId></item>");
-    startAs("Varnick SIP");
-    ASSERT_TRUE(setTimeout("30"));
-    service.setPhoneBusyStatus(1);
-    EXPECT_FALSE(service.resetUserData());
-    EXPECT_EQ(
-        ports.count(kLogError, "VireoClientMgmt::resetUserData method failed to write Feature"), 1);
-    EXPECT_EQ(timeout(), "30");
-}
-
 struct ResetAgent : TestAgent {
     bool resetUserData() override {
         ++resets;
-        return onReset ? onReset() : answer;
+        return !onReset || onReset();
     }
     int resets = 0;
-    bool answer = true;
     std::function<bool()> onReset;
 };
 
@@ -292,23 +259,23 @@ TEST_F(DeviceResetTest, AllAgentsAreAskedInTheOrderOfTheirIdsAndTheLastAnswerCou
     ResetAgent last;
     ResetAgent first;
     ResetAgent middle;
-    last.onReset = [&] {
-        order += 'c';
-        return last.answer;
+    const auto answering = [&order](char name, bool answer) {
+        return [&order, name, answer] {
+            order += name;
+            return answer;
+        };
     };
-    first.onReset = [&] {
-        order += 'a';
-        return true;
-    };
+    first.onReset = answering('a', true);
     middle.onReset = [&]() -> bool {
         order += 'b';
         throw std::runtime_error("not today");
     };
+    last.onReset = answering('c', true);
     ASSERT_TRUE(service.registerManagementIdentity("MgmtId-3", &last));
     ASSERT_TRUE(service.registerManagementIdentity("MgmtId-1", &first));
     ASSERT_TRUE(service.registerManagementIdentity("MgmtId-2", &middle));
     EXPECT_EQ(service.clearAllUserData(), 1);
-    last.answer = false;
+    last.onReset = answering('c', false);
     EXPECT_EQ(service.clearAllUserData(), 0);
     EXPECT_EQ(order, "abcabc");
     EXPECT_EQ(ports.count(kLogError, "resetUserData of an agent: not today"), 2);
@@ -323,7 +290,7 @@ TEST_F(DeviceResetTest, AnAgentMayCallBackWhileAllAreReset) {
     std::string heard;
     busy.onReset = [&] {
         EXPECT_TRUE(service.registerManagementIdentity("MgmtId-2", &late));
-        EXPECT_TRUE(setTimeout("77"));
+        setTimeout("77");
         heard = observer.told.empty() ? "nothing yet" : observer.told.back();
         std::string value;
         return service.getData("melody", value);
@@ -339,70 +306,24 @@ TEST_F(DeviceResetTest, AnAgentMayCallBackWhileAllAreReset) {
     EXPECT_EQ(late.resets, 1);
 }
 
-TEST_F(DeviceResetTest, OtherThreadsThatRegisterWaitUntilAllAreReset) {
-    startAs("Varnick SIP");
-    ResetAgent slow;
-    ResetAgent other;
-    std::future<bool> registering;
-    slow.onReset = [&] {
-        registering = std::async(std::launch::async, [&] {
-            return service.registerManagementIdentity("MgmtId-0", &other);
-        });
-        // Without the hold it would have come through by then.
-        return registering.wait_for(std::chrono::milliseconds(100)) == std::future_status::timeout;
-    };
-    ASSERT_TRUE(service.registerManagementIdentity("MgmtId-1", &slow));
-    EXPECT_EQ(service.clearAllUserData(), 1);
-    EXPECT_TRUE(registering.get());
-    EXPECT_EQ(other.resets, 0);
-}
-
 TEST_F(DeviceResetTest, ClearAllUserDataResetsTheFilesOfTheCurrentUserAndForgetsValues) {
     startAs("Varnick SIP");
     service.changeCurrentUser(LocalMgmtIfc::USER_VISITOR);
     put("Vireo_Deploy/ringtones/default");
-    put("data/vireo/visitor/ringtones/own");
-    put("data/vireo/visitor/deleted/ringtones/tombstone");
-    put("data/vireo/ringtones/own");
+    for (const char* name :
+         {"visitor/ringtones/own", "visitor/deleted/ringtones/tombstone", "ringtones/own"}) {
+        put(std::string("data/vireo/") + name);
+    }
     service.updateVCMSCache("lazy", "old");
     service.clearAllUserData();
-    EXPECT_FALSE(has("data/vireo/visitor/ringtones/own"));
-    EXPECT_TRUE(has("data/vireo/visitor/ringtones/default")) << "a visitor gets defaults, too";
     EXPECT_FALSE(has("data/vireo/visitor/deleted/ringtones/tombstone"));
     EXPECT_TRUE(has("data/vireo/ringtones/own")) << "those of the base user are his";
     std::string value;
     EXPECT_FALSE(service.fetchFromVCMSCache("lazy", value));
     std::list<std::string> files;
     EXPECT_TRUE(service.getListOfFilesOfType(LocalMgmtIfc::FILETYPE_RINGER, &files));
-    ASSERT_EQ(files.size(), 1U);
-    EXPECT_NE(files.front().find("/visitor/"), std::string::npos) << "he is still the current one";
-}
-
-TEST_F(DeviceResetTest, TheMethodsReachTheServiceByMessage) {
-    startAs("Varnick SIP");
-    invoker.initInvoker(&framework);
-    const auto resultOf = [this](const char* method, const char* parameter, const char* value) {
-        Method request(method, Method::eRequest);
-        if (parameter != nullptr) {
-            request.addStringParameter(parameter, Parameter::eIn, value);
-        }
-        const Method reply = call(request);
-        EXPECT_EQ(reply.name(), method);
-        return reply.getBoolParameter("result", Parameter::eOut);
-    };
-    EXPECT_FALSE(resultOf("performFactoryReset", "password", "right"));
-    needReboot();
-    EXPECT_FALSE(resultOf("performFactoryReset", "password", "wrong"));
-    EXPECT_TRUE(resultOf("performFactoryReset", "password", "right"));
-    EXPECT_TRUE(resultOf("performReboot", "rebootReason", ""));
-    EXPECT_FALSE(resultOf("clearAllUserData", nullptr, ""));
-    ResetAgent agent;
-    ASSERT_TRUE(service.registerManagementIdentity("MgmtId", &agent));
-    EXPECT_TRUE(resultOf("clearAllUserData", nullptr, ""));
-    EXPECT_EQ(call(Method("performFactoryReset", Method::eRequest)).name(), "")
-        << "without its parameter";
-    EXPECT_EQ(effects.done,
-              (Done{kCommand, kCommand, "going down", "reboot", "going down", "reboot"}));
+    EXPECT_EQ(files, std::list<std::string>{root / "data/vireo/visitor/ringtones/default"})
+        << "a visitor gets defaults, too, and is still the current user";
 }
 
 }  // namespace
