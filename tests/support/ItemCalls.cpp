@@ -10,9 +10,7 @@ ItemAnswer answerOf(CallStatus status, bool result, ManageableData record) {
     ItemAnswer answer;
     answer.result = result;
     answer.items = itemsOf(record);
-    for (const RejectionSpec& refusal : record.rejections()) {
-        answer.refusals.push_back(refusal.rootId() + ": " + refusal.reason());
-    }
+    answer.refusals = refusalsOf(record);
     answer.record = std::move(record);
     return answer;
 }
@@ -24,29 +22,8 @@ std::string ItemAnswer::value(const std::string& tag) const {
     return record.interogate(tag, tag, text) ? text : "none";
 }
 
-Words itemsOf(const ManageableData& record) {
-    Words items;
-    for (const std::string& tag : record.rootIds()) {
-        std::string value;
-        items.push_back(record.interogate(tag, tag, value) ? tag + '=' + value : tag);
-    }
-    return items;
-}
-
-ManageableData recordOf(const Words& assignments) {
-    ManageableData record;
-    for (const std::string& each : assignments) {
-        const std::size_t equals = each.find('=');
-        record.populate(each.substr(0, equals), each.substr(equals + 1));
-    }
-    return record;
-}
-
 ItemAnswer readItems(LocalMgmtClient& client, const Words& tags) {
-    ManageableData record;
-    for (const std::string& tag : tags) {
-        record.addRootId(tag, nullptr);
-    }
+    ManageableData record = requestFor(tags);
     bool result = false;
     const CallStatus status = client.getData(record, result);
     return answerOf(status, result, std::move(record));

@@ -13,12 +13,8 @@ protected:
         };
     }
 
-    unsigned change(const std::vector<std::pair<std::string, std::string>>& items) {
-        ManageableData record;
-        for (const auto& [tag, value] : items) {
-            record.populate(tag, value);
-        }
-        return notifier.announce(record, notifier.begin());
+    unsigned change(const Words& assignments) {
+        return notifier.announce(recordOf(assignments), notifier.begin());
     }
 
     AgentRegistrations registrations{catalogue, collections, registry, cache};
@@ -48,11 +44,11 @@ TEST_F(AgentRegistrationsTest, ObservingTwiceIsToldTwiceAndStoppedOnceATime) {
     EXPECT_EQ(registrations.observeManageableData("melody", &a, false), 1);
     EXPECT_EQ(registrations.observeManageableData("melody", &b, true), 1);
     EXPECT_EQ(registry.getNumberObservers("melody"), 1U);
-    EXPECT_EQ(change({{"melody", "1"}}), 3U);
+    EXPECT_EQ(change({"melody=1"}), 3U);
     EXPECT_TRUE(registrations.stopObservingManageableData("melody", &a));
-    EXPECT_EQ(change({{"melody", "2"}}), 2U);
+    EXPECT_EQ(change({"melody=2"}), 2U);
     EXPECT_TRUE(registrations.stopObservingManageableData("melody", &a));
-    EXPECT_EQ(change({{"melody", "3"}}), 1U);
+    EXPECT_EQ(change({"melody=3"}), 1U);
     EXPECT_TRUE(registrations.stopObservingManageableData("melody", &a)) << "not there any more";
     EXPECT_TRUE(registrations.stopObservingManageableData("melody", &b));
     EXPECT_TRUE(registrations.stopObservingManageableData("melody", &b)) << "nobody is";
@@ -74,24 +70,24 @@ TEST_F(AgentRegistrationsTest, WhatCannotBeObservedAnswersZeroAndALine) {
     EXPECT_FALSE(registrations.stopObservingManageableData("melody", nullptr));
     EXPECT_FALSE(registrations.stopObservingManageableData("pair", &a));
     EXPECT_EQ(registrations.observeManageableData(kAllData, &a, false), 1);
-    EXPECT_EQ(change({{"nothing", "1"}}), 1U);
+    EXPECT_EQ(change({"nothing=1"}), 1U);
 }
 
 TEST_F(AgentRegistrationsTest, ListsAndCollectionsObserveWhatExists) {
     EXPECT_EQ(registrations.observeManageableData("pair", &a, true), 1);
-    EXPECT_EQ(change({{"melody", "1"}, {"lazy", "2"}, {"volume", "3"}}), 1U);
+    EXPECT_EQ(change({"melody=1", "lazy=2", "volume=3"}), 1U);
     EXPECT_EQ(a.told, Texts{"melody=1 lazy=2"});
     EXPECT_EQ(registrations.observeManageableData("odd", &b, false), 0) << "one is no item";
-    EXPECT_EQ(change({{"eager", "1"}}), 1U) << "the others are observed";
+    EXPECT_EQ(change({"eager=1"}), 1U) << "the others are observed";
     using List = std::list<std::string>;
     EXPECT_EQ(registrations.observeManageableData(List{}, &b, false), 0);
     EXPECT_EQ(registrations.observeManageableData(List{"volume", "nothing", "key-1"}, &b, false),
               0);
     EXPECT_EQ(registrations.observeManageableData(List{"volume", "overlap"}, &b, false), 1);
-    EXPECT_EQ(change({{"volume", "4"}, {"key-1", "5"}}), 4U);
+    EXPECT_EQ(change({"volume=4", "key-1=5"}), 4U);
     // Collections that contain each other end, and one that is an item too is the collection.
     EXPECT_EQ(registrations.observeManageableData("loop", &a, false), 1);
-    EXPECT_EQ(change({{"plain", "1"}}), 0U);
+    EXPECT_EQ(change({"plain=1"}), 0U);
 }
 
 }  // namespace

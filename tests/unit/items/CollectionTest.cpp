@@ -28,19 +28,12 @@ protected:
         observer.told.clear();
         EXPECT_EQ(writer.setData(request), expectedResult);
         EXPECT_EQ(request.rootIds(), ids) << "the caller's list stays";
-        Texts refusals;
-        for (const RejectionSpec& refusal : request.rejections()) {
-            refusals.push_back(refusal.rootId() + ": " + refusal.reason());
-        }
-        return refusals;
+        return refusalsOf(request);
     }
 
     /// Reads `ids`; the values that stand in the answer, as "tag=value".
     Texts read(const Texts& ids, bool expectedResult) {
-        ManageableData record;
-        for (const std::string& id : ids) {
-            record.addRootId(id, nullptr);
-        }
+        ManageableData record = requestFor(ids);
         EXPECT_EQ(reader.getData(record), expectedResult);
         EXPECT_EQ(record.rootIds(), ids) << "the caller's list stays";
         Texts values;

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "LocalMgmtIfc.h"
-#include "MgmtAgentIfc.h"
 #include "data/DataCollection.h"
 #include "data/ManageableData.h"
 #include "items/AgentRegistry.h"
@@ -23,6 +22,7 @@
 #include "store/SqliteDataAccess.h"
 #include "support/SmallPhone.h"
 #include "support/TemporaryDirectory.h"
+#include "unit/items/TestAgent.h"
 
 namespace vireo::test {
 
@@ -162,28 +162,6 @@ struct WatchedStore : DataAccessServiceIfc {
     bool fails = false;
 };
 
-/// An agent or observer of the test's.
-struct TestAgent : MgmtAgentIfc {
-    bool setData(ManageableData& record) override { return !onSet || onSet(record); }
-    bool getData(ManageableData& record) override { return onGet && onGet(record); }
-    bool manageableDataChanged(ManageableData& record) override {
-        std::string text;
-        for (const std::string& rootId : record.rootIds()) {
-            std::string value;
-            record.interogate(rootId, rootId, value);
-            text += (text.empty() ? "" : " ") + rootId + "=" + value;
-        }
-        told.push_back(text);
-        return onChange && onChange(record);
-    }
-    bool resetUserData() override { return true; }
-
-    std::vector<std::string> told;
-    std::function<bool(ManageableData&)> onSet;
-    std::function<bool(ManageableData&)> onGet;
-    std::function<bool(ManageableData&)> onChange;
-};
-
 /// The item rooms wired together on a small phone and a real store.
 class ItemHouse : public ::testing::Test {
 protected:
@@ -205,18 +183,15 @@ protected:
             EXPECT_TRUE(record.populate(tag, tag, value)) << tag;
         }
         EXPECT_EQ(writer.setData(record), expectedResult);
-        std::vector<std::string> refusals;
         for (const RejectionSpec& refusal : record.rejections()) {
             EXPECT_EQ(refusal.nodePath(), "//*");
-            refusals.push_back(refusal.rootId() + ": " + refusal.reason());
         }
-        return refusals;
+        return refusalsOf(record);
     }
 
     /// The item's value as a read answers it, or "(failed)".
     std::string get(const std::string& tag) {
-        ManageableData record;
-        record.addRootId(tag, nullptr);
+        ManageableData record = requestFor({tag});
         std::string value;
         return reader.getData(record) && record.interogate(tag, tag, value) ? value : "(failed)";
     }
@@ -239,6 +214,6 @@ protected:
     ItemWriter writer{catalogue, collections, registry, bridge, notifier, ownItems};
 };
 
-using Texts = std::vector<std::string>;
+using Texts = Words;
 
 }  // namespace vireo::test

@@ -44,10 +44,7 @@ TEST_F(ItemReaderTest, SpecialItemsAreToldByWhatTheirTagsContain) {
 }
 
 TEST_F(ItemReaderTest, OneFailingItemStopsNoOther) {
-    ManageableData record;
-    for (const char* tag : {"melody", "nothing", "key-lost", "lazy"}) {
-        record.addRootId(tag, nullptr);
-    }
+    ManageableData record = requestFor({"melody", "nothing", "key-lost", "lazy"});
     store->requests.clear();
     EXPECT_FALSE(reader.getData(record));
     EXPECT_EQ(record.interogate("melody")->value(), "7");
@@ -106,10 +103,8 @@ TEST_F(ItemReaderTest, AValueReadBeforeAChangeDoesNotReplaceTheChange) {
     ASSERT_TRUE(registry.addAgent("LazyMgmtId", {&owner, false}));
     owner.onGet = [this](ManageableData& record) {
         record.populate("lazy", "old");
-        ManageableData change;
-        change.populate("lazy", "new");
-        notifier.announce(
-            change, notifier.begin());  // the owner changes it while its old answer is on the way
+        // The owner changes it while its old answer is on the way.
+        notifier.announce(recordOf({"lazy=new"}), notifier.begin());
         return true;
     };
     std::string value;
@@ -143,10 +138,7 @@ TEST_F(ItemReaderTest, OwnersAreAskedOncePerItemOrOncePerRead) {
     };
     registry.addAgent("EagerMgmtId", {&single, false});
     registry.addAgent("LazyMgmtId", {&bulk, true});
-    ManageableData record;
-    for (const char* tag : {"lazy", "eager", "lazy-2"}) {
-        record.addRootId(tag, nullptr);
-    }
+    ManageableData record = requestFor({"lazy", "eager", "lazy-2"});
     EXPECT_TRUE(reader.getData(record));
     EXPECT_EQ(bulkCalls, 1);
     EXPECT_EQ(record.rootIds(), (Texts{"lazy", "eager", "lazy-2"}));
@@ -170,10 +162,7 @@ TEST_F(ItemReaderTest, AnOwnersSchemasTakeNobodysPlace) {
         return true;
     };
     ASSERT_TRUE(registry.addAgent("EagerMgmtId", {&owner, false}));
-    ManageableData record;
-    for (const char* tag : {"volume", "eager"}) {
-        record.addRootId(tag, nullptr);
-    }
+    ManageableData record = requestFor({"volume", "eager"});
     EXPECT_TRUE(reader.getData(record));
     EXPECT_EQ(record.interogate("eager")->value(), "of the owner");
     EXPECT_EQ(record.getSchema("text"), catalogue.master().getSchema("text"));

@@ -110,15 +110,6 @@ TEST_F(ItemWriterTest, AValueWithoutThePartsOfItsSchemaIsRefusedAndTheOldOneStay
     EXPECT_EQ(get("account"), "<user>u</user><realm>s</realm>");
 }
 
-TEST_F(ItemWriterTest, NobodysItemTakesTheFormOfTheItemMap) {
-    ManageableData record;
-    record.copySchema("masterItemMap", catalogue.master());
-    record.makeDocument("masterItemMap", "plain");
-    record.addRootId("plain", nullptr);
-    EXPECT_FALSE(writer.setData(record));
-    EXPECT_EQ(get("plain"), "preset");
-}
-
 TEST_F(ItemWriterTest, RefusalsOfAnEarlierWriteDoNotCount) {
     ManageableData record;
     record.populate("melody", "5");
@@ -180,12 +171,6 @@ TEST_F(ItemWriterTest, SpecialItemsGoToTheirManagers) {
     EXPECT_TRUE(store->requests.empty());
 }
 
-TEST_F(ItemWriterTest, ABusyStateItemIsStoredLikeAnyOther) {
-    EXPECT_EQ(set({{"phone-busy-status", "513"}}, true), Texts{});
-    EXPECT_EQ(observer.told, Texts{"phone-busy-status=513"});
-    EXPECT_EQ(get("phone-busy-status"), "false");
-}
-
 TEST_F(ItemWriterTest, AFailedCommitRefusesEveryStoredItemOfTheRecord) {
     set({{"melody", "1"}, {"key-1", "1"}}, true);
     sqlite3* other = nullptr;
@@ -235,9 +220,7 @@ TEST_F(ItemWriterTest, AnOwnerMayCallBackWhileAWriteHoldsTheRegistry) {
     registry.addAgent("LazyMgmtId", {&owner, false});
     owner.onSet = [this](ManageableData& record) {
         if (record.getRootId() == "lazy") {
-            ManageableData announced;
-            announced.populate("lazy-2", "announced");
-            EXPECT_EQ(notifier.announce(announced, notifier.begin()), 1U);
+            EXPECT_EQ(notifier.announce(recordOf({"lazy-2=announced"}), notifier.begin()), 1U);
             EXPECT_EQ(set({{"volume", "5"}, {"plain", "inner"}}, true), Texts{});
             registry.addObserver("melody", {&observer, false});
             EXPECT_TRUE(observer.told.empty()) << "nobody is told while the registry is held";
@@ -257,8 +240,7 @@ TEST_F(ItemWriterTest, WhatAnOwnerAnnouncesWithoutEndWithinAWriteDoesNotPileUp) 
     std::size_t mostWaiting = 0;
     owner.onSet = [&](ManageableData& /*record*/) {
         for (std::size_t number = 1; number <= kAnnounced; ++number) {
-            ManageableData announced;
-            announced.populate("lazy-2", std::to_string(number));
+            ManageableData announced = recordOf({"lazy-2=" + std::to_string(number)});
             notifier.notify(announced, notifier.begin());
             mostWaiting = std::max(mostWaiting, number - observer.told.size());
         }
