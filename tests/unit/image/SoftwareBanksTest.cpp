@@ -113,18 +113,6 @@ TEST_F(SoftwareBanksTest, TheWayBackIsWhatHasRunAndNotWhatWasBurntBefore) {
     EXPECT_EQ(start(), Bank::eNone) << "bank a was never confirmed";
 }
 
-// The first burn of all is cut off when the bank has its name and there is no marker yet.
-TEST_F(SoftwareBanksTest, WhatWasNeverSwitchedToIsNotStarted) {
-    ASSERT_EQ(start(), Bank::eNone);
-    m_flash.onAccess = [this](long) {
-        if (m_flash.has(SoftwareBanks::fileOf(Bank::eA))) {
-            throw StorageError("the power is off");
-        }
-    };
-    EXPECT_THROW(burn(Bank::eA, "1.0"), StorageError);
-    EXPECT_EQ(start(), Bank::eNone);
-}
-
 TEST_F(SoftwareBanksTest, ATrialThatCannotBeCountedIsNotStarted) {
     put(Bank::eA, imageOf("1.0"));
     put(Bank::eB, imageOf("2.0"));
@@ -239,24 +227,6 @@ TEST_F(SoftwareBanksTest, WhatAnInterruptedBurnLeftIsRemoved) {
     for (const char* name : {"bank-a.img.new", "bank-b.img.new", "boot.new"}) {
         EXPECT_FALSE(m_flash.has(name)) << name;
     }
-}
-
-TEST_F(SoftwareBanksTest, ASwitchThatFailsLeavesTheOldOneInForce) {
-    put(Bank::eA, imageOf("1.0"));
-    put({.bank = Bank::eA});
-    ASSERT_EQ(start(), Bank::eA);
-    // The last step of the switch, when the new marker has its name already.
-    long step = 0;
-    m_flash.onAccess = [&](long) {
-        if (m_flash.has(SoftwareBanks::kMarkerFile) && marker().isTrial && ++step == 1) {
-            throw StorageError("the flash memory hiccups");
-        }
-    };
-    EXPECT_THROW(burn(Bank::eB, "2.0"), StorageError);
-    EXPECT_EQ(step > 0, true);
-    EXPECT_EQ(m_banks->view().marker, (BootMarker{.bank = Bank::eA}));
-    EXPECT_EQ(start(), Bank::eA);
-    EXPECT_EQ(marker(), (BootMarker{.bank = Bank::eA}));
 }
 
 }  // namespace
