@@ -1,12 +1,11 @@
 #pragma once
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <string>
 
 #include "image/ImageHeader.h"
+#include "support/Files.h"
 
 namespace vireo::test {
 
@@ -20,15 +19,6 @@ inline std::string noise(std::size_t size, unsigned seed = 1) {
 
 inline std::string textOfBytes(const ImageHeader::Bytes& bytes) {
     return {bytes.begin(), bytes.end()};
-}
-
-inline std::string readFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-inline void writeFile(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
 }
 
 }  // namespace vireo::test

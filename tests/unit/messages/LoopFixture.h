@@ -6,11 +6,11 @@
 #include <string>
 #include <thread>
 
-#include "../runtime/ScratchDirectory.h"
 #include "messages/MessageLoop.h"
 #include "service/Executable.h"
 #include "service/Invoker.h"
 #include "support/FramePeer.h"
+#include "support/TemporaryDirectory.h"
 #include "support/TestPorts.h"
 
 namespace vireo::test {
@@ -37,8 +37,8 @@ protected:
     void start(std::size_t maximumPeers = MessageLimits().maximumPeers);
     void stop();
 
-    ScratchDirectory m_directory;
-    std::string m_socket = m_directory / "run/vireo.sock";
+    TemporaryDirectory m_directory;
+    std::string m_socket = m_directory.file("run/vireo.sock");
     TestPorts m_log{kLogInfo};
     Executable m_executable;
     EchoInvoker m_invoker;

@@ -5,25 +5,25 @@
 #include <fstream>
 #include <string>
 
-#include "ScratchDirectory.h"
 #include "runtime/ConfigDirectory.h"
+#include "support/TemporaryDirectory.h"
 
 namespace vireo::test {
 namespace {
 
 TEST(ConfigDirectory, ReadsPlainFilesByteForByteAndRefusesTheRest) {
-    const ScratchDirectory directory;
+    const TemporaryDirectory directory;
     const std::string bytes("<dxl>\r\n\0\xff</dxl>", 16);
-    std::filesystem::create_directory(directory / "config");
-    std::ofstream(directory / "config/items.xml", std::ios::binary) << bytes;
-    std::ofstream(directory / "config/empty.xml");
-    std::ofstream(directory / "config/.hidden") << "x";
-    std::ofstream(directory / "outside.xml") << "x";
-    std::ofstream(directory / "config/huge.xml");
-    std::filesystem::resize_file(directory / "config/huge.xml", 1025);
-    std::filesystem::create_directory(directory / "config/folder");
-    ::mkfifo((directory / "config/pipe").c_str(), 0600);
-    ConfigDirectory config(directory / "config", 1024);
+    std::filesystem::create_directory(directory.file("config"));
+    std::ofstream(directory.file("config/items.xml"), std::ios::binary) << bytes;
+    std::ofstream(directory.file("config/empty.xml"));
+    std::ofstream(directory.file("config/.hidden")) << "x";
+    std::ofstream(directory.file("outside.xml")) << "x";
+    std::ofstream(directory.file("config/huge.xml"));
+    std::filesystem::resize_file(directory.file("config/huge.xml"), 1025);
+    std::filesystem::create_directory(directory.file("config/folder"));
+    ::mkfifo(directory.file("config/pipe").c_str(), 0600);
+    ConfigDirectory config(directory.file("config"), 1024);
     const struct {
         std::string name;
         bool found;
@@ -41,7 +41,7 @@ TEST(ConfigDirectory, ReadsPlainFilesByteForByteAndRefusesTheRest) {
         {"..", false, "", "no plain file name"},
         {"../outside.xml", false, "", "no plain file name"},
         {"folder/x", false, "", "no plain file name"},
-        {directory / "outside.xml", false, "", "no plain file name"},
+        {directory.file("outside.xml"), false, "", "no plain file name"},
         {std::string("items.xml\0x", 11), false, "", "no plain file name"},
     };
     for (const auto& row : rows) {

@@ -5,15 +5,16 @@
 #include <fstream>
 #include <string>
 
-#include "ScratchDirectory.h"
 #include "runtime/DeviceRoot.h"
+#include "support/Files.h"
+#include "support/TemporaryDirectory.h"
 
 namespace vireo::test {
 namespace {
 
 TEST(DeviceRoot, IsCreatedPrivatelyAndUsedAgain) {
-    const ScratchDirectory directory;
-    const std::string path = directory / "var/phone";
+    const TemporaryDirectory directory;
+    const std::string path = directory.file("var/phone");
     std::string error;
     const mode_t before = ::umask(0);
     auto root = DeviceRoot::prepare(path, error);
@@ -27,8 +28,8 @@ TEST(DeviceRoot, IsCreatedPrivatelyAndUsedAgain) {
 }
 
 TEST(DeviceRoot, TwoServicesNeverShareOne) {
-    const ScratchDirectory directory;
-    const std::string path = directory / "phone";
+    const TemporaryDirectory directory;
+    const std::string path = directory.file("phone");
     std::string error;
     const auto root = DeviceRoot::prepare(path, error);
     ASSERT_TRUE(root) << error;
@@ -40,11 +41,11 @@ TEST(DeviceRoot, TwoServicesNeverShareOne) {
 }
 
 TEST(DeviceRoot, AnUnusablePathIsNamed) {
-    const ScratchDirectory directory;
+    const TemporaryDirectory directory;
     std::string error;
     EXPECT_FALSE(DeviceRoot::prepare("", error));
     EXPECT_NE(error.find("the path is empty"), std::string::npos) << error;
-    const std::string file = directory / "file";
+    const std::string file = directory.file("file");
     std::ofstream(file) << "x";
     EXPECT_FALSE(DeviceRoot::prepare(file, error));
     EXPECT_NE(error.find("device root \"" + file + "\""), std::string::npos) << error;

@@ -4,9 +4,9 @@
 #include <fstream>
 #include <string>
 
-#include "ScratchDirectory.h"
 #include "log/Log.h"
 #include "runtime/PluginLoader.h"
+#include "support/TemporaryDirectory.h"
 
 namespace vireo::test {
 namespace {
@@ -18,14 +18,14 @@ std::string valueLibrary() {
 }
 
 TEST(PluginLoader, AFileThatCannotBeLoadedIsNamedWithTheReason) {
-    const ScratchDirectory directory;
-    const std::string text = directory / "text.so";
+    const TemporaryDirectory directory;
+    const std::string text = directory.file("text.so");
     std::ofstream(text) << "not a library";
     const struct {
         std::string file;
         std::string reason;
     } rows[] = {
-        {directory / "missing.so", "no such file"},
+        {directory.file("missing.so"), "no such file"},
         {directory.path().string(), "no such file"},
         {"", "no such file"},
         // Not searched for on the library path.

@@ -1,13 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <string>
 
-#include "ScratchDirectory.h"
 #include "data/ManageableData.h"
-#include "log/Log.h"
 #include "log/SecretMask.h"
-#include "log/SpdlogPort.h"
 #include "messages/RpcAdapter.h"
 #include "messages/ServiceXmlAdapter.h"
 
@@ -145,23 +141,6 @@ TEST(SecretMask, GetsThroughLongHostileLines) {
             SecretMask::apply(text, masked);
             EXPECT_EQ(std::string::npos, masked.find("hidden")) << part << end;
         }
-    }
-}
-
-TEST(SecretMask, WorksInTheLogFileUnlessItIsSwitchedOff) {
-    for (const bool masks : {true, false}) {
-        const ScratchDirectory directory;
-        std::string error;
-        LogOptions options;
-        options.masksSecrets = masks;
-        auto port = SpdlogPort::toFile(directory / "log", error, options);
-        ASSERT_TRUE(port) << error;
-        port->write("C", "f", kLogError, 1, "Invalid factory reset password! input=hi\nthere");
-        port.reset();
-        std::ifstream file(directory / "log");
-        std::string line;
-        std::getline(file, line);
-        EXPECT_TRUE(line.ends_with(masks ? "! input=***" : "! input=hi\\nthere")) << line;
     }
 }
 

@@ -4,34 +4,38 @@
 
 #include <ctime>
 #include <filesystem>
-#include <fstream>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "ScratchDirectory.h"
 #include "log/Log.h"
 #include "log/SpdlogPort.h"
 #include "messages/FileDescriptor.h"
+#include "support/Files.h"
+#include "support/TemporaryDirectory.h"
 
 namespace vireo::test {
 namespace {
 
-std::vector<std::string> linesOf(const std::string& file) {
-    std::ifstream in(file);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
+class SpdlogPortTest : public ::testing::Test {
+protected:
+    std::unique_ptr<SpdlogPort> open(const LogOptions& options = {}) const {
+        std::string error;
+        auto port = SpdlogPort::toFile(m_file, error, options);
+        EXPECT_TRUE(port) << error;
+        return port;
     }
-    return lines;
-}
 
-TEST(SpdlogPort, EveryLineHasTheOneFormWhateverItsText) {
-    const ScratchDirectory directory;
-    const std::string file = directory / "log/vireod.log";
-    std::string error;
-    auto port = SpdlogPort::toFile(file, error);
-    ASSERT_TRUE(port) << error;
+    std::vector<std::string> lines() const { return linesOf(readFile(m_file)); }
+
+    TemporaryDirectory m_directory;
+    const std::string m_file = m_directory.file("log/vireod.log");
+};
+
+TEST_F(SpdlogPortTest, EveryLineHasTheOneFormWhateverItsText) {
+    auto port = open();
+    ASSERT_TRUE(port);
     const struct {
         int level;
         const char* word;
@@ -51,47 +55,41 @@ TEST(SpdlogPort, EveryLineHasTheOneFormWhateverItsText) {
         port->write("Vireo Client Management", "./src/items/ItemReader", row.level, 42, row.text);
     }
     port.reset();
-    const std::vector<std::string> lines = linesOf(file);
-    ASSERT_EQ(lines.size(), std::size(rows));
-    for (std::size_t i = 0; i < lines.size(); ++i) {
+    const std::vector<std::string> written = lines();
+    ASSERT_EQ(written.size(), std::size(rows));
+    for (std::size_t i = 0; i < written.size(); ++i) {
         SCOPED_TRACE(i);
         std::tm time{};
-        const char* milliseconds = ::strptime(lines[i].c_str(), "%Y-%m-%d %H:%M:%S", &time);
-        ASSERT_NE(milliseconds, nullptr) << lines[i];
+        const char* milliseconds = ::strptime(written[i].c_str(), "%Y-%m-%d %H:%M:%S", &time);
+        ASSERT_NE(milliseconds, nullptr) << written[i];
         const std::size_t timeLength = std::string("2026-11-22 10:00:00.123 ").size();
-        ASSERT_EQ(milliseconds - lines[i].c_str(), 19);
-        EXPECT_EQ(lines[i][19], '.');
-        EXPECT_EQ(lines[i].find_first_not_of("0123456789", 20), timeLength - 1);
-        EXPECT_EQ(lines[i].substr(timeLength), std::string(rows[i].word) +
-                                                   " [Vireo Client Management] "
-                                                   "./src/items/ItemReader:42 " +
-                                                   rows[i].written);
+        ASSERT_EQ(milliseconds - written[i].c_str(), 19);
+        EXPECT_EQ(written[i][19], '.');
+        EXPECT_EQ(written[i].find_first_not_of("0123456789", 20), timeLength - 1);
+        EXPECT_EQ(written[i].substr(timeLength), std::string(rows[i].word) +
+                                                     " [Vireo Client Management] "
+                                                     "./src/items/ItemReader:42 " +
+                                                     rows[i].written);
     }
 }
 
-TEST(SpdlogPort, ErrorsAreInTheFileAtOnceAndOtherLinesSoon) {
-    const ScratchDirectory directory;
-    const std::string file = directory / "vireod.log";
-    std::string error;
-    const auto port = SpdlogPort::toFile(file, error);
-    ASSERT_TRUE(port) << error;
+TEST_F(SpdlogPortTest, ErrorsAreInTheFileAtOnceAndOtherLinesSoon) {
+    const auto port = open();
+    ASSERT_TRUE(port);
     port->write("test", "./file", kLogError, 1, "broken");
-    ASSERT_EQ(linesOf(file).size(), 1U);
+    ASSERT_EQ(lines().size(), 1U);
     const FileDescriptor watch(::inotify_init1(IN_CLOEXEC));
-    ASSERT_GE(::inotify_add_watch(watch.get(), file.c_str(), IN_MODIFY), 0);
+    ASSERT_GE(::inotify_add_watch(watch.get(), m_file.c_str(), IN_MODIFY), 0);
     port->write("test", "./file", kLogInfo, 1, "news");
     pollfd entry{watch.get(), POLLIN, 0};
     ASSERT_EQ(::poll(&entry, 1, 30000), 1);
-    EXPECT_EQ(linesOf(file).size(), 2U);
+    EXPECT_EQ(lines().size(), 2U);
 }
 
-TEST(SpdlogPort, AppendsWholeLinesFromManyThreads) {
-    const ScratchDirectory directory;
-    const std::string file = directory / "vireod.log";
-    std::ofstream(file) << "from before\n";
-    std::string error;
-    auto port = SpdlogPort::toFile(file, error);
-    ASSERT_TRUE(port) << error;
+TEST_F(SpdlogPortTest, AppendsWholeLinesFromManyThreads) {
+    writeFile(m_file, "from before\n");
+    auto port = open();
+    ASSERT_TRUE(port);
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&port] {
@@ -104,34 +102,25 @@ TEST(SpdlogPort, AppendsWholeLinesFromManyThreads) {
         thread.join();
     }
     port.reset();
-    const std::vector<std::string> lines = linesOf(file);
-    ASSERT_EQ(lines.size(), 2001U);
-    EXPECT_EQ(lines[0], "from before");
-    for (std::size_t i = 1; i < lines.size(); ++i) {
-        ASSERT_TRUE(lines[i].ends_with(' ' + std::string(300, 'x'))) << lines[i];
+    const std::vector<std::string> written = lines();
+    ASSERT_EQ(written.size(), 2001U);
+    EXPECT_EQ(written[0], "from before");
+    for (std::size_t i = 1; i < written.size(); ++i) {
+        ASSERT_TRUE(written[i].ends_with(' ' + std::string(300, 'x'))) << written[i];
     }
 }
 
-TEST(SpdlogPort, AFileThatCannotBeWrittenIsNamed) {
-    const ScratchDirectory directory;
-    std::string error;
-    EXPECT_FALSE(SpdlogPort::toFile(directory.path().string(), error));
-    EXPECT_NE(error.find('"' + directory.path().string() + '"'), std::string::npos) << error;
-}
-
-TEST(SpdlogPort, ALogThatGrowsIsRenamedAndTheOldestGoes) {
-    const ScratchDirectory directory;
-    const std::string file = directory / "vireod.log";
-    std::string error;
-    auto port = SpdlogPort::toFile(file, error, {.maximumFileBytes = 4096, .keptFiles = 2});
-    ASSERT_TRUE(port) << error;
+TEST_F(SpdlogPortTest, ALogThatGrowsIsRenamedAndTheOldestGoes) {
+    auto port = open({.maximumFileBytes = 4096, .keptFiles = 2});
+    ASSERT_TRUE(port);
     for (int i = 0; i < 100; ++i) {
         port->write("C", "f", kLogInfo, i, std::string(1000, 'x'));
     }
     port.reset();
     std::uintmax_t total = 0;
     int files = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
+    for (const auto& entry :
+         std::filesystem::directory_iterator(std::filesystem::path(m_file).parent_path())) {
         EXPECT_EQ(entry.status().permissions() & std::filesystem::perms(077),
                   std::filesystem::perms::none)
             << entry.path() << " is for its owner alone";
@@ -140,7 +129,7 @@ TEST(SpdlogPort, ALogThatGrowsIsRenamedAndTheOldestGoes) {
     }
     EXPECT_EQ(files, 3);
     EXPECT_LE(total, 3 * 4096U);
-    EXPECT_EQ(linesOf(file).back().substr(24), "info [C] f:99 " + std::string(1000, 'x'));
+    EXPECT_EQ(lines().back().substr(24), "info [C] f:99 " + std::string(1000, 'x'));
 }
 
 }  // namespace

@@ -63,6 +63,14 @@ protected:
         return id;
     }
 
+    /// Keeps this thread until timers of a millisecond are due, and the clock of the kernel has
+    /// rung.
+    static void letBeDue() {
+        const Clock::time_point due = Clock::now() + milliseconds(5);
+        while (Clock::now() < due) {
+        }
+    }
+
     Owner m_owner;
     TimerQueue m_timers{m_loop};
 };
@@ -131,10 +139,7 @@ TEST_F(TimerQueueTest, WhatIsStoppedOrRemovedOnTheMessageThreadDoesNotFireAnyMor
     onMessageThread([this] {
         const int stopped = started(1);
         const int removed = started(1);
-        // Both are due by now, and the clock of the kernel has rung.
-        const Clock::time_point due = Clock::now() + milliseconds(5);
-        while (Clock::now() < due) {
-        }
+        letBeDue();
         return m_timers.stop(stopped) + m_timers.remove(removed);
     });
     const int last = started(20);
@@ -158,9 +163,7 @@ TEST_F(TimerQueueTest, AnEventMayStopStartRemoveAndThrow) {
     onMessageThread([&] {
         const int first = started(1);
         twin = started(1);  // due in the same turn
-        const Clock::time_point due = Clock::now() + milliseconds(5);
-        while (Clock::now() < due) {
-        }
+        letBeDue();
         return first;
     });
     ASSERT_TRUE(m_owner.awaitEvents(4));
