@@ -1,13 +1,7 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
-#include <cstdlib>
-#include <filesystem>
 #include <random>
 
-#include "image/FlashDirectory.h"
 #include "signature/ImageBurn.h"
 #include "signature/ImageVerifier.h"
 #include "support/ModelFlash.h"
@@ -27,7 +21,6 @@ protected:
     BurnFaultsTest() { writeFile(m_directory.file("image"), kNew); }
 
     static void prepare(ModelFlash& flash) {
-        flash.onAccess = nullptr;
         flash.put("bank-a.img", kOld);
         flash.put("boot", BootMarker{.bank = Bank::eA}.text());
     }
@@ -58,6 +51,32 @@ protected:
             banks.confirm();
         }
         return now.running == Bank::eNone ? "none" : now.of(now.running).header->version.text();
+    }
+
+    /// Lets the flash memory fail from each access of `act` on, and looks at what is there when it
+    /// works again: everything in the first round, otherwise what a loss of power leaves, in which
+    /// that which was not synchronized is there, is not, or is there in part.
+    template <class Act, class Check>
+    static void cutAtEachAccess(Act act, Check check) {
+        std::mt19937 random(20260301);
+        for (int round = 0; round < 7; ++round) {
+            bool isCut = true;
+            for (long cut = 1; isCut && !HasFailure(); ++cut) {
+                SCOPED_TRACE("round " + std::to_string(round) + ", access " + std::to_string(cut));
+                ModelFlash flash;
+                flash.failFrom(cut);
+                try {
+                    act(flash);
+                } catch (const StorageError&) {
+                }
+                isCut = flash.accesses >= cut;
+                flash.onAccess = nullptr;
+                if (round > 0) {
+                    flash.cutPower(random);
+                }
+                check(flash);
+            }
+        }
     }
 
     TemporaryDirectory m_directory;
@@ -103,86 +122,38 @@ TEST_F(BurnFaultsTest, EachAccessThatFailsLeavesTheOldSoftwareAndTheNextBurnWork
     EXPECT_GE(failed, all - 1) << "only what is tidied up at the end may fail unseen";
 }
 
-TEST_F(BurnFaultsTest, FlashMemoryThatStaysBrokenLeavesABankThatStarts) {
-    ModelFlash counted;
-    prepare(counted);
-    burn(counted);
-    for (long failing = 1; failing <= counted.accesses; ++failing) {
-        SCOPED_TRACE("from access " + std::to_string(failing));
-        ModelFlash flash;
-        prepare(flash);
-        flash.failFrom(failing);
-        try {
-            burn(flash);
-        } catch (const StorageError&) {
-        }
-        flash.onAccess = nullptr;
-        start(flash, false);
-        EXPECT_EQ(start(flash, false), "1.0.0");
-    }
-}
-
-// The power fails at each access of a burn, of the trial start and of its confirmation; what had
-// not been synchronized is there, is not, or is there in part.
+// The power fails at each access of a burn, of the trial start and of its confirmation.
 TEST_F(BurnFaultsTest, APowerCutAtAnyMomentLeavesABankThatStarts) {
-    std::mt19937 random(20260301);
+    const auto burnAndConfirm = [this](ModelFlash& flash) {
+        prepare(flash);
+        burn(flash);
+        startAsItIs(flash, true);
+    };
     int news = 0;
     int olds = 0;
-    for (int seed = 0; seed < 6; ++seed) {
-        for (long cut = 1;; ++cut) {
-            SCOPED_TRACE("seed " + std::to_string(seed) + ", access " + std::to_string(cut));
-            ModelFlash flash;
-            prepare(flash);
-            flash.failFrom(cut);
-            try {
-                burn(flash);
-                startAsItIs(flash, true);
-            } catch (const StorageError&) {
-            }
-            const bool isCut = flash.accesses >= cut;
-            flash.onAccess = nullptr;
-            flash.cutPower(random);
-            const std::string first = start(flash, false);
-            ++(first == "2.0.0" ? news : olds);
-            EXPECT_TRUE(first == "1.0.0" || first == "2.0.0") << first;
-            // Whatever it was, the phone gets the new software at the next attempt.
-            if (start(flash, true) == "1.0.0") {
-                burn(flash);
-                EXPECT_EQ(start(flash, true), "2.0.0");
-            }
-            EXPECT_EQ(start(flash, false), "2.0.0");
-            if (!isCut || ::testing::Test::HasFailure()) {
-                break;
-            }
+    cutAtEachAccess(burnAndConfirm, [&](ModelFlash& flash) {
+        const std::string first = start(flash, false);
+        ++(first == "2.0.0" ? news : olds);
+        EXPECT_TRUE(first == "1.0.0" || first == "2.0.0") << first;
+        // Whatever it was, the phone gets the new software at the next attempt.
+        if (start(flash, true) == "1.0.0") {
+            burn(flash);
+            EXPECT_EQ(start(flash, true), "2.0.0");
         }
-    }
+        EXPECT_EQ(start(flash, false), "2.0.0");
+    });
     EXPECT_GT(news, 0);
     EXPECT_GT(olds, 0);
 }
 
 // There is no marker yet, and no bank to go back to: what was installed is the way back.
 TEST_F(BurnFaultsTest, AFirstBurnThatIsCutOffOrNotConfirmedLeavesWhatWasInstalled) {
-    std::mt19937 random(11);
     int news = 0;
-    for (int seed = 0; seed < 6; ++seed) {
-        for (long cut = 1;; ++cut) {
-            SCOPED_TRACE("seed " + std::to_string(seed) + ", access " + std::to_string(cut));
-            ModelFlash flash;
-            flash.failFrom(cut);
-            try {
-                burn(flash);
-            } catch (const StorageError&) {
-            }
-            const bool isCut = flash.accesses >= cut;
-            flash.onAccess = nullptr;
-            flash.cutPower(random);
-            news += startAsItIs(flash, false) == "2.0.0" ? 1 : 0;
-            EXPECT_EQ(startAsItIs(flash, false), "none");
-            if (!isCut || ::testing::Test::HasFailure()) {
-                break;
-            }
-        }
-    }
+    cutAtEachAccess([this](ModelFlash& flash) { burn(flash); },
+                    [&](ModelFlash& flash) {
+                        news += startAsItIs(flash, false) == "2.0.0" ? 1 : 0;
+                        EXPECT_EQ(startAsItIs(flash, false), "none");
+                    });
     EXPECT_GT(news, 0);
 }
 
@@ -277,70 +248,6 @@ TEST_F(BurnFaultsTest, AFullMediumKeepsTheOldSoftware) {
         EXPECT_EQ(start(flash, true), "1.0.0");
         EXPECT_FALSE(flash.has("bank-b.img.new"));
     }
-}
-
-long rounds() {
-    const char* const wanted = std::getenv("VIREO_BURN_ROUNDS");
-    return wanted != nullptr ? std::atol(wanted) : 40;
-}
-
-/// Burns for ever; each burn ends with the start of what was burnt and its confirmation. A byte for
-/// each of them goes to `told`.
-[[noreturn]] void burnForEver(const std::string& root, const std::string& image, int told) {
-    FlashDirectory flash(root, "flash");
-    std::atomic<bool> stopping{false};
-    for (;;) {
-        SoftwareBanks banks(flash, ImageBurn::isPayloadWhole);
-        banks.start();
-        banks.confirm();
-        std::string reason;
-        const auto opened = ImageFile::open(image, reason);
-        const auto target = banks.target(reason);
-        if (!opened || !target) {
-            ::_exit(1);
-        }
-        ImageBurn(flash, banks, stopping).run(*opened, *target, [](int) {});
-        if (::write(told, "x", 1) != 1) {
-            ::_exit(1);
-        }
-    }
-}
-
-TEST_F(BurnFaultsTest, AProcessThatIsKilledAtAnyMomentLeavesABankThatStarts) {
-    const unsigned seed = std::random_device{}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
-    const std::string root = m_directory.file("root");
-    std::filesystem::create_directories(root + "/flash");
-    writeFile(root + "/flash/bank-a.img", kOld);
-    writeFile(root + "/flash/boot", BootMarker{.bank = Bank::eA}.text());
-    long burnt = 0;
-    long interrupted = 0;
-    for (long round = 0; round < rounds() && !HasFailure(); ++round) {
-        int told[2];
-        ASSERT_EQ(::pipe(told), 0);
-        const pid_t child = ::fork();
-        if (child == 0) {
-            burnForEver(root, m_directory.file("image"), told[1]);
-        }
-        ::close(told[1]);
-        ::usleep(static_cast<useconds_t>(random() % 30'000));
-        ::kill(child, SIGKILL);
-        int status = 0;
-        ASSERT_EQ(::waitpid(child, &status, 0), child);
-        EXPECT_TRUE(WIFSIGNALED(status)) << "it has ended by itself";
-        char bytes[64];
-        burnt += std::max<ssize_t>(0, ::read(told[0], bytes, sizeof bytes));
-        ::close(told[0]);
-        interrupted += std::filesystem::exists(root + "/flash/bank-a.img.new") ||
-                       std::filesystem::exists(root + "/flash/bank-b.img.new");
-        FlashDirectory flash(root, "flash");
-        const std::string version = start(flash, random() % 2 == 0);
-        EXPECT_TRUE(version == "1.0.0" || version == "2.0.0") << "round " << round;
-    }
-    EXPECT_GT(interrupted, 0);
-    std::printf("%ld rounds, %ld burns that ended, %ld that were seen to be interrupted\n",
-                rounds(), burnt, interrupted);
 }
 
 }  // namespace

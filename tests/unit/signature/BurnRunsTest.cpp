@@ -1,3 +1,5 @@
+#include <gmock/gmock.h>
+
 #include <fstream>
 #include <thread>
 
@@ -7,28 +9,44 @@
 namespace vireo::test {
 namespace {
 
-using BurnRunsTest = SignedImagesFixture;
+using ::testing::HasSubstr;
+
+class BurnRunsTest : public SignedImagesFixture {
+protected:
+    /// Starts a burn that stands still until its reports may go on.
+    Reports& holdBurn(const std::string& path) {
+        Reports& reports = newReports();
+        reports.hold();
+        std::string error;
+        EXPECT_TRUE(m_images->burn(path, reports, error)) << error;
+        reports.awaitFirst();
+        return reports;
+    }
+    /// Why a burn is not even started.
+    std::string refusalOf(const std::string& path) {
+        std::string error;
+        EXPECT_FALSE(m_images->burn(path, m_ofRefused, error));
+        return error;
+    }
+
+    Reports& m_ofRefused = newReports();
+};
 
 TEST_F(BurnRunsTest, OneBurnAtATimeAndNoneDuringATrial) {
     runFrom(signedImage("old", "1.0"));
     const std::string content = signedImage(noise(3'000'000));
-    Reports& reports = newReports();
-    reports.hold();
-    std::string error;
-    ASSERT_TRUE(m_images->burn(write(content), reports, error)) << error;
-    reports.awaitFirst();
+    const std::string path = write(content);
+    Reports& reports = holdBurn(path);
     EXPECT_TRUE(m_images->isActive());
-    Reports& other = newReports();
-    EXPECT_FALSE(m_images->burn(m_directory.file("image"), other, error));
-    EXPECT_NE(error.find("another burn is under way"), std::string::npos) << error;
+    EXPECT_THAT(refusalOf(path), HasSubstr("another burn is under way"));
     reports.goOn();
     EXPECT_EQ(reports.all().back(), SignedImages::kDone);
     EXPECT_EQ(bank('b'), content);
     // What waits for its trial can be replaced, what is on trial cannot.
     EXPECT_EQ(burn(signedImage("newer", "3.0")).back(), SignedImages::kDone);
     open();
-    EXPECT_FALSE(m_images->burn(write(signedImage("newest", "4.0")), other, error));
-    EXPECT_NE(error.find("the software that runs is on trial"), std::string::npos) << error;
+    EXPECT_THAT(refusalOf(write(signedImage("newest", "4.0"))),
+                HasSubstr("the software that runs is on trial"));
     EXPECT_TRUE(m_banks->confirm());
     EXPECT_EQ(burn(signedImage("newest", "4.0")).back(), SignedImages::kDone);
 }
@@ -36,17 +54,12 @@ TEST_F(BurnRunsTest, OneBurnAtATimeAndNoneDuringATrial) {
 TEST_F(BurnRunsTest, TheEndOfThePhoneEndsABurnWithAFailure) {
     runFrom(signedImage("old", "1.0"));
     const auto before = names();
-    Reports& reports = newReports();
-    reports.hold();
-    std::string error;
-    ASSERT_TRUE(m_images->burn(write(signedImage(noise(3'000'000))), reports, error)) << error;
-    reports.awaitFirst();
+    const std::string path = write(signedImage(noise(3'000'000)));
+    Reports& reports = holdBurn(path);
     std::thread end([this] { m_images->stop(); });
     // It is being stopped when another burn is refused for that.
-    Reports& other = newReports();
-    do {
-        EXPECT_FALSE(m_images->burn(m_directory.file("image"), other, error));
-    } while (error.find("is being stopped") == std::string::npos);
+    while (refusalOf(path).find("is being stopped") == std::string::npos) {
+    }
     reports.goOn();
     end.join();
     EXPECT_EQ(reports.all(), (std::vector<int>{0, SignedImages::kFailed}));
@@ -72,12 +85,9 @@ TEST_F(BurnRunsTest, AnImageThatChangesMeanwhileIsNotInstalled) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.line);
         const std::string path = write(content);
-        Reports& reports = newReports();
-        reports.hold();
         std::string error;
         ASSERT_TRUE(m_images->verify(path, "desk-1", error)) << error;
-        ASSERT_TRUE(m_images->burn(path, reports, error)) << error;
-        reports.awaitFirst();
+        Reports& reports = holdBurn(path);
         row.change(path);
         reports.goOn();
         EXPECT_EQ(reports.all().back(), SignedImages::kFailed);
@@ -89,10 +99,7 @@ TEST_F(BurnRunsTest, AnImageThatChangesMeanwhileIsNotInstalled) {
 TEST_F(BurnRunsTest, FlashMemoryThatLeadsOutsideIsNotWritten) {
     std::filesystem::create_directory(m_directory.file("outside"));
     std::filesystem::create_directory_symlink(m_directory.file("outside"), root() + "/flash");
-    Reports& reports = newReports();
-    std::string error;
-    EXPECT_FALSE(m_images->burn(write(signedImage("x")), reports, error));
-    EXPECT_NE(error.find("something else than a directory"), std::string::npos) << error;
+    EXPECT_THAT(refusalOf(write(signedImage("x"))), HasSubstr("something else than a directory"));
     EXPECT_TRUE(std::filesystem::is_empty(m_directory.file("outside")));
 
     std::filesystem::remove(root() + "/flash");
@@ -113,12 +120,9 @@ TEST_F(BurnRunsTest, FullOrReadOnlyFlashMemoryKeepsTheOldImage) {
             return false;
         }
         runFrom(old);
-        std::string error;
-        Reports& reports = newReports();
-        const bool isRefused =
-            !m_images->burn(write(signedImage(noise(3'000'000))), reports, error) &&
-            error.find("has room for") != std::string::npos;
-        return isRefused && bank('a') == old && names().size() == 2 &&
+        const std::string refusal = refusalOf(write(signedImage(noise(3'000'000))));
+        return refusal.find("has room for") != std::string::npos && bank('a') == old &&
+               names().size() == 2 &&
                burn(signedImage(noise(500'000))).back() == SignedImages::kDone;
     }));
     EXPECT_TRUE(OwnMounts::run([this] {

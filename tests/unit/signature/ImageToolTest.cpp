@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -33,10 +32,6 @@ protected:
         EXPECT_EQ(outcome.out, "");
         EXPECT_TRUE(outcome.err.starts_with("vireo-image: ")) << outcome.err;
         return outcome.err.substr(13, outcome.err.find('\n') - 13);
-    }
-    unsigned modeOf(const std::string& path) const {
-        struct stat status {};
-        return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
     }
     std::size_t fileCount() const {
         return static_cast<std::size_t>(

@@ -4,7 +4,6 @@
 
 #include "signature/ImageVerifier.h"
 #include "support/SignedImage.h"
-#include "support/TemporaryDirectory.h"
 
 namespace vireo::test {
 namespace {
@@ -13,7 +12,6 @@ class ImageVerifierTest : public ::testing::Test {
 protected:
     ImageVerifierTest() {
         m_keys.add(keyNumber(1).publicKey());
-        m_keys.add(keyNumber(2).publicKey());
         m_demands.hardwareVariant = "desk-1";
     }
 
@@ -32,22 +30,9 @@ protected:
         return reason;
     }
 
-    TemporaryDirectory m_directory;
     TrustedKeys m_keys;
     ImageVerifier::Demands m_demands;
 };
-
-TEST_F(ImageVerifierTest, EveryTrustedKeyIsGood) {
-    const std::string payload = noise(1'300'000);
-    EXPECT_EQ(faultOf(signedImage(headerOf(payload), payload, keyNumber(1))), "");
-    EXPECT_EQ(faultOf(signedImage(headerOf(payload), payload, keyNumber(2))), "");
-    const std::string other = textOf(keyNumber(3).publicKey().id());
-    EXPECT_EQ(faultOf(signedImage(headerOf(payload), payload, keyNumber(3))),
-              "its key id " + other + " is none of the trusted keys");
-    EXPECT_EQ(faultOf(textOfBytes(headerOf(payload).encode()) + payload), "it is not signed");
-    m_keys = TrustedKeys();
-    EXPECT_EQ(faultOf(signedImage(payload)), "it cannot be trusted: this phone has no trusted key");
-}
 
 TEST_F(ImageVerifierTest, NoBitOfTheHeaderCanBeFlipped) {
     const std::string image = signedImage("payload");
@@ -70,12 +55,10 @@ TEST_F(ImageVerifierTest, NoBitOfThePayloadCanBeFlipped) {
     }
 }
 
-TEST_F(ImageVerifierTest, ThePhonesDemandsAreNamed) {
+TEST_F(ImageVerifierTest, ThePhonesDemandsHoldToTheVersionAndToTheByte) {
     const std::string image = signedImage("payload", "2.1.0");
-    m_demands.hardwareVariant = "desk-2";
-    EXPECT_EQ(faultOf(image), "its hardware variant is \"desk-1\", this phone is \"desk-2\"");
-    m_demands.hardwareVariant = "desk-1";
     m_demands.oldestVersion = SoftwareVersion::parse("2.1.0");
+    m_demands.room = 263;
     EXPECT_EQ(faultOf(image), "");
     m_demands.oldestVersion = SoftwareVersion::parse("2.1.0.1");
     EXPECT_EQ(faultOf(image),
@@ -84,28 +67,6 @@ TEST_F(ImageVerifierTest, ThePhonesDemandsAreNamed) {
     m_demands.room = 262;
     EXPECT_EQ(faultOf(image),
               "its payload size is 7, and the flash memory has room for 262 bytes with the header");
-    m_demands.room = 263;
-    EXPECT_EQ(faultOf(image), "");
-}
-
-// A file with a hole that large costs nothing to make, and would take long to read.
-TEST_F(ImageVerifierTest, WhatHasNoRoomIsNotReadFirst) {
-    constexpr std::uint64_t kSize = std::uint64_t{4} << 30U;
-    ImageHeader header = headerOf("x");
-    header.payloadSize = kSize;
-    m_demands.room = 1U << 30U;
-    const std::string path = m_directory.file("image");
-    writeFile(path, signedImage(header, ""));
-    if (::truncate(path.c_str(), static_cast<off_t>(kSize + ImageHeader::kSize)) != 0) {
-        GTEST_SKIP() << "no files of that size here";
-    }
-    std::string reason;
-    const auto image = ImageFile::open(path, reason);
-    ASSERT_TRUE(image) << reason;
-    EXPECT_FALSE(ImageVerifier::checkHeader(*image, m_demands, m_keys, reason));
-    EXPECT_EQ(reason,
-              "its payload size is 4294967296, and the flash memory has room for 1073741824 bytes "
-              "with the header");
 }
 
 }  // namespace

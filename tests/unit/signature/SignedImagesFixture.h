@@ -80,13 +80,13 @@ protected:
     }
 
     /// The phone starts.
-    void open(bool allowsDowngrade = false) {
+    void open() {
         m_images.reset();
         m_flash = std::make_unique<QuotaFlash>(root(), "flash");
         m_banks = std::make_unique<SoftwareBanks>(*m_flash, ImageBurn::isPayloadWhole);
         m_banks->start();
-        m_images = std::make_unique<SignedImages>(
-            *m_flash, *m_banks, ImagePolicy{"desk-1", root() + "/keys", allowsDowngrade});
+        m_images = std::make_unique<SignedImages>(*m_flash, *m_banks,
+                                                  ImagePolicy{"desk-1", root() + "/keys", false});
     }
     std::string root() const { return m_directory.file("root"); }
     std::string bank(char letter) const {
