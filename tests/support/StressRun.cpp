@@ -3,18 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <thread>
+
+#include "support/Effort.h"
 
 namespace vireo::test {
 namespace {
 
 constexpr unsigned kThreads = 20;
-
-long seconds() {
-    const char* wanted = std::getenv("VIREO_STRESS_SECONDS");
-    return wanted != nullptr ? std::atol(wanted) : 2;
-}
 
 /// Values differ in length, so that parts of two would show.
 std::string valueOf(const std::string& tag, long number) {
@@ -44,7 +40,8 @@ void StressRun::run() {
         all.push_back(&item);
     }
     writeItems(*caller, all);
-    m_end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds());
+    m_end =
+        std::chrono::steady_clock::now() + std::chrono::seconds(effort("VIREO_STRESS_SECONDS", 2));
     const std::size_t writers = m_items.size() / 2;
     std::vector<std::thread> threads;
     for (unsigned i = 0; i < kThreads; ++i) {

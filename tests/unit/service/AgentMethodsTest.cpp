@@ -30,30 +30,13 @@ protected:
         EXPECT_EQ(reply.parameters().size(), 1U);
         return reply.getBoolParameter("result", Parameter::eOut);
     }
-    void write(const std::vector<std::pair<std::string, std::string>>& items) {
-        ManageableData record;
-        for (const auto& [tag, value] : items) {
-            record.populate(tag, value);
-        }
+    void write(const Words& assignments) {
+        ManageableData record = recordOf(assignments);
         EXPECT_TRUE(service.setData(record));
     }
 
     PeerAgent agent;
 };
-
-TEST_F(AgentMethodsTest, ASenderOwnsItemsSinglyOrInBulk) {
-    EXPECT_TRUE(result(request("registerManagementIdentity", "managementId", "EagerMgmtId")));
-    EXPECT_FALSE(result(request("registerManagementIdentity", "managementId", "EagerMgmtId")));
-    EXPECT_TRUE(result(
-        bulk(request("registerManagementIdentityBulkData", "managementId", "LazyMgmtId"), true)));
-    std::vector<Texts> writes;
-    agent.onSet = [&writes](ManageableData& record) {
-        writes.push_back(record.rootIds());
-        return true;
-    };
-    write({{"lazy", "1"}, {"eager", "2"}, {"lazy-2", "3"}});
-    EXPECT_EQ(writes, (std::vector<Texts>{{"eager"}, {"lazy", "lazy-2"}}));
-}
 
 TEST_F(AgentMethodsTest, ASenderIsToldSinglyOrInBulk) {
     EXPECT_TRUE(result(request("observeData", "nodeId", "melody")));
@@ -63,21 +46,20 @@ TEST_F(AgentMethodsTest, ASenderIsToldSinglyOrInBulk) {
     Serializer::serialize(list, std::list<std::string>{"key-2", "key-1"});
     EXPECT_TRUE(result(request("observeListDataBulkData", "rootIds", list)));
     EXPECT_FALSE(result(request("observeData", "nodeId", "nothing")));
-    write({{"melody", "1"}, {"volume", "2"}, {"key-2", "3"}, {"lazy", "4"}, {"key-1", "5"}});
+    write({"melody=1", "volume=2", "key-2=3", "lazy=4", "key-1=5"});
     EXPECT_EQ(agent.told, (Texts{"melody=1", "key-2=3", "key-1=5", "volume=2 lazy=4"}))
         << "a list is told singly, whatever the method's name says";
     agent.told.clear();
     EXPECT_TRUE(result(request("stopObservingData", "nodeId", "melody")));
     EXPECT_TRUE(result(request("stopObservingData", "nodeId", "melody")));
-    write({{"melody", "6"}});
+    write({"melody=6"});
     EXPECT_TRUE(agent.told.empty());
 }
 
 TEST_F(AgentMethodsTest, AnAnnouncementAnswersHowManyWereTold) {
     EXPECT_TRUE(result(request("observeData", "nodeId", "lazy")));
     EXPECT_TRUE(result(request("observeData", "nodeId", kAllData)));
-    ManageableData record;
-    record.populate("lazy", "news");
+    const ManageableData record = recordOf({"lazy=news"});
     const Method reply =
         call(request("manageableDataChanged", "manageableData", record.serialize()));
     EXPECT_EQ(reply.getIntParameter("numObservers", Parameter::eOut), 2);

@@ -14,6 +14,7 @@
 #include "service/Invoker.h"
 #include "service/VireoClientMgmt.h"
 #include "store/SqliteDataAccess.h"
+#include "support/Records.h"
 #include "support/SmallPhone.h"
 #include "support/TemporaryDirectory.h"
 

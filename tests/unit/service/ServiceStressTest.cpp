@@ -47,8 +47,7 @@ public:
                 m_service.clearPhoneBusyStatus(m_busyBit);
                 break;
             case 7:
-                record.addRootId("pair", nullptr);
-                record.addRootId("overlap", nullptr);
+                record = requestFor({"pair", "overlap"});
                 EXPECT_TRUE(m_service.getData(record));
                 EXPECT_TRUE(record.getDocument("melody") && record.getDocument("volume"));
                 break;
@@ -62,8 +61,7 @@ public:
 
 private:
     void warnOfMemory() {
-        ManageableData record;
-        record.populate("memory-monitor-remote-callback", "1");
+        ManageableData record = recordOf({"memory-monitor-remote-callback=1"});
         EXPECT_TRUE(m_service.setData(record));
     }
 

@@ -5,21 +5,17 @@
 #include <mutex>
 #include <thread>
 
-#include "MgmtAgentIfc.h"
+#include "support/Effort.h"
+#include "unit/items/ItemHouse.h"
 #include "unit/service/ServiceHouse.h"
 
 namespace vireo::test {
 namespace {
 
-using Values = std::vector<std::string>;
+using Values = Words;
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kObservers = 100;
-
-long seconds() {
-    const char* wanted = std::getenv("VIREO_STRESS_SECONDS");
-    return wanted != nullptr ? std::atol(wanted) : 2;
-}
 
 std::string valueOf(const ManageableData& record, const std::string& tag) {
     std::string value;
@@ -28,43 +24,35 @@ std::string valueOf(const ManageableData& record, const std::string& tag) {
 }
 
 /// Takes all but values that end in 7.
-struct FussyOwner : MgmtAgentIfc {
-    bool getData(ManageableData& /*record*/) override { return false; }
-    bool setData(ManageableData& record) override {
-        bool result = true;
-        for (const std::string& tag : record.rootIds()) {
-            if (valueOf(record, tag).back() == '7') {
-                record.addRejectReason(tag, "//*", "not this one");
-                result = false;
-            }
+bool takeMost(ManageableData& record) {
+    bool result = true;
+    for (const std::string& tag : record.rootIds()) {
+        if (valueOf(record, tag).back() == '7') {
+            record.addRejectReason(tag, "//*", "not this one");
+            result = false;
         }
-        return result;
     }
-    bool manageableDataChanged(ManageableData& /*record*/) override { return true; }
-    bool resetUserData() override { return true; }
-};
+    return result;
+}
 
 /// Puts down what it is told of each item, from whatever thread.
-struct Watcher : MgmtAgentIfc {
-    bool getData(ManageableData& /*record*/) override { return false; }
-    bool setData(ManageableData& /*record*/) override { return false; }
+struct Watcher : TestAgent {
     bool manageableDataChanged(ManageableData& record) override {
         const std::lock_guard lock(mutex);
         for (const std::string& tag : record.rootIds()) {
-            told[tag].push_back(valueOf(record, tag));
+            byItem[tag].push_back(valueOf(record, tag));
         }
         return true;
     }
-    bool resetUserData() override { return true; }
 
     std::mutex mutex;
-    std::map<std::string, Values> told;
+    std::map<std::string, Values> byItem;
 };
 
 /// The real store, with the values that one column took, in the order in which it took them.
-struct RecordingStore : Executable, DataAccessServiceIfc {
+struct RecordingStore : Executable, WatchedStore {
     RecordingStore(DataAccessServiceIfc& store, const std::string& column)
-        : real(store), opening("<" + column + ">"), closing("</" + column + ">") {}
+        : WatchedStore(store), opening("<" + column + ">"), closing("</" + column + ">") {}
 
     std::string request(const std::string& text) override {
         const std::lock_guard lock(mutex);
@@ -75,11 +63,7 @@ struct RecordingStore : Executable, DataAccessServiceIfc {
         }
         return real.request(text);
     }
-    void beginUpdate() override { real.beginUpdate(); }
-    bool commitUpdate() override { return real.commitUpdate(); }
-    bool isRebootRequired() override { return real.isRebootRequired(); }
 
-    DataAccessServiceIfc& real;
     const std::string opening;
     const std::string closing;
     std::mutex mutex;
@@ -132,8 +116,10 @@ TEST_F(ServiceTranscript, ObserversHearEveryAcceptedWriteInOrder) {
     RecordingStore recorder(*store, "Melody");
     context.store = &recorder;
     start();
-    FussyOwner single;
-    FussyOwner bulk;
+    TestAgent single;
+    TestAgent bulk;
+    single.onSet = takeMost;
+    bulk.onSet = takeMost;
     EXPECT_TRUE(service.registerManagementIdentity("EagerMgmtId", &single, false));
     EXPECT_TRUE(service.registerManagementIdentity("LazyMgmtId", &bulk, true));
     std::deque<Writer> writers;
@@ -147,7 +133,8 @@ TEST_F(ServiceTranscript, ObserversHearEveryAcceptedWriteInOrder) {
         const std::string tag = i % 10 == 0 ? "all-data" : tags[i % tags.size()];
         EXPECT_EQ(service.observeManageableData(tag, &watchers[i], i % 3 == 0), 1) << tag;
     }
-    const Clock::time_point end = Clock::now() + std::chrono::seconds(seconds());
+    const Clock::time_point end =
+        Clock::now() + std::chrono::seconds(effort("VIREO_STRESS_SECONDS", 2));
     std::vector<std::thread> threads;
     for (Writer& writer : writers) {
         threads.emplace_back([&writer, end] { writer.run(end); });
@@ -162,14 +149,13 @@ TEST_F(ServiceTranscript, ObserversHearEveryAcceptedWriteInOrder) {
     accepted["melody"] = recorder.taken;
     EXPECT_EQ(accepted.size(), tags.size());
     for (std::size_t i = 0; i < kObservers; ++i) {
-        EXPECT_EQ(watchers[i].told.size(), i % 10 == 0 ? tags.size() : 1);
-        for (const auto& [tag, values] : watchers[i].told) {
+        EXPECT_EQ(watchers[i].byItem.size(), i % 10 == 0 ? tags.size() : 1);
+        for (const auto& [tag, values] : watchers[i].byItem) {
             EXPECT_TRUE(values == accepted[tag])
                 << tag << ": " << values.size() << " of " << accepted[tag].size();
         }
     }
-    ManageableData last;
-    last.addRootId("melody", nullptr);
+    ManageableData last = requestFor({"melody"});
     ASSERT_TRUE(service.getData(last));
     EXPECT_EQ(valueOf(last, "melody"), accepted["melody"].back());
 }

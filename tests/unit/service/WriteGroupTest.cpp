@@ -1,11 +1,9 @@
 #include <sqlite3.h>
 
-#include <functional>
 #include <memory>
-#include <utility>
 
-#include "MgmtAgentIfc.h"
 #include "support/FullDisk.h"
+#include "unit/items/TestAgent.h"
 #include "unit/service/ServiceHouse.h"
 
 namespace vireo::test {
@@ -35,24 +33,6 @@ struct PostponableResponse : TestResponse {
     std::shared_ptr<TestResponse> later;
 };
 
-struct Watcher : MgmtAgentIfc {
-    bool getData(ManageableData& /*record*/) override { return false; }
-    bool setData(ManageableData& /*record*/) override { return false; }
-    bool manageableDataChanged(ManageableData& record) override {
-        for (const std::string& tag : record.rootIds()) {
-            told += tag + "=" + record.interogate(tag)->value() + " ";
-        }
-        if (const auto once = std::exchange(whenTold, {})) {
-            once();
-        }
-        return true;
-    }
-    bool resetUserData() override { return true; }
-
-    std::string told;
-    std::function<void()> whenTold;
-};
-
 class WriteGroupTest : public ServiceHouse {
 protected:
     WriteGroupTest() {
@@ -60,21 +40,16 @@ protected:
         service.observeManageableData("all-data", &watcher, false);
     }
 
-    void message(PostponableResponse& response, const char* method,
-                 const std::vector<std::pair<std::string, std::string>>& values) {
-        ManageableData record;
-        for (const auto& [tag, value] : values) {
-            record.populate(tag, value);
-        }
+    void message(PostponableResponse& response, const char* method, const Words& assignments) {
         Method request(method, Method::eRequest);
-        request.addStringParameter("manageableData", Parameter::eInOut, record.serialize());
+        request.addStringParameter("manageableData", Parameter::eInOut,
+                                   recordOf(assignments).serialize());
         std::string bytes;
         RpcAdapter::encodeText(request, bytes);
         invoker.handleMessage(&service, bytes.data(), static_cast<int>(bytes.size()), &response);
     }
     std::string valueOf(const std::string& tag) {
-        ManageableData record;
-        record.addRootId(tag, nullptr);
+        ManageableData record = requestFor({tag});
         EXPECT_TRUE(service.getData(record));
         return record.interogate(tag)->value();
     }
@@ -96,41 +71,41 @@ protected:
         return found;
     }
 
-    Watcher watcher;
+    TestAgent watcher;
     PostponableResponse first;
     PostponableResponse second;
 };
 
 TEST_F(WriteGroupTest, IsAnsweredAndToldWhenItIsCommitted) {
-    message(first, "setData", {{"melody", "a"}});
-    message(second, "setData", {{"volume", "b"}});
+    message(first, "setData", {"melody=a"});
+    message(second, "setData", {"volume=b"});
     EXPECT_EQ(committed("Melody"), "");
-    EXPECT_EQ(watcher.told, "");
+    EXPECT_EQ(watcher.told, Words{});
     EXPECT_FALSE(first.isAnswered() || second.isAnswered());
     invoker.endTurn(&service);
     EXPECT_EQ(committed("Melody") + committed("Volume"), "ab");
-    EXPECT_EQ(watcher.told, "melody=a volume=b ");
+    EXPECT_EQ(watcher.told, (Words{"melody=a", "volume=b"}));
     EXPECT_EQ(first.later->sends, 1);
     EXPECT_EQ(second.later->sends, 1);
     EXPECT_EQ(first.refusal() + second.refusal(), "");
 }
 
 TEST_F(WriteGroupTest, IsRefusedAsAWholeWhenTheCommitFails) {
-    message(first, "setData", {{"melody", "kept"}});
+    message(first, "setData", {"melody=kept"});
     invoker.endTurn(&service);
     watcher.told.clear();
     {
         const FullDisk full;
-        message(first, "setData", {{"melody", "lost"}});
-        message(second, "setData", {{"volume", "lost"}});
+        message(first, "setData", {"melody=lost"});
+        message(second, "setData", {"volume=lost"});
         invoker.endTurn(&service);
     }
     EXPECT_EQ(first.refusal(), "Unknown");
     EXPECT_EQ(second.refusal(), "Unknown");
     EXPECT_EQ(valueOf("melody"), "kept");
-    EXPECT_EQ(watcher.told, "");
+    EXPECT_EQ(watcher.told, Words{});
     PostponableResponse again;
-    message(again, "setData", {{"melody", "new"}});
+    message(again, "setData", {"melody=new"});
     invoker.endTurn(&service);
     EXPECT_EQ(again.refusal(), "");
     EXPECT_EQ(committed("Melody"), "new");
@@ -150,9 +125,9 @@ TEST_F(WriteGroupTest, EndsBeforeWhateverMightSeeOrHoldItUp) {
     int number = 0;
     for (const auto& row : rows) {
         PostponableResponse written;
-        message(written, "setData", {{"melody", std::to_string(++number)}});
+        message(written, "setData", {"melody=" + std::to_string(++number)});
         PostponableResponse other;
-        message(other, row.method, {{row.tag, std::to_string(number)}});
+        message(other, row.method, {row.tag + "=" + std::to_string(number)});
         EXPECT_EQ(written.isAnswered(), row.ends) << row.method << " " << row.tag;
         invoker.endTurn(&service);
         EXPECT_TRUE(written.isAnswered());
@@ -160,37 +135,39 @@ TEST_F(WriteGroupTest, EndsBeforeWhateverMightSeeOrHoldItUp) {
 }
 
 TEST_F(WriteGroupTest, TakesNeitherOtherItemsNorSeveral) {
-    message(first, "setData", {{"melody", "a"}, {"volume", "b"}});
+    message(first, "setData", {"melody=a", "volume=b"});
     EXPECT_EQ(first.sends, 1);
     for (const char* tag : {"plain", "lazy-2", "eager", "pair", "unknown", "software"}) {
         PostponableResponse response;
-        message(response, "setData", {{tag, "x"}});
+        message(response, "setData", {std::string(tag) + "=x"});
         EXPECT_EQ(response.sends, 1) << tag;
     }
 }
 
 TEST_F(WriteGroupTest, IsAnsweredWhileAnObserverOfAnotherWriteWaits) {
-    message(first, "setData", {{"melody", "a"}});
-    message(second, "setData", {{"volume", "b"}});
+    message(first, "setData", {"melody=a"});
+    message(second, "setData", {"volume=b"});
     bool isAnswered = false;
-    watcher.whenTold = [&] {
-        invoker.endTurn(&service);
-        isAnswered = second.isAnswered();
+    watcher.onChange = [&](ManageableData& /*record*/) {
+        if (!isAnswered) {
+            invoker.endTurn(&service);
+            isAnswered = second.isAnswered();
+        }
+        return true;
     };
     invoker.endTurn(&service);
     EXPECT_TRUE(isAnswered);
     EXPECT_EQ(first.later->sends + second.later->sends, 2);
-    EXPECT_EQ(watcher.told, "melody=a volume=b ");
+    EXPECT_EQ(watcher.told, (Words{"melody=a", "volume=b"}));
 }
 
 TEST_F(WriteGroupTest, IsToldBeforeALaterWriteOfItsItem) {
-    message(first, "setData", {{"melody", "1"}});
-    ManageableData record;
-    record.populate("melody", "2");
+    message(first, "setData", {"melody=1"});
+    ManageableData record = recordOf({"melody=2"});
     EXPECT_TRUE(service.setData(record)) << "commits what is there";
-    message(second, "setData", {{"melody", "3"}});
+    message(second, "setData", {"melody=3"});
     invoker.endTurn(&service);
-    EXPECT_EQ(watcher.told, "melody=1 melody=2 melody=3 ");
+    EXPECT_EQ(watcher.told, (Words{"melody=1", "melody=2", "melody=3"}));
     EXPECT_EQ(committed("Melody"), "3");
 }
 
