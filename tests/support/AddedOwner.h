@@ -1,7 +1,6 @@
 #pragma once
 
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -20,13 +19,12 @@ inline void addOwner(const RunningPhone& phone, const std::string& managementId,
     }
     items << "</document></dxl>";
     const std::string path = phone.config("vcmsInit.xml");
-    std::ifstream before(path);
-    std::string services{std::istreambuf_iterator<char>(before), {}};
+    std::string services = readFile(path);
     services.insert(services.find("</document>"), "<service><import>" + managementId +
                                                       ".xml</import><managementId>" + managementId +
                                                       "</managementId><itemMap>" + managementId +
                                                       "Items</itemMap></service>");
-    std::ofstream(path) << services;
+    writeFile(path, services);
 }
 
 }  // namespace vireo::test

@@ -5,8 +5,9 @@
 #include <unistd.h>
 
 #include <fstream>
-#include <sstream>
 #include <stdexcept>
+
+#include "support/Files.h"
 
 namespace vireo::test {
 namespace {
@@ -85,9 +86,7 @@ void HttpsServer::makeCertificate(const std::string& name, const std::string& su
 }
 
 std::string HttpsServer::certificate(const std::string& file) const {
-    std::ostringstream text;
-    text << std::ifstream(m_own.file(file)).rdbuf();
-    return text.str();
+    return readFile(m_own.file(file));
 }
 
 std::string HttpsServer::settings(bool isHolding) const {

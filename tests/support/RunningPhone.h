@@ -11,6 +11,7 @@
 #include "LocalMgmtClient.h"
 #include "data/ManageableData.h"
 #include "support/ChildProcess.h"
+#include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
 namespace vireo::test {
@@ -44,6 +45,11 @@ public:
             ADD_FAILURE() << "vireod did not start: " << line << process->finish().err;
         }
     }
+    /// Ends it as its administrator does.
+    void stop() {
+        process->kill(SIGTERM);
+        EXPECT_EQ(process->finish().exitCode, 0);
+    }
     /// Kills it as a crash would, and waits until it is gone.
     void crash() {
         process->kill(SIGKILL);
@@ -59,11 +65,20 @@ public:
         return client;
     }
 
-    /// Runs vireoctl against this phone.
+    /// What runs vireoctl against this phone.
+    std::vector<std::string> ctlCommand(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), {VIREOCTL, "--socket", socket()});
+        return arguments;
+    }
     Outcome ctl(const std::vector<std::string>& arguments) const {
-        std::vector<std::string> command{VIREOCTL, "--socket", socket()};
-        command.insert(command.end(), arguments.begin(), arguments.end());
-        return ChildProcess::run(command);
+        return ChildProcess::run(ctlCommand(arguments));
+    }
+
+    /// Writes items, each given as "tag=value".
+    void set(std::vector<std::string> items) const {
+        items.insert(items.begin(), "set");
+        const Outcome written = ctl(items);
+        EXPECT_EQ(written.exitCode, 0) << written.err;
     }
 
     /// A file of its own configuration.
@@ -71,6 +86,7 @@ public:
     std::string root() const { return m_directory.file("root"); }
     std::string socket() const { return m_directory.file("run/vireo.sock"); }
     std::string logFile() const { return m_directory.file("log"); }
+    std::string log() const { return readFile(logFile()); }
     std::string storeFile() const { return root() + "/data/das/store.db"; }
     std::string file(const std::string& name) const { return m_directory.file(name); }
 

@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "support/ChildProcess.h"
+#include "support/Files.h"
+#include "support/ProcessState.h"
 #include "support/TemporaryDirectory.h"
 #include "support/TrapReceiver.h"
 
@@ -48,10 +50,7 @@ public:
 
     const std::string& port() const { return m_port; }
     std::string logFile() const { return m_own.file("log"); }
-    std::string text() const {
-        std::ifstream file(logFile());
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string text() const { return readFile(logFile()); }
     /// The lines of traps, as soon as there are so many; those that are there when they do not come
     /// in time.
     std::vector<std::string> lines(
@@ -89,8 +88,10 @@ private:
         command.push_back(m_place);
         const std::size_t before = text().size();
         m_process = std::make_unique<ChildProcess>(command);
-        waitFor([&] { return text().find("NET-SNMP version", before) != std::string::npos; },
-                "snmptrapd did not start");
+        if (!eventually(
+                [&] { return text().find("NET-SNMP version", before) != std::string::npos; })) {
+            throw std::runtime_error("snmptrapd did not start");
+        }
     }
     static std::string program() {
         for (const char* path : {"/usr/sbin/snmptrapd", "/usr/local/sbin/snmptrapd"}) {
@@ -99,16 +100,6 @@ private:
             }
         }
         return {};
-    }
-    template <class Condition>
-    static void waitFor(Condition&& isMet, const char* failure) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!isMet()) {
-            if (std::chrono::steady_clock::now() > end) {
-                throw std::runtime_error(failure);
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
     }
     std::vector<std::string> trapLines() const {
         std::vector<std::string> found;

@@ -1,8 +1,6 @@
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <sstream>
-#include <thread>
 
 #include "support/Enclosure.h"
 #include "support/RunningPhone.h"
@@ -13,22 +11,11 @@ namespace {
 namespace fs = std::filesystem;
 using Change = std::function<void(const RunningPhone&)>;
 
-std::string textOf(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
-
-void write(const std::string& file, const std::string& text) {
-    std::ofstream(file, std::ios::binary | std::ios::trunc) << text;
-}
-
 void replaceIn(const std::string& file, const std::string& from, const std::string& to) {
-    std::string text = textOf(file);
+    std::string text = readFile(file);
     const std::size_t at = text.find(from);
     ASSERT_NE(at, std::string::npos) << from;
-    write(file, text.replace(at, from.size(), to));
+    writeFile(file, text.replace(at, from.size(), to));
 }
 
 /// How many lines hold `part`.
@@ -51,6 +38,10 @@ bool becomesWritable(const RunningPhone& phone, const std::string& value) {
         EXPECT_EQ(outcome.exitCode, 1) << outcome.err;
     }
     return false;
+}
+
+void bringStoreBack(const RunningPhone& phone) {
+    fs::rename(phone.config("away"), phone.config("store.xml"));
 }
 
 struct Case {
@@ -76,11 +67,11 @@ TEST(BrokenStart, EveryMessageIsAnsweredAndOneLineSaysWhatIsWrong) {
         {"an item map with a missing schema element",
          [](const RunningPhone& phone) {
              const std::string file = phone.config("OwnItems.xml");
-             const std::string text = textOf(file);
+             const std::string text = readFile(file);
              const std::size_t begin =
                  text.find("<schema>", text.find("<rootId>ringer-melody</rootId>"));
              const std::size_t end = text.find("</schema>", begin) + 9;
-             write(file, text.substr(0, begin) + text.substr(end));
+             writeFile(file, text.substr(0, begin) + text.substr(end));
          },
          {"a row of ", "it begins with ringer-melody"},
          "language = en\n"},
@@ -90,30 +81,25 @@ TEST(BrokenStart, EveryMessageIsAnsweredAndOneLineSaysWhatIsWrong) {
          },
          {"STORE CLOSED", "store.xml: No such file"},
          "",
-         [](const RunningPhone& phone) {
-             fs::rename(phone.config("away"), phone.config("store.xml"));
-         }},
+         bringStoreBack},
         {"a bad store.xml",
          [](const RunningPhone& phone) {
              fs::copy(phone.config("store.xml"), phone.config("away"));
-             write(phone.config("store.xml"), "<store><table/></store>");
+             writeFile(phone.config("store.xml"), "<store><table/></store>");
          },
          {"STORE CLOSED", "store.xml", "a table without a name"},
          "",
-         [](const RunningPhone& phone) {
-             fs::rename(phone.config("away"), phone.config("store.xml"));
-         }},
+         bringStoreBack},
         {"no way to the store, and then there is one",
-         [](const RunningPhone& phone) { write(phone.root() + "/data", "x"); },
+         [](const RunningPhone& phone) { writeFile(phone.root() + "/data", "x"); },
          {"STORE CLOSED", "Not a directory"},
          "",
          [](const RunningPhone& phone) { fs::remove(phone.root() + "/data"); }},
         {"a damaged store",
          [](const RunningPhone& phone) {
-             fs::create_directories(fs::path(phone.storeFile()).parent_path());
              // The log alone would bring everything back.
              for (const char* suffix : {"", "-wal"}) {
-                 write(phone.storeFile() + suffix, std::string(5000, 'g'));
+                 writeFile(phone.storeFile() + suffix, std::string(5000, 'g'));
              }
          },
          {"STORE DAMAGED", "store.db.damaged-1"},
@@ -140,9 +126,8 @@ TEST(BrokenStart, EveryMessageIsAnsweredAndOneLineSaysWhatIsWrong) {
             EXPECT_TRUE(becomesWritable(phone, "repaired"));
             EXPECT_EQ(phone.ctl({"get", "ringer-melody"}).out, "ringer-melody = repaired\n");
         }
-        phone.process->kill(SIGTERM);
-        EXPECT_EQ(phone.process->finish().exitCode, 0);
-        const std::string log = textOf(phone.logFile());
+        phone.stop();
+        const std::string log = phone.log();
         for (const std::string& part : test.line) {
             EXPECT_EQ(lines(log, part), 1) << part << "\n" << log;
         }
@@ -175,7 +160,7 @@ TEST_F(BrokenDisk, AReadOnlyRootIsReadAlsoWhatStandsInTheLogAlone) {
     for (const bool isKilled : {true, false}) {
         SCOPED_TRACE(isKilled ? "the last one was killed" : "the last one was stopped");
         RunningPhone phone;
-        ASSERT_EQ(phone.ctl({"set", "ringer-melody=kept", "key-label-1=Home"}).exitCode, 0);
+        phone.set({"ringer-melody=kept", "key-label-1=Home"});
         phone.process->kill(isKilled ? SIGKILL : SIGTERM);
         phone.process->finish();
         ASSERT_EQ(fs::exists(phone.storeFile() + "-wal"), isKilled);
@@ -196,7 +181,7 @@ TEST_F(BrokenDisk, AReadOnlyRootIsReadAlsoWhatStandsInTheLogAlone) {
         phone.start();
         EXPECT_EQ(phone.ctl({"get", "ringer-melody", "key-label-1"}).out,
                   "ringer-melody = new\nkey-label-1 = Home\n");
-        const std::string log = textOf(phone.logFile());
+        const std::string log = phone.log();
         EXPECT_EQ(lines(log, "STORE READ-ONLY"), 1) << log;
         EXPECT_EQ(lines(log, phone.storeFile() + ": Read-only file system"), 1) << log;
         EXPECT_EQ(lines(log, "STORE OPEN"), 1) << log;
@@ -213,7 +198,7 @@ TEST_F(BrokenDisk, AFullDiskRefusesWritesUntilThereIsRoomAndLosesNothing) {
         if (hasStore) {
             phone.start();
             before = "ringer-melody = kept\n";
-            ASSERT_EQ(phone.ctl({"set", "ringer-melody=kept"}).exitCode, 0);
+            phone.set({"ringer-melody=kept"});
             phone.crash();
         }
         fs::rename(phone.root(), seed);
@@ -234,7 +219,7 @@ TEST_F(BrokenDisk, AFullDiskRefusesWritesUntilThereIsRoomAndLosesNothing) {
             Enclosure::fill(inside(phone), phone.root());
         }
         stop(phone);
-        const std::string log = textOf(phone.logFile());
+        const std::string log = phone.log();
         EXPECT_EQ(lines(log, "STORE READ-ONLY") + lines(log, "STORE NOT WRITTEN"), 2) << log;
         EXPECT_EQ(lines(log, "STORE OPEN") + lines(log, "STORE WRITTEN AGAIN"), 2) << log;
     }
@@ -253,7 +238,7 @@ TEST_F(BrokenDisk, ALogFileThatCannotBeWrittenStopsNothing) {
     ASSERT_TRUE(Enclosure::makeRoom(inside(phone), phone.root()));
     EXPECT_TRUE(becomesWritable(phone, "room"));
     EXPECT_EQ(phone.ctl({"set", "vlan-id=1"}).exitCode, 1);
-    EXPECT_GE(lines(textOf(Enclosure::seenBy(inside(phone), log)), "vlan-id"), 1);
+    EXPECT_GE(lines(readFile(Enclosure::seenBy(inside(phone), log)), "vlan-id"), 1);
     ::kill(inside(phone), SIGTERM);
     EXPECT_EQ(lines(phone.process->finish().err, "log lines are lost"), 1);
 

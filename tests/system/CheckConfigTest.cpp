@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "support/ChildProcess.h"
+#include "support/Files.h"
 #include "support/TemporaryDirectory.h"
 
 namespace vireo::test {
@@ -41,27 +40,13 @@ std::string mapping(const std::string& tag, const std::string& node, const std::
            table + "</dasSchemaName><dasItemName>" + column + "</dasItemName></item>";
 }
 
-std::string contentOf(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 void make(const fs::path& directory, const Mistake& mistake) {
     const fs::path file = directory / mistake.file;
-    std::string content = fs::exists(file) ? contentOf(file) : "";
+    std::string content = readFile(file);
     const std::size_t at = mistake.text.empty() ? content.size() : content.find(mistake.text);
     ASSERT_NE(at, std::string::npos) << mistake.text;
     content.replace(at, mistake.text.size(), mistake.replacement);
-    std::ofstream(file, std::ios::binary) << content;
-}
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    for (std::size_t start = 0, end; (end = text.find('\n', start)) != std::string::npos;
-         start = end + 1) {
-        lines.push_back(text.substr(start, end - start));
-    }
-    return lines;
+    writeFile(file, content);
 }
 
 /// Exactly the expected findings, and a last line that counts them.

@@ -1,11 +1,12 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <fstream>
 #include <random>
 #include <thread>
 
+#include "support/Effort.h"
+#include "support/ItemCalls.h"
 #include "support/RunningPhone.h"
 
 namespace vireo::test {
@@ -14,7 +15,7 @@ namespace {
 // A plain item, one of another table, and one in an indexed table: three tables, one record.
 constexpr const char* kTags[] = {"ringer-melody", "sip-server", "key-label-1"};
 
-ManageableData recordOf(long number) {
+ManageableData numberedRecord(long number) {
     ManageableData record;
     for (const char* tag : kTags) {
         record.populate(tag, std::to_string(number));
@@ -31,7 +32,7 @@ struct Progress {
 /// Writes ascending numbers after those of `progress` until the service is gone.
 Progress writeUntilGone(LocalMgmtClient& client, Progress progress) {
     while (true) {
-        ManageableData record = recordOf(++progress.sent);
+        ManageableData record = numberedRecord(++progress.sent);
         bool result = false;
         if (client.setData(record, result) != CallStatus::eDone) {
             return progress;
@@ -43,28 +44,13 @@ Progress writeUntilGone(LocalMgmtClient& client, Progress progress) {
 
 /// The number that all items of the record have in common.
 long readNumber(LocalMgmtClient& client) {
-    ManageableData record;
+    const ItemAnswer answer = readItems(client, {std::begin(kTags), std::end(kTags)});
+    EXPECT_TRUE(answer.result);
+    const std::string first = answer.value(kTags[0]);
     for (const char* tag : kTags) {
-        record.addRootId(tag, nullptr);
-    }
-    bool result = false;
-    EXPECT_EQ(client.getData(record, result), CallStatus::eDone);
-    EXPECT_TRUE(result);
-    std::string first;
-    for (const char* tag : kTags) {
-        std::string value;
-        EXPECT_TRUE(record.interogate(tag, tag, value));
-        if (tag == kTags[0]) {
-            first = value;
-        }
-        EXPECT_EQ(value, first) << "a record is written whole or not at all";
+        EXPECT_EQ(answer.value(tag), first) << "a record is written whole or not at all";
     }
     return std::atol(first.c_str());
-}
-
-long rounds() {
-    const char* wanted = std::getenv("VIREO_CRASH_ROUNDS");
-    return wanted != nullptr ? std::atol(wanted) : 300;
 }
 
 TEST(Crash, NothingAcknowledgedIsLostWheneverTheServiceIsKilled) {
@@ -72,7 +58,7 @@ TEST(Crash, NothingAcknowledgedIsLostWheneverTheServiceIsKilled) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     RunningPhone phone;
-    ManageableData initial = recordOf(0);
+    ManageableData initial = numberedRecord(0);
     bool result = false;
     const auto began = std::chrono::steady_clock::now();
     ASSERT_EQ(phone.connect()->setData(initial, result), CallStatus::eDone);
@@ -83,7 +69,8 @@ TEST(Crash, NothingAcknowledgedIsLostWheneverTheServiceIsKilled) {
         0, std::max<std::chrono::microseconds::rep>(12000, twoWrites.count()));
     Progress progress{0, 0};
     long writes = 0;
-    for (long round = 0; round < rounds() && !::testing::Test::HasFailure(); ++round) {
+    const long rounds = effort("VIREO_CRASH_ROUNDS", 300);
+    for (long round = 0; round < rounds && !::testing::Test::HasFailure(); ++round) {
         auto client = phone.connect();
         ASSERT_TRUE(client);
         const std::chrono::microseconds delay(microseconds(random));
@@ -105,7 +92,7 @@ TEST(Crash, NothingAcknowledgedIsLostWheneverTheServiceIsKilled) {
         progress.acknowledged = kept;
     }
     EXPECT_GT(writes, 0);
-    std::printf("%ld rounds, %ld acknowledged writes\n", rounds(), writes);
+    std::printf("%ld rounds, %ld acknowledged writes\n", rounds, writes);
 }
 
 TEST(Crash, TheStoreIsSyncedBeforeTheReplyIsSent) {
@@ -118,7 +105,7 @@ TEST(Crash, TheStoreIsSyncedBeforeTheReplyIsSent) {
                         "trace=fsync,fdatasync,sendmsg,sendto,writev", "-o", trace});
     const auto client = phone.connect();
     ASSERT_TRUE(client);
-    ManageableData record = recordOf(1);
+    ManageableData record = numberedRecord(1);
     bool result = false;
     ASSERT_EQ(client->setData(record, result), CallStatus::eDone);
     // The tracer goes with its last process: stop the service, not the tracer.

@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <fstream>
 
 #include "support/AddedOwner.h"
 #include "support/ProcessState.h"
@@ -29,9 +28,7 @@ protected:
         return text;
     }
     void write(const std::string& name, const std::string& content) const {
-        const std::filesystem::path path = m_phone.root() + '/' + name;
-        std::filesystem::create_directories(path.parent_path());
-        std::ofstream(path, std::ios::binary) << content;
+        writeFile(m_phone.root() + '/' + name, content);
     }
 
     RunningPhone m_phone{RunningPhone::Prepared{}};
@@ -51,11 +48,9 @@ TEST_F(DeviceServicesTest, AServiceFindsFilesServicesAndTimers) {
     write("certificates/authorities/a.pem", "-----BEGIN CERTIFICATE-----\n");
     EXPECT_EQ(report(), "device-probe = desk-1 " + m_phone.root() +
                             "/data/vireo/probe/file certificates:1 media:0 mobility:1 timer:1\n");
-    std::ifstream log(m_phone.logFile());
-    m_phone.process->kill(SIGTERM);
-    EXPECT_EQ(m_phone.process->finish().exitCode, 0);
-    const std::string lines{std::istreambuf_iterator<char>(log), {}};
-    EXPECT_NE(lines.find("the pictures of the phone book are to be read again"), lines.npos);
+    m_phone.stop();
+    EXPECT_NE(m_phone.log().find("the pictures of the phone book are to be read again"),
+              std::string::npos);
 }
 
 TEST_F(DeviceServicesTest, SettingsSayWhereThingsLie) {

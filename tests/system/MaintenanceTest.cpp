@@ -1,14 +1,9 @@
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <sstream>
-#include <thread>
 
 #include "support/Enclosure.h"
+#include "support/ProcessState.h"
 #include "support/RunningPhone.h"
 
 namespace vireo::test {
@@ -18,17 +13,6 @@ namespace fs = std::filesystem;
 
 constexpr int kReboot = 10;
 constexpr const char* kRight = "right & \"proper\" <1>";
-
-void write(const fs::path& path, const std::string& text) {
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-std::string contentOf(const fs::path& path) {
-    std::stringstream content;
-    content << std::ifstream(path, std::ios::binary).rdbuf();
-    return content.str();
-}
 
 using Tree = std::map<std::string, std::string>;
 
@@ -43,7 +27,7 @@ Tree treeOf(const fs::path& directory) {
         }
         tree[name] = entry.is_symlink()     ? "-> " + fs::read_symlink(entry.path()).string()
                      : entry.is_directory() ? "directory"
-                                            : contentOf(entry.path());
+                                            : readFile(entry.path());
     }
     return tree;
 }
@@ -51,9 +35,7 @@ Tree treeOf(const fs::path& directory) {
 /// A phone with files of every type, network overrides and a password for its factory reset.
 class MaintenanceTest : public ::testing::Test {
 protected:
-    explicit MaintenanceTest(std::vector<std::string> wrapper = {}) : m_phone(std::move(wrapper)) {
-        write(m_outside / "canary", "outside");
-    }
+    MaintenanceTest() { writeFile(m_outside / "canary", "outside"); }
 
     fs::path root() const { return m_phone.root(); }
     fs::path files(const std::string& name) const { return root() / "data/vireo" / name; }
@@ -74,19 +56,19 @@ protected:
     void fill() const {
         for (const char* type : {"midlets", "logos", "ldap", "jar", "jad", "phd",
                                  "voice_recog_playbacks", "voice_recog_patterns"}) {
-            write(files(type) / "downloaded", type);
+            writeFile(files(type) / "downloaded", type);
         }
-        write(files("jar/GenericMidlet.jar"), "kept");
-        write(files("jad/GenericMidlet.jad"), "kept");
-        write(files("jad/MyGenericMidlet.jad"), "not kept");
-        write(files("help/index"), "not of a type that is reset");
-        write(files("music/own.wav"), "own");
-        write(deployed("music/default.wav"), "default");
-        write(deployed("images/default.png"), "default");
-        write(files("images/own.png"), "own");
-        write(deployed("networking/altHostname.sh"), "override");
-        write(root() / "data/networking/hosts", "override");
-        write(root() / "data/networking/deep/er", "override");
+        writeFile(files("jar/GenericMidlet.jar"), "kept");
+        writeFile(files("jad/GenericMidlet.jad"), "kept");
+        writeFile(files("jad/MyGenericMidlet.jad"), "not kept");
+        writeFile(files("help/index"), "not of a type that is reset");
+        writeFile(files("music/own.wav"), "own");
+        writeFile(deployed("music/default.wav"), "default");
+        writeFile(deployed("images/default.png"), "default");
+        writeFile(files("images/own.png"), "own");
+        writeFile(deployed("networking/altHostname.sh"), "override");
+        writeFile(root() / "data/networking/hosts", "override");
+        writeFile(root() / "data/networking/deep/er", "override");
         fs::create_directory_symlink(m_outside, root() / "data/networking/out");
         fs::create_symlink(m_outside / "canary", root() / "data/networking/deep/out");
     }
@@ -96,25 +78,13 @@ protected:
                   "FileType:string=" + type})
             .out;
     }
-    std::string log() const { return contentOf(m_phone.logFile()); }
     /// Where the text is in the log, into which lines come with a delay; an error when it is not.
     std::size_t inLog(const std::string& text) const {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        std::size_t at = log().find(text);
-        while (at == std::string::npos && std::chrono::steady_clock::now() < end) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-            at = log().find(text);
-        }
-        EXPECT_NE(at, std::string::npos) << text;
+        std::size_t at = std::string::npos;
+        EXPECT_TRUE(eventually([&] {
+            return (at = m_phone.log().find(text)) != std::string::npos;
+        })) << text;
         return at;
-    }
-    void stop() const {
-        m_phone.process->kill(SIGTERM);
-        EXPECT_EQ(m_phone.process->finish().exitCode, 0);
-    }
-    void restart(const std::vector<std::string>& options) {
-        stop();
-        m_phone.start(options);
     }
 
     TemporaryDirectory m_directory;
@@ -142,7 +112,7 @@ TEST_F(MaintenanceTest, AWrongPasswordAndAPhoneWithoutOneChangeNothing) {
     EXPECT_EQ(wrong.err.find("failed"), std::string::npos);
     EXPECT_EQ(treeOf(root()), before);
     inLog("Invalid factory reset password! input=***");
-    EXPECT_EQ(log().find("input=wrong"), std::string::npos);
+    EXPECT_EQ(m_phone.log().find("input=wrong"), std::string::npos);
 }
 
 TEST_F(MaintenanceTest, AResetLeavesDefaultsAloneAndRebootsOnlyWhenTheStoreWantsIt) {
@@ -165,13 +135,13 @@ TEST_F(MaintenanceTest, AResetLeavesDefaultsAloneAndRebootsOnlyWhenTheStoreWants
     EXPECT_EQ(tree.at("images/default.png"), "-> " + deployed("images/default.png").string());
     EXPECT_EQ(tree.at("music/default.wav"), "-> " + deployed("music/default.wav").string());
     EXPECT_NE(listed("moh").find("default.wav"), std::string::npos) << listed("moh");
-    EXPECT_EQ(contentOf(deployed("music/default.wav")), "default");
+    EXPECT_EQ(readFile(deployed("music/default.wav")), "default");
     EXPECT_FALSE(fs::exists(deployed("networking/altHostname.sh")));
     EXPECT_TRUE(fs::is_empty(root() / "data/networking"));
     EXPECT_EQ(treeOf(m_outside), (Tree{{"canary", "outside"}}));
     inLog("shell: /bin/rm -rf /data/networking/* (below ");
 
-    ASSERT_EQ(m_phone.ctl({"set", "sip-server=192.0.2.7"}).exitCode, 0);
+    m_phone.set({"sip-server=192.0.2.7"});
     const Outcome again = factoryReset(kRight);
     EXPECT_EQ(again.exitCode, 0) << again.err;
     EXPECT_EQ(again.out, "the phone is reset and reboots\n") << "the answer came before the end";
@@ -186,10 +156,11 @@ TEST_F(MaintenanceTest, AResetLeavesDefaultsAloneAndRebootsOnlyWhenTheStoreWants
 }
 
 TEST_F(MaintenanceTest, ItsEffectsHaveAnOrder) {
-    restart({"--log-level", "7"});
+    m_phone.stop();
+    m_phone.start({"--log-level", "7"});
     fill();
     ASSERT_EQ(setPassword(kRight).exitCode, 0);
-    ASSERT_EQ(m_phone.ctl({"set", "sip-server=192.0.2.7"}).exitCode, 0);
+    m_phone.set({"sip-server=192.0.2.7"});
     EXPECT_EQ(factoryReset(kRight).exitCode, 0);
     EXPECT_EQ(m_phone.process->finish().exitCode, kReboot);
     const std::string deleting = "VireoClientMgmt::performFactoryReset deleting - ";
@@ -210,13 +181,13 @@ TEST_F(MaintenanceTest, ItsEffectsHaveAnOrder) {
         places.push_back(inLog(line));
     }
     EXPECT_TRUE(std::is_sorted(places.begin(), places.end()));
-    EXPECT_EQ(log().find("GenericMidlet.jar\\n"), std::string::npos);
+    EXPECT_EQ(m_phone.log().find("GenericMidlet.jar\\n"), std::string::npos);
 }
 
 TEST_F(MaintenanceTest, NoPasswordIsInTheLogFileThatOnlyItsOwnerMayRead) {
     const std::vector<std::string> secrets{"Hidden-1 <&> \"x\"", "Hidden-2", "Hidden-3; 4,5"};
     for (const bool masks : {true, false}) {
-        stop();
+        m_phone.stop();
         fs::remove(m_phone.logFile());
         m_phone.start({"--log-level", "7", "--log-mask-secrets", masks ? "yes" : "no"});
         factoryReset(secrets[0]);
@@ -227,30 +198,13 @@ TEST_F(MaintenanceTest, NoPasswordIsInTheLogFileThatOnlyItsOwnerMayRead) {
             m_phone.ctl({"--protocol", protocol, "call", "performFactoryReset",
                          "password:string=" + secrets[0]});
         }
-        stop();
-        const std::string lines = log();
+        m_phone.stop();
+        const std::string lines = m_phone.log();
         m_phone.start();
         EXPECT_EQ(lines.find("Hidden") == std::string::npos, masks) << lines;
         EXPECT_NE(lines.find(">de<"), std::string::npos) << "the rest is there";
-        struct stat status {};
-        ASSERT_EQ(::stat(m_phone.logFile().c_str(), &status), 0);
-        EXPECT_EQ(status.st_mode & 07777U, 0600U);
+        EXPECT_EQ(modeOf(m_phone.logFile()), 0600U);
     }
-}
-
-TEST_F(MaintenanceTest, WrongPasswordsAreDelayedAndNobodyElseIs) {
-    ASSERT_EQ(setPassword(kRight).exitCode, 0);
-    for (int i = 0; i < 3; ++i) {
-        factoryReset("wrong");
-    }
-    EXPECT_EQ(factoryReset(kRight).exitCode, 1);
-    inLog("is not looked at for another ");
-    EXPECT_EQ(m_phone.ctl({"get", "language"}).out, "language = en\n");
-    EXPECT_EQ(contentOf(root() / "passwords/factory-reset.failures"), "3\n");
-    ASSERT_EQ(setPassword("another").exitCode, 0);
-    ASSERT_EQ(m_phone.ctl({"set", "sip-server=192.0.2.7"}).exitCode, 0);
-    EXPECT_EQ(factoryReset("another").exitCode, 0) << "a new password ends the wait";
-    EXPECT_EQ(m_phone.process->finish().exitCode, kReboot);
 }
 
 TEST_F(MaintenanceTest, ARebootIsAnsweredAndRecordedAndComesOnce) {
@@ -265,17 +219,17 @@ TEST_F(MaintenanceTest, ARebootIsAnsweredAndRecordedAndComesOnce) {
     EXPECT_EQ(m_phone.process->finish().exitCode, kReboot);
     const std::string code = std::to_string(kReboot) + '\n';
     const fs::path sources = fs::path(VIREO_CONFIG).parent_path();
-    EXPECT_NE(contentOf(sources / "cmake/systemd/vireod.service.in")
+    EXPECT_NE(readFile(sources / "cmake/systemd/vireod.service.in")
                   .find("\nRestartForceExitStatus=" + code),
               std::string::npos);
-    EXPECT_NE(contentOf(sources / "scripts/run").find("\nreboot=" + code), std::string::npos);
+    EXPECT_NE(readFile(sources / "scripts/run").find("\nreboot=" + code), std::string::npos);
 }
 
 TEST_F(MaintenanceTest, UserDataAreResetByTheirOwnersAndTheService) {
-    ChildProcess agent({VIREOCTL, "--socket", m_phone.socket(), "agent", "NetworkMgmtId"});
+    ChildProcess agent(m_phone.ctlCommand({"agent", "NetworkMgmtId"}));
     std::string line;
     ASSERT_TRUE(agent.readLine(line));
-    ASSERT_EQ(m_phone.ctl({"set", "phone-lock-timeout=30"}).exitCode, 0);
+    m_phone.set({"phone-lock-timeout=30"});
     const Outcome reset = m_phone.ctl({"reset-user-data"});
     EXPECT_EQ(reset.exitCode, 0) << reset.err;
     EXPECT_EQ(reset.out, "the user's data are reset\n");
@@ -304,17 +258,17 @@ TEST_F(MaintenanceTest, TheMachinesOwnDataAreNotTouched) {
         GTEST_SKIP() << "no mount namespaces here";
     }
     const fs::path data = m_directory.path() / "data";
-    write(data / "networking/canary", "of the machine");
-    stop();
+    writeFile(data / "networking/canary", "of the machine");
+    m_phone.stop();
     m_phone.wrap(withData(data));
     m_phone.start({"--allow-device-commands", "yes"});
     fill();
     ASSERT_EQ(setPassword(kRight).exitCode, 0);
-    ASSERT_EQ(m_phone.ctl({"set", "sip-server=192.0.2.7"}).exitCode, 0);
+    m_phone.set({"sip-server=192.0.2.7"});
     EXPECT_EQ(factoryReset(kRight).exitCode, 0);
     EXPECT_EQ(m_phone.process->finish().exitCode, kReboot);
     EXPECT_TRUE(fs::is_empty(root() / "data/networking"));
-    EXPECT_EQ(contentOf(data / "networking/canary"), "of the machine");
+    EXPECT_EQ(readFile(data / "networking/canary"), "of the machine");
     inLog("allow-device-commands has no effect");
 }
 

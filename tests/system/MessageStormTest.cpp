@@ -46,37 +46,6 @@ std::map<const char*, std::string> setMelodyInAll(const std::string& value) {
     return {{VireoProtocols::DEFAULT, setMelody(value)}, {kXml, xml}};
 }
 
-TEST_F(MessageStorm, AParameterThatIsMissingOrMistypedMakesAnEmptyReply) {
-    const struct {
-        const char* method;
-        const char* parameter;
-        Parameter::directions direction;
-    } rows[] = {
-        {"setData", "manageableData", Parameter::eInOut},
-        {"getData", "manageableData", Parameter::eInOut},
-        {"findSchemaName", "nodeId", Parameter::eIn},
-        {"exportSchema", "schemaName", Parameter::eIn},
-        {"getSchema", "schemaName", Parameter::eIn},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.method);
-        Method none(row.method, Method::eRequest);
-        Method asInt = none;
-        asInt.addIntParameter(row.parameter, row.direction, 1);
-        Method asBool = none;
-        asBool.addBoolParameter(row.parameter, row.direction, true);
-        Method asXml = none;
-        asXml.addXMLParameter(row.parameter, row.direction, "<record/>");
-        Method asAnswer = none;
-        asAnswer.addStringParameter(row.parameter, Parameter::eOut, "<record></record>");
-        Method otherName = none;
-        otherName.addStringParameter("manageabledata", row.direction, "<record></record>");
-        for (const Method& wrong : {none, asInt, asBool, asXml, asAnswer, otherName}) {
-            expectEmptyReply(rpcText(wrong));
-        }
-    }
-}
-
 TEST_F(MessageStorm, NumbersThatCannotBeMakeAnEmptyReply) {
     const std::string item = "6;nodeId1;2;8;language";
     for (const char* number :
@@ -179,19 +148,21 @@ TEST_F(MessageStorm, TheLongestMessageIsServedAndAByteMoreIsNot) {
     }
 }
 
+/// So many copies of `text`, each with its number in the place of a '#'.
+std::string numbered(int count, const std::string& text) {
+    const std::size_t at = text.find('#');
+    std::string all;
+    for (int i = 0; i < count; ++i) {
+        all += at == std::string::npos
+                   ? text
+                   : text.substr(0, at) + std::to_string(i) + text.substr(at + 1);
+    }
+    return all;
+}
+
 TEST_F(MessageStorm, RecordsThatWantToBeHugeOrHoldWhatXmlCannotCarryAreRefused) {
-    std::string deep = "<record><rootId>a</rootId><document name=\"a\" schema=\"a\">";
-    for (int i = 0; i < 200000; ++i) {
-        deep += "<n>";
-    }
-    std::string manyIds = "<record>";
-    for (int i = 0; i < 60000; ++i) {
-        manyIds += "<rootId>i" + std::to_string(i) + "</rootId>";
-    }
-    std::string attributes = "<record><document name=\"a\" schema=\"a\"><n ";
-    for (int i = 0; i < 200000; ++i) {
-        attributes += "a" + std::to_string(i) + "=\"\" ";
-    }
+    const std::string manyIds = numbered(60000, "<rootId>i#</rootId>");
+    const std::string attributes = "<n " + numbered(200000, "a#=\"\" ") + "/>";
     const std::string bomb =
         "<!DOCTYPE r [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;\">]>"
         "<record><rootId>&b;&b;</rootId></record>";
@@ -200,9 +171,9 @@ TEST_F(MessageStorm, RecordsThatWantToBeHugeOrHoldWhatXmlCannotCarryAreRefused) 
     const std::string value = "<record><rootId>a</rootId><document name=\"a\" schema=\"a\">";
     for (const std::string& record :
          {value + "&#1;</document></record>", value + "\xff</document></record>",
-          value + std::string(1, '\0') + "</document></record>", deep, manyIds + "</record>",
-          attributes + "/></document></record>", bomb, longName,
-          "<record>" + std::string(3U << 20U, '&') + "</record>",
+          value + std::string(1, '\0') + "</document></record>", value + numbered(200000, "<n>"),
+          "<record>" + manyIds + "</record>", value + attributes + "</document></record>", bomb,
+          longName, "<record>" + std::string(3U << 20U, '&') + "</record>",
           "<record>" + std::string(3U << 20U, ' ') + "x</record>"}) {
         SCOPED_TRACE(record.substr(0, 60));
         for (const char* method : {"setData", "getData"}) {
@@ -213,14 +184,7 @@ TEST_F(MessageStorm, RecordsThatWantToBeHugeOrHoldWhatXmlCannotCarryAreRefused) 
 }
 
 std::string nested(int levels) {
-    std::string text;
-    for (int i = 0; i < levels; ++i) {
-        text += "<n>";
-    }
-    for (int i = 0; i < levels; ++i) {
-        text += "</n>";
-    }
-    return text;
+    return numbered(levels, "<n>") + numbered(levels, "</n>");
 }
 
 TEST_F(MessageStorm, XmlThatWantsToBeHugeIsAnsweredEmpty) {
@@ -230,26 +194,15 @@ TEST_F(MessageStorm, XmlThatWantsToBeHugeIsAnsweredEmpty) {
     std::string entities = "<!DOCTYPE request [<!ENTITY e0 \"eeeeeeeeee\">";
     for (int i = 1; i < 12; ++i) {
         const std::string before = "&e" + std::to_string(i - 1) + ";";
-        entities += "<!ENTITY e" + std::to_string(i) + " \"";
-        for (int copies = 0; copies < 10; ++copies) {
-            entities += before;
-        }
-        entities += "\">";
+        entities += "<!ENTITY e" + std::to_string(i) + " \"" + numbered(10, before) + "\">";
     }
-    std::string attributes = "<request ";
-    for (int i = 0; i < 200000; ++i) {
-        attributes += "a" + std::to_string(i) + "=\"\" ";
-    }
-    std::string deep;
-    for (int i = 0; i < 1000000; ++i) {
-        deep += "<n>";
-    }
+    const std::string attributes = "<request " + numbered(200000, "a#=\"\" ") + "/>";
     for (const std::string& message : std::vector<std::string>{
              entities + "]>" + head + "&e11;" + tail,
              "<!DOCTYPE request SYSTEM \"file:///etc/passwd\">" + head + tail,
-             head + nested(63) + tail, head + nested(100000) + tail, head + deep, attributes + "/>",
-             head + std::string(3U << 20U, '&') + tail, "<" + std::string(3U << 20U, 'r'),
-             std::string(FrameCodec::kMaximumPayload, '<'),
+             head + nested(63) + tail, head + nested(100000) + tail,
+             head + numbered(1000000, "<n>"), attributes, head + std::string(3U << 20U, '&') + tail,
+             "<" + std::string(3U << 20U, 'r'), std::string(FrameCodec::kMaximumPayload, '<'),
              std::string(FrameCodec::kMaximumPayload + 1, '<')}) {
         expectEmptyReply(message, kXml);
     }

@@ -1,5 +1,9 @@
+#include <algorithm>
+#include <chrono>
+#include <deque>
 #include <optional>
 
+#include "StormPeer.h"
 #include "support/AgentPeer.h"
 #include "support/RunningPhone.h"
 
@@ -13,55 +17,6 @@ protected:
     RunningPhone phone;
     std::unique_ptr<LocalMgmtClient> client = phone.connect();
 };
-
-TEST_F(Observers, OneThatAsksTwiceIsToldTwiceUntilItHasStoppedTwice) {
-    AgentPeer a(phone, "a");
-    AgentPeer b(phone, "b");
-    const auto expectTold = [&](const char* value, std::size_t timesA, std::size_t timesB) {
-        SCOPED_TRACE(value);
-        EXPECT_TRUE(write({std::string("language=") + value}));
-        const std::string line = std::string("told language=") + value;
-        EXPECT_EQ(a.takeTranscript(), Words(timesA, line));
-        EXPECT_EQ(b.takeTranscript(), Words(timesB, line));
-    };
-    EXPECT_TRUE(a.observe("language"));
-    EXPECT_TRUE(b.observe("language"));
-    EXPECT_TRUE(a.observe("language"));
-    expectTold("v1", 2, 1);
-    EXPECT_TRUE(a.stopObserving("language"));
-    expectTold("v2", 1, 1);
-    EXPECT_TRUE(b.observe("language"));
-    EXPECT_TRUE(a.stopObserving("language"));
-    expectTold("v3", 0, 2);
-    EXPECT_TRUE(a.stopObserving("language")) << "there is nothing to stop, and that is no error";
-    expectTold("v4", 0, 2);
-    EXPECT_TRUE(b.stopObserving("language"));
-    EXPECT_TRUE(b.stopObserving("language"));
-    EXPECT_TRUE(a.observe("language"));
-    expectTold("v5", 1, 0);
-    EXPECT_FALSE(a.observe("nothing-known"));
-    EXPECT_FALSE(a.stopObserving("nothing-known"));
-}
-
-TEST_F(Observers, OneWriteIsToldInOneRecordOrInOnePerItem) {
-    AgentPeer a(phone, "a");
-    AgentPeer b(phone, "b");
-    AgentPeer c(phone, "c");
-    for (const char* tag : {"key-label-1", "language", "country"}) {
-        ASSERT_TRUE(a.observe(tag, true));
-        ASSERT_TRUE(b.observe(tag));
-    }
-    ASSERT_TRUE(c.observe("all-data"));
-    ASSERT_TRUE(c.observe("language"));
-    EXPECT_TRUE(write({"language=de", "country=AT", "key-label-1=Home"}));
-    EXPECT_EQ(a.takeTranscript(), Words{"told language=de country=AT key-label-1=Home"});
-    EXPECT_EQ(b.takeTranscript(),
-              (Words{"told language=de", "told country=AT", "told key-label-1=Home"}));
-    EXPECT_EQ(c.takeTranscript(), (Words{"told language=de", "told language=de", "told country=AT",
-                                         "told key-label-1=Home"}));
-    EXPECT_EQ(announceItems(*client, {"country=CH", "language=fr"}), 1 + 2 + 3);
-    EXPECT_EQ(a.takeTranscript(), Words{"told country=CH language=fr"});
-}
 
 TEST_F(Observers, OneThatCameBackUnderItsNameIsStillTold) {
     std::optional<AgentPeer> observer;
@@ -77,12 +32,11 @@ TEST_F(Observers, OneThatCameBackUnderItsNameIsStillTold) {
 }
 
 TEST_F(Observers, AWatchThatWasKilledLeavesNothingToTheNextOneOfItsName) {
-    Words command{VIREOCTL,  "--socket", phone.socket(), "--channel",
-                  "watcher", "watch",    "language",     "audio-volumes"};
+    Words command{"--channel", "watcher", "watch", "language", "audio-volumes"};
     std::optional<ChildProcess> watch;
     std::string line;
     const auto start = [&] {
-        watch.emplace(command);
+        watch.emplace(phone.ctlCommand(command));
         EXPECT_TRUE(watch->readErrorLine(line));
         EXPECT_EQ(line, "vireoctl: watching as watcher");
     };
@@ -117,6 +71,69 @@ TEST_F(Observers, AWatchThatWasKilledLeavesNothingToTheNextOneOfItsName) {
     EXPECT_EQ(watch->finish().exitCode, 0);
     EXPECT_EQ(announceItems(*client, {"ringer-volume=7", "country=CH"}), 0)
         << "also what it did not ask for";
+}
+
+using std::chrono::steady_clock;
+
+// Long enough that all changes are far more than an observer may leave unread.
+const std::string kPadding(600, '.');
+constexpr std::chrono::seconds kSoon{2};
+constexpr long kMostPeakKilobytes = 64L << 10U;
+constexpr const char* kQueuedBytes = "5242880";
+constexpr int kChanges = kIsSanitized ? 20000 : 100000;
+constexpr int kChangesAtOnce = 100;
+
+std::string numbered(int number) {
+    return "ringer-melody=" + std::to_string(number) + kPadding;
+}
+
+TEST(SlowObserver, OneThatStopsReadingIsDisconnectedAndDisturbsNobody) {
+    RunningPhone phone{RunningPhone::Prepared{}};
+    phone.start({"--log-flush-seconds", "1", "--max-queued-bytes", kQueuedBytes});
+    StormPeer slow(phone);
+    Method reply;
+    ASSERT_TRUE(RpcAdapter::decodeText(
+        slow.send(rpcText(methodWith("observeData", "nodeId", Parameter::eIn, "ringer-melody"))),
+        reply));
+    ASSERT_TRUE(reply.getBoolParameter("result", Parameter::eOut));
+    std::deque<AgentPeer> others;
+    for (const char* name : {"other-1", "other-2"}) {
+        AgentPeer& other = others.emplace_back(phone, name);
+        EXPECT_TRUE(other.observe("ringer-melody", true));
+        EXPECT_TRUE(other.client().startServing());
+    }
+
+    const auto announcer = phone.connect();
+    const auto reader = phone.connect();
+    steady_clock::duration longest{};
+    for (int number = 0; number < kChanges;) {
+        Words told;
+        for (int i = 0; i < kChangesAtOnce; ++i, ++number) {
+            ASSERT_EQ(announceItems(*announcer, {numbered(number)}), 3);
+            told.push_back("told " + numbered(number));
+        }
+        const auto start = steady_clock::now();
+        EXPECT_TRUE(readItems(*reader, {"language"}).result);
+        longest = std::max(longest, steady_clock::now() - start);
+        for (AgentPeer& other : others) {
+            ASSERT_TRUE(other.waitForTranscript(told.size()) == told) << number;
+        }
+    }
+    EXPECT_LT(longest, kSoon);
+    if (!kIsSanitized) {
+        EXPECT_LT(peakMemory(phone.process->pid()), kMostPeakKilobytes);
+    }
+
+    int received = 0;
+    while (slow.read()) {
+        ++received;
+    }
+    EXPECT_LT(received, kChanges) << "it was disconnected before it had all";
+    const std::string line =
+        "peer \"storm-1\" does not take what it is sent: too much waits for it";
+    EXPECT_TRUE(eventually([&] { return phone.log().find(line) != std::string::npos; }));
+    const std::string log = phone.log();
+    EXPECT_EQ(log.find(line), log.rfind(line)) << "it is said once";
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "support/ProcessState.h"
+#include "support/Records.h"
 #include "support/RunningPhone.h"
 #include "support/StressRun.h"
 
@@ -24,8 +25,7 @@ public:
         return result;
     }
     bool getValue(const std::string& tag, std::string& value) override {
-        ManageableData record;
-        record.setRootId(tag, nullptr);
+        ManageableData record = requestFor({tag});
         return getData(record) && record.interogate(tag, tag, value);
     }
     void callOther(unsigned choice, const std::string& tag) override {

@@ -1,15 +1,16 @@
 #include <algorithm>
-#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <deque>
-#include <map>
-#include <mutex>
+#include <optional>
 #include <random>
 #include <set>
+#include <sstream>
 #include <thread>
 
 #include "support/AddedOwner.h"
+#include "support/AgentPeer.h"
+#include "support/Effort.h"
+#include "support/ProcessState.h"
 #include "support/RunningPhone.h"
 
 namespace vireo::test {
@@ -23,13 +24,8 @@ constexpr std::size_t kTagsWatched = 6;
 constexpr std::chrono::seconds kPatience{120};
 constexpr const char* kEnd = "load-end";  // the last write of all
 
-using Transcript = std::vector<std::string>;  // "tag=value"
+using Transcript = Words;  // "tag=value"
 using Clock = std::chrono::steady_clock;
-
-long seconds() {
-    const char* wanted = std::getenv("VIREO_STRESS_SECONDS");
-    return wanted != nullptr ? std::atol(wanted) : 2;
-}
 
 std::string tagOf(std::size_t owner, std::size_t item) {
     return "load-" + std::to_string(owner) + '-' + std::to_string(item);
@@ -39,87 +35,38 @@ std::string tagOf(const std::string& line) {
     return line.substr(0, line.find('='));
 }
 
-std::string lineOf(const ManageableData& record, const std::string& tag) {
-    std::string value;
-    record.interogate(tag, tag, value);
-    return tag + '=' + value;
-}
-
-/// Owners do not take every value.
-bool isRefused(const std::string& line) {
-    return line.back() == '7';
-}
-
-/// A process's part in the load: a connection that is served by a thread of its own.
-class Part : public MgmtAgentIfc {
-public:
-    bool getData(ManageableData& /*record*/) override { return false; }
-    bool setData(ManageableData& /*record*/) override { return false; }
-    bool manageableDataChanged(ManageableData& /*record*/) override { return true; }
-    bool resetUserData() override { return true; }
-
-    void connect(const RunningPhone& phone) {
-        LocalMgmtClient::Options options;
-        options.socketPath = phone.socket();
-        options.channelName = "load-*";
-        options.timeout = kPatience;
-        options.agent = this;
-        std::string error;
-        client = LocalMgmtClient::connect(options, error);
-        ASSERT_TRUE(client) << error;
-        ASSERT_TRUE(client->startServing());
-    }
-
-    std::unique_ptr<LocalMgmtClient> client;
-};
-
-class Owner : public Part {
-public:
-    void own(const std::string& managementId, bool bulk) {
-        bool registered = false;
-        EXPECT_EQ(client->registerManagementIdentity(managementId, bulk, registered),
-                  CallStatus::eDone);
-        EXPECT_TRUE(registered);
-    }
-    bool setData(ManageableData& record) override {
-        bool result = true;
-        for (const std::string& tag : record.rootIds()) {
-            if (isRefused(lineOf(record, tag))) {
-                record.addRejectReason(tag, "//*", "not this one");
-                result = false;
-            }
+/// Takes all but values that end in 7.
+bool takeMost(ManageableData& record) {
+    bool result = true;
+    for (const std::string& line : itemsOf(record)) {
+        if (line.back() == '7') {
+            record.addRejectReason(tagOf(line), "//*", "not this one");
+            result = false;
         }
-        return result;
     }
-};
+    return result;
+}
 
 /// Puts down what it is told, item by item.
-class Watcher : public Part {
+class Watcher {
 public:
-    void watch(const std::set<std::string>& tags, bool bulk) {
+    Watcher(const RunningPhone& phone, const std::set<std::string>& tags, bool bulk)
+        : m_tags(tags), m_peer(phone, "load-*") {
         for (const std::string& tag : tags) {
-            bool observed = false;
-            EXPECT_EQ(client->observeData(tag, bulk, observed), CallStatus::eDone);
-            EXPECT_TRUE(observed) << tag;
+            EXPECT_TRUE(m_peer.observe(tag, bulk)) << tag;
         }
-        m_tags = tags;
-    }
-    bool manageableDataChanged(ManageableData& record) override {
-        const std::lock_guard lock(m_mutex);
-        for (const std::string& tag : record.rootIds()) {
-            if (tag.starts_with("load-")) {
-                m_transcript.push_back(lineOf(record, tag));
-                m_isComplete = m_isComplete || tag == kEnd;
-            }
-        }
-        m_changed.notify_one();
-        return true;
+        EXPECT_TRUE(m_peer.client().startServing());
     }
 
     /// What it was told up to the last write of all.
     const Transcript& transcript() {
-        std::unique_lock lock(m_mutex);
-        EXPECT_TRUE(m_changed.wait_for(lock, kPatience, [this] { return m_isComplete; }));
+        const auto takeMore = [this] {
+            for (const std::string& line : m_peer.takeTranscript()) {
+                take(line);
+            }
+            return !m_transcript.empty() && tagOf(m_transcript.back()) == kEnd;
+        };
+        EXPECT_TRUE(eventually(takeMore));
         return m_transcript;
     }
     /// What of `all` it is to be told.
@@ -131,11 +78,21 @@ public:
     }
 
 private:
-    std::set<std::string> m_tags;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
+    /// "told a=1 b=2".
+    void take(const std::string& line) {
+        std::istringstream words(line);
+        std::string word;
+        words >> word;
+        while (words >> word) {
+            if (word.starts_with("load-")) {
+                m_transcript.push_back(word);
+            }
+        }
+    }
+
+    const std::set<std::string> m_tags;
+    AgentPeer m_peer;
     Transcript m_transcript;
-    bool m_isComplete = false;
 };
 
 /// Writes one to four items at a time and puts down what was accepted.
@@ -148,27 +105,24 @@ public:
 
     void run(Clock::time_point end) {
         while (Clock::now() < end && !::testing::Test::HasFailure()) {
-            ManageableData record;
+            Words assignments;
             for (std::size_t count = 1 + m_random() % 4; count > 0; --count) {
-                record.populate(tagOf(m_random() % kOwners, m_random() % kTagsOfOwner),
-                                std::to_string(m_number) + '#' + std::to_string(++m_written));
+                assignments.push_back(tagOf(m_random() % kOwners, m_random() % kTagsOfOwner) + '=' +
+                                      std::to_string(m_number) + '#' + std::to_string(++m_written));
             }
-            write(record);
+            write(assignments);
         }
     }
-    void write(ManageableData& record) {
-        Transcript sent;
-        for (const std::string& tag : record.rootIds()) {
-            sent.push_back(lineOf(record, tag));
-        }
-        bool result = false;
-        EXPECT_EQ(m_client->setData(record, result), CallStatus::eDone);
+    void write(const Words& assignments) {
+        const ItemAnswer answer = writeItems(*m_client, assignments);
+        EXPECT_EQ(answer.result, answer.refusals.empty());
         std::set<std::string> refused;
-        for (const RejectionSpec& each : record.rejections()) {
-            EXPECT_EQ(each.reason(), "not this one") << each.rootId();
-            refused.insert(each.rootId());
+        for (const std::string& refusal : answer.refusals) {
+            EXPECT_TRUE(refusal.ends_with(": not this one")) << refusal;
+            refused.insert(refusal.substr(0, refusal.find(':')));
         }
-        EXPECT_EQ(result, refused.empty());
+        // Of several values for one item the last one is sent.
+        const Transcript sent = itemsOf(recordOf(assignments));
         std::copy_if(sent.begin(), sent.end(), std::back_inserter(accepted),
                      [&](const std::string& line) { return !refused.contains(tagOf(line)); });
     }
@@ -205,27 +159,27 @@ protected:
 
     void connectParts() {
         for (std::size_t i = 0; i < kOwners; ++i) {
-            ASSERT_NO_FATAL_FAILURE(m_owners.emplace_back().connect(m_phone));
-            m_owners.back().own(managementIdOf(i), i % 2 == 0);
+            AgentPeer& owner = m_owners.emplace_back(m_phone, "load-*");
+            owner.whenWritten = takeMost;
+            EXPECT_TRUE(owner.own(managementIdOf(i), i % 2 == 0));
         }
         std::minstd_rand random(1);
         for (std::size_t i = 0; i < kObservers; ++i) {
-            ASSERT_NO_FATAL_FAILURE(m_watchers.emplace_back().connect(m_phone));
             std::set<std::string> tags{kEnd};
             while (tags.size() < kTagsWatched) {
                 tags.insert(tagOf(random() % kOwners, random() % kTagsOfOwner));
             }
-            m_watchers.back().watch(tags, i % 2 == 0);
+            m_watchers.emplace_back(m_phone, tags, i % 2 == 0);
         }
-        ASSERT_NO_FATAL_FAILURE(m_all.connect(m_phone));
-        m_all.watch({"all-data"}, false);
+        m_all.emplace(m_phone, std::set<std::string>{"all-data"}, false);
     }
 
     void write() {
         for (std::size_t i = 0; i < kWriters; ++i) {
             m_writers.emplace_back(m_phone, i);
         }
-        const Clock::time_point end = Clock::now() + std::chrono::seconds(seconds());
+        const Clock::time_point end =
+            Clock::now() + std::chrono::seconds(effort("VIREO_STRESS_SECONDS", 2));
         std::vector<std::thread> threads;
         for (Writer& writer : m_writers) {
             threads.emplace_back([&writer, end] { writer.run(end); });
@@ -233,23 +187,21 @@ protected:
         for (std::thread& thread : threads) {
             thread.join();
         }
-        ManageableData last;
-        last.populate(kEnd, "0#end");
-        m_writers.front().write(last);
+        m_writers.front().write({std::string(kEnd) + "=0#end"});
     }
 
     RunningPhone m_phone{RunningPhone::Prepared{}};
-    std::deque<Owner> m_owners;
+    std::deque<AgentPeer> m_owners;
     std::deque<Watcher> m_watchers;
-    Watcher m_all;  // says what came when
+    std::optional<Watcher> m_all;  // says what came when
     std::deque<Writer> m_writers;
 };
 
 TEST_F(TranscriptLoad, EveryWatcherHearsTheAcceptedWritesOfItsItemsInTheOneOrder) {
     configure();
-    ASSERT_NO_FATAL_FAILURE(connectParts());
+    connectParts();
     write();
-    const Transcript& all = m_all.transcript();
+    const Transcript& all = m_all->transcript();
     std::size_t accepted = 0;
     for (const Writer& writer : m_writers) {
         Transcript heard;

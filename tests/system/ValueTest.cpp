@@ -1,5 +1,4 @@
-#include <sqlite3.h>
-
+#include "support/ItemCalls.h"
 #include "support/RunningPhone.h"
 
 namespace vireo::test {
@@ -25,33 +24,18 @@ TEST(Values, EveryValueComesBackByteForByteFromMessageAndStore) {
     RunningPhone phone;
     const auto client = phone.connect();
     ASSERT_TRUE(client);
-    bool result = false;
-    ManageableData neighbours;
-    neighbours.populate("ringer-volume", "neighbour column");
-    neighbours.populate("key-label-2", "neighbour row");
-    ASSERT_EQ(client->setData(neighbours, result), CallStatus::eDone);
+    ASSERT_TRUE(writeItems(*client, {"ringer-volume=neighbour column", "key-label-2=neighbour row"})
+                    .result);
 
-    for (const std::string& value : std::vector<std::string>{
-             "a&b", "<x>", "\"'", "]]>", "</RingerMelody>", "</RingerMelody><Other>9</Other>",
-             "</Label></Entry></Schema>", "\xc3\xa4\xe2\x82\xac\xf0\x9f\x93\x9e",
-             std::string(64U << 10U, 'z'), "  leading", "trailing \n", "\r\n\t", "&amp;&#13;", "",
-             "x"}) {
+    for (const std::string& value :
+         Words{"a&b", "<x>", "\"'", "]]>", "</RingerMelody>", "</RingerMelody><Other>9</Other>",
+               "</Label></Entry></Schema>", "\xc3\xa4\xe2\x82\xac\xf0\x9f\x93\x9e",
+               std::string(64U << 10U, 'z'), "  leading", "trailing \n", "\r\n\t", "&amp;&#13;", "",
+               "x"}) {
         SCOPED_TRACE(value.substr(0, 40));
-        ManageableData record;
-        for (const char* tag : {"ringer-melody", "key-label-1"}) {
-            ASSERT_TRUE(record.populate(tag, value));
-        }
-        ASSERT_EQ(client->setData(record, result), CallStatus::eDone);
-        EXPECT_TRUE(result);
-        ManageableData answer;
-        answer.addRootId("ringer-melody", nullptr);
-        answer.addRootId("key-label-1", nullptr);
-        ASSERT_EQ(client->getData(answer, result), CallStatus::eDone);
-        for (const char* tag : {"ringer-melody", "key-label-1"}) {
-            std::string read;
-            EXPECT_TRUE(answer.interogate(tag, tag, read));
-            EXPECT_TRUE(read == value) << tag;
-        }
+        const Words items{"ringer-melody=" + value, "key-label-1=" + value};
+        EXPECT_TRUE(writeItems(*client, items).result);
+        EXPECT_TRUE(readItems(*client, {"ringer-melody", "key-label-1"}).items == items);
         EXPECT_TRUE(storedText(phone.storeFile(), "SELECT hex(RingerMelody) FROM PhoneSettings") ==
                     hex(value));
         EXPECT_TRUE(storedText(phone.storeFile(),

@@ -1,3 +1,4 @@
+#include "support/ItemCalls.h"
 #include "support/RunningPhone.h"
 
 namespace vireo::test {
@@ -69,7 +70,9 @@ TEST(Vireoctl, DoesWhatAnAdministratorTypes) {
              "{\"method\":\"retrievePhoneBusyStatus\",\"parameters\":{\"busyStatus\":"
              "2147484165}}\n",
              ""),
+        step({"get", "phone-busy-status"}, 0, "phone-busy-status = true\n", ""),
         step({"busy", "clear", "0x80000205"}, 0, "", ""),
+        step({"get", "phone-busy-status"}, 0, "phone-busy-status = false\n", ""),
         step({"--json", "busy", "clear", "1"}, 0,
              "{\"method\":\"clearPhoneBusyStatus\",\"parameters\":{}}\n", ""),
         step({"--json", "--protocol", "xml", "busy"}, 0,
@@ -150,8 +153,73 @@ TEST(Vireod, SaysWhyItCannotStart) {
     EXPECT_NE(outcome.err.find("none.so"), std::string::npos) << outcome.err;
     EXPECT_EQ(start({"--no-such-option"}).exitCode, 2);
     EXPECT_EQ(phone.ctl({"get", "ringer-melody"}).exitCode, 0) << "the first one is unharmed";
-    phone.process->kill(SIGTERM);
-    EXPECT_EQ(phone.process->finish().exitCode, 0);
+    phone.stop();
+}
+
+std::string nextLine(ChildProcess& process) {
+    std::string line;
+    return process.readLine(line) ? line : "the end";
+}
+
+// Says that the item has changed until somebody is told of it.
+void announceUntilSeen(const RunningPhone& phone, const std::string& tag) {
+    const auto client = phone.connect();
+    while (announceItems(*client, {tag + "=seen"}) == 0) {
+    }
+}
+
+TEST(AgentCommands, AnIdThatNobodyCanOwnIsRefusedAndNotRegistered) {
+    const RunningPhone phone;
+    for (const std::string id : {"NoSuchId", "VcmsMgmtId"}) {
+        const Outcome refused = phone.ctl({"agent", id});
+        EXPECT_EQ(refused.exitCode, 1);
+        EXPECT_EQ(refused.out, "");
+        EXPECT_TRUE(refused.err.starts_with(
+            "vireoctl: no item that an agent can own has the management id '" + id +
+            "'; there are: BluetoothMgmtId, "))
+            << refused.err;
+    }
+}
+
+TEST(AgentCommands, AnOwnerAnswersRefusesEndsAndComesBackWhileAWatcherIsTold) {
+    RunningPhone phone;
+    ChildProcess first(phone.ctlCommand({"agent", "NetworkMgmtId", "--refuse", "host-name=fixed"}));
+    EXPECT_EQ(nextLine(first), "serving NetworkMgmtId as agent-1");
+    ChildProcess watcher(phone.ctlCommand({"watch", "vlan-id", "host-name"}));
+    announceUntilSeen(phone, "vlan-id");
+    EXPECT_EQ(nextLine(watcher), "vlan-id = seen");
+
+    EXPECT_EQ(phone.ctl({"get", "vlan-id"}).out, "vlan-id = none\n") << "the default of its schema";
+    EXPECT_EQ(nextLine(first), "get vlan-id");
+    const Outcome written = phone.ctl({"set", "host-name=x", "vlan-id=7"});
+    EXPECT_EQ(written.out, "vlan-id = 7\n");
+    EXPECT_EQ(written.err, "host-name: fixed\n");
+    EXPECT_EQ(nextLine(first), "set host-name = x");
+    EXPECT_EQ(nextLine(first), "set vlan-id = 7");
+    EXPECT_EQ(nextLine(watcher), "vlan-id = 7") << "and nothing of what was refused";
+    EXPECT_EQ(phone.ctl({"get", "vlan-id"}).out, "vlan-id = 7\n");
+
+    first.kill(SIGTERM);
+    EXPECT_EQ(first.finish().exitCode, 0);
+    EXPECT_EQ(phone.ctl({"get", "vlan-id"}).err,
+              "vlan-id: no value (it could not be read; the log of the service says why)\n");
+    writeFile(phone.file("values"), "dns-domain=home\n");
+    ChildProcess second(
+        phone.ctlCommand({"agent", "NetworkMgmtId", "--values", phone.file("values")}));
+    EXPECT_EQ(nextLine(second), "serving NetworkMgmtId as agent-1");
+    EXPECT_EQ(phone.ctl({"get", "vlan-id", "dns-domain"}).out,
+              "vlan-id = none\ndns-domain = home\n")
+        << "nothing is kept for it";
+
+    watcher.kill(SIGINT);
+    EXPECT_EQ(watcher.finish().exitCode, 0);
+    EXPECT_EQ(announceItems(*phone.connect(), {"vlan-id=8"}), 0)
+        << "the watcher has stopped observing";
+
+    phone.crash();
+    const Outcome ended = second.finish();
+    EXPECT_EQ(ended.exitCode, 3);
+    EXPECT_NE(ended.err.find("has an owner already"), std::string::npos);
 }
 
 }  // namespace
