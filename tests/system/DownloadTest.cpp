@@ -193,6 +193,28 @@ TEST_F(DownloadSystem, ObserversSeeThePhoneBusyOnceWhateverTheEnding) {
     EXPECT_TRUE(listed("ringtones").empty());
 }
 
+TEST_F(DownloadSystem, NothingIsListedBeforeItIsCompleteAndADefaultKeepsItsBytes) {
+    put("big", "");
+    std::filesystem::resize_file(home() / "big", 50'000'000);
+    serve(25'000'000);
+    phone.set({"dl-jav-file=big"});
+    std::filesystem::create_directories(stored("midlets"));
+    writeFile(stored("default"), "default");
+    std::filesystem::create_symlink("../default", stored("midlets/big"));
+    ChildProcess fetching(phone.ctlCommand({"download", "midlets"}));
+    bool isOpen = false;
+    while (std::filesystem::is_symlink(stored("midlets/big"))) {
+        EXPECT_EQ(listed("midlets"), std::vector<std::string>{"big"});
+        if (!isOpen && phone.ctl({"download-status", "midlets"}).out == "midlets: 50 %\n") {
+            openGate();
+            isOpen = true;
+        }
+    }
+    EXPECT_EQ(fetching.finish().exitCode, 0);
+    EXPECT_EQ(std::filesystem::file_size(stored("midlets/big")), 50'000'000U);
+    EXPECT_EQ(readFile(stored("default")), "default");
+}
+
 TEST_F(DownloadSystem, AClientThatStandsStillHoldsUpNobody) {
     offerHalf();
     ChildProcess client(phone.ctlCommand({"download", "images"}));

@@ -199,6 +199,9 @@ TEST_F(OwnerFaults, TheWaitForAnOwnerEndsWhenItIsKilled) {
     expectEndsAtOnce(std::async(std::launch::async, writeItems, std::ref(*client),
                                 Words{"host-name=a", "dns-domain=b"}),
                      {"set host-name = a", "set dns-domain = b"});
+    const auto start = steady_clock::now();
+    EXPECT_FALSE(readItems(*client, {"host-name"}).result) << "nobody is there";
+    EXPECT_LT(steady_clock::now() - start, kAtOnce);
     EXPECT_TRUE(readItems(*client, {"language"}).result);
 }
 
