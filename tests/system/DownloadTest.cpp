@@ -10,6 +10,7 @@
 #include "service/Method.h"
 #include "service/Serializer.h"
 #include "support/AgentPeer.h"
+#include "support/Effort.h"
 #include "support/FramePeer.h"
 #include "support/FtpServer.h"
 #include "support/HttpsServer.h"
@@ -129,6 +130,30 @@ TEST_F(DownloadSystem, AGivenSourceNeedsNoSettingsAndItsPasswordComesFromAPipe) 
     const Outcome fetched = ChildProcess::run({"/bin/sh", "-c", line});
     EXPECT_EQ(fetched.exitCode, 0) << fetched.err;
     EXPECT_EQ(readFile(stored("images/small.png")), std::string(2000, 'p'));
+}
+
+TEST_F(DownloadSystem, TheWaitingFormAndTheOtherTakeTurns) {
+    serve();
+    phone.set({"dl-pic-file=small.png"});
+    LocalMgmtClient::DownloadSource source{
+        LocalMgmtIfc::DOWNLOAD_FTP, "127.0.0.1", valueOf("dl-ftp-port"), "a@b", "p/w:#", "", ""};
+    const auto client = phone.connect();
+    for (long round = effort("VIREO_DOWNLOAD_ROUNDS", 20); round > 0; --round) {
+        source.fileName = round % 2 == 0 ? "small.png" : "none.png";
+        bool isFetched = false;
+        ASSERT_EQ(client->fetchFrom(source, LocalMgmtIfc::FILETYPE_PICTURE, isFetched),
+                  CallStatus::eDone);
+        EXPECT_EQ(isFetched, round % 2 == 0);
+        bool isStarted = false;
+        ASSERT_EQ(client->startDownload(LocalMgmtIfc::FILETYPE_PICTURE, isStarted),
+                  CallStatus::eDone);
+        EXPECT_TRUE(isStarted);
+        ASSERT_TRUE(eventually([&] {
+            int percent = 0;
+            client->requestCurrentDownloadStatus(LocalMgmtIfc::FILETYPE_PICTURE, "", percent);
+            return percent == 100 && phone.ctl({"busy"}).out == "busy = 0 (idle)\n";
+        }));
+    }
 }
 
 TEST_F(DownloadSystem, OneThatIsLeftGoesOnAndNoOtherIsStartedMeanwhile) {

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "service/Method.h"
+#include "support/Effort.h"
 #include "support/RunningPhone.h"
 
 namespace vireo::test {
@@ -25,11 +26,6 @@ using ::testing::Not;
 
 constexpr const char* kKinds[] = {"images/", "screensavers/", "ringtones/", "music/"};
 constexpr const char* kTypeNames[] = {"images", "screensaver", "ringer", "moh"};
-
-int rounds() {
-    const char* const wanted = std::getenv("VIREO_AREA_CRASHES");
-    return wanted != nullptr ? std::atoi(wanted) : 8;
-}
 
 std::string contentsOf(const fs::path& path) {
     std::ostringstream text;
@@ -308,7 +304,8 @@ TEST_F(UserFilesTest, AKilledPhoneKeepsTheRulesAndEveryFile) {
         write(stored(kind) / "default-3", "differs");
     }
     phone.start();
-    for (int round = 0; round < rounds() && !HasFailure(); ++round) {
+    const long rounds = effort("VIREO_AREA_CRASHES", 8);
+    for (long round = 0; round < rounds && !HasFailure(); ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
         const auto client = connect(LocalMgmtClient::Protocol::eRpc);
         std::atomic<int> calls{0};

@@ -1,6 +1,6 @@
-#include <cstdlib>
 #include <random>
 
+#include "support/Effort.h"
 #include "unit/files/AreaHouse.h"
 #include "unit/files/AreaModel.h"
 
@@ -18,11 +18,7 @@ constexpr std::size_t kDeployedTypes = 6;  ///< two more are linked when an area
 constexpr const char* kNames[] = {"a", "b", "c", "d e"};
 constexpr const char* kTexts[] = {"default", "other", "own", "default of a larger size"};
 
-/// Operations for each kind of test; VIREO_AREA_OPERATIONS for long runs.
-unsigned operations(unsigned usual) {
-    const char* const wanted = std::getenv("VIREO_AREA_OPERATIONS");
-    return wanted != nullptr ? static_cast<unsigned>(std::atol(wanted)) : usual;
-}
+constexpr const char* kOperations = "VIREO_AREA_OPERATIONS";
 
 /// Random work on the areas, done by the service and by the model.
 class AreaModelTest : public AreaHouse {
@@ -194,8 +190,8 @@ protected:
 };
 
 TEST_F(AreaModelTest, RandomOperationsLeaveWhatTheModelLeaves) {
-    const unsigned count = operations(2000);
-    for (unsigned i = 0; i < count; ++i) {
+    const long count = effort(kOperations, 2000);
+    for (long i = 0; i < count; ++i) {
         if (m_random() % 2 == 0) {
             disturb();
         }
@@ -211,10 +207,10 @@ TEST_F(AreaModelTest, RandomOperationsLeaveWhatTheModelLeaves) {
 /// before and would be without the fault is there still, and the next list puts the links right.
 TEST_F(AreaModelTest, NoFailingCallLosesAFileOrALink) {
     using Fault = FailingStorage::Fault;
-    const unsigned count = operations(10);
+    const long count = effort(kOperations, 10);
     m_model.current = Ifc::USER_BASE;
-    unsigned failures = 0;
-    for (unsigned i = 0; i < count && !HasFailure(); ++i) {
+    long failures = 0;
+    for (long i = 0; i < count && !HasFailure(); ++i) {
         for (int change = 0; change < 6; ++change) {
             disturb();
         }

@@ -1,9 +1,9 @@
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <thread>
 
 #include "snmp/NetSnmpTraps.h"
+#include "support/Effort.h"
 #include "support/TemporaryDirectory.h"
 #include "unit/reporting/TrapHouse.h"
 #include "unit/snmp/StormCounter.h"
@@ -18,12 +18,6 @@ constexpr unsigned kFewestEpochs = 64;
 // At most one of each thread began before the epoch, so most of these lie within it.
 constexpr unsigned kRaisesPerEpoch = 3 * kThreads;
 constexpr int kLastNumbers = 1'000'000'000;
-
-/// VIREO_STRESS_SECONDS, or one second.
-std::chrono::seconds duration() {
-    const char* const seconds = std::getenv("VIREO_STRESS_SECONDS");
-    return std::chrono::seconds(seconds != nullptr ? std::atol(seconds) : 1);
-}
 
 /// A trap that was raised. Its specific number tells it from all others.
 struct Raise {
@@ -166,7 +160,8 @@ TEST_F(TrapStorm, EveryTrapOfManyThreadsIsExplainedByWhatTheItemsSaid) {
     for (unsigned i = 0; i < kThreads; ++i) {
         threads.emplace_back([&, i] { raised[i] = keepRaising(i); });
     }
-    const Clock::time_point end = Clock::now() + duration();
+    const Clock::time_point end =
+        Clock::now() + std::chrono::seconds(effort("VIREO_STRESS_SECONDS", 1));
     while (Clock::now() < end || epoch() < StormPlan::kFirst + kFewestEpochs) {
         awaitRaises(kRaisesPerEpoch);
         goOn(epoch() + 1);
