@@ -67,7 +67,7 @@ bool DownloadLine::takePassword(Download::Options& options, const StopSignal& st
                                           : PasswordInput::ask("Password of " + m_source.userName +
                                                                    " at " + m_source.server + ": ",
                                                                stop, error);
-    if (password) {
+    if (password && options.source) {
         options.source->password = *password;
     }
     return password.has_value();
