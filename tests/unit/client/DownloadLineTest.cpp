@@ -97,7 +97,9 @@ TEST(PasswordInput, TakesOneLineOfAPipeAndLeavesTheRest) {
 
 TEST(PasswordInput, ShowsNothingOfWhatIsTypedAndLeavesTheTerminalAsItWas) {
     const int person = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    ASSERT_GE(person, 0);
+    if (person < 0) {
+        GTEST_SKIP() << "there are no pseudo terminals here";
+    }
     ASSERT_EQ(::grantpt(person), 0);
     ASSERT_EQ(::unlockpt(person), 0);
     const std::string terminal = ::ptsname(person);
