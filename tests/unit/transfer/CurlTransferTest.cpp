@@ -19,7 +19,8 @@ TEST_F(Ftp, FilesComeByteForByte) {
     TemporaryDirectory decoys;
     std::filesystem::create_directories(decoys.path() / "home/a b");
     std::ofstream(decoys.path() / "home/a b/%41") << "another server";
-    const FtpServer decoy(decoys.path().string());
+    // On the usual port, where the test may take it; its port is empty otherwise.
+    const FtpServer decoy(decoys.path().string(), "21");
     const struct {
         const char* path;
         const char* file;
@@ -33,6 +34,10 @@ TEST_F(Ftp, FilesComeByteForByte) {
         for (const auto& row : rows) {
             expectFetched(ftp(server.port(), row.path, row.file), row.servedAs);
         }
+    }
+    if (!decoy.port().empty()) {
+        EXPECT_EQ(100, fetch(ftp("", "a b", "%41"))) << "without a port it is the usual one";
+        EXPECT_EQ("another server", contentOf(local("got")));
     }
 }
 
